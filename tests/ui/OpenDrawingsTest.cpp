@@ -1,0 +1,49 @@
+// The release check reads characters 5 and 6 of each file and refuses numbers above 24.
+#include <gtest/gtest.h>
+
+#include "platform/headless/console.h"
+#include "support/TestSupport.h"
+#include "ui/OpenDrawings.h"
+
+using vktest::TempDir;
+
+namespace {
+
+struct VersionFixture : ::testing::Test {
+  TempDir dir;
+  void SetUp() override {
+    headless::Console::instance().setEcho(nullptr);
+    headless::Console::instance().reset();
+  }
+  std::string drawing(const std::string& name, const std::string& head) {
+    vktest::writeFile(dir.file(name), head + std::string(20, '\0'));
+    return dir.file(name);
+  }
+};
+
+}  // namespace
+
+TEST_F(VersionFixture, Release24PassesNewerFail) {
+  const std::string ok = drawing("r24.dwg", "AC1024");
+  EXPECT_EQ(CheckDwgVersion(ok, ok), 1);
+  EXPECT_TRUE(headless::Console::instance().messageBoxes().empty());
+  EXPECT_EQ(CheckDwgVersion(ok, drawing("r27.dwg", "AC1027")), 0);
+  const auto boxes = headless::Console::instance().takeMessageBoxes();
+  ASSERT_EQ(boxes.size(), 1u);
+  EXPECT_EQ(boxes[0].text, "不能比较文件，因为它是使用更新版本的AutoCAD创建的。\n" + dir.file("r27.dwg"));
+}
+
+TEST_F(VersionFixture, EachTooNewFileGetsItsOwnMessage) {
+  EXPECT_EQ(CheckDwgVersion(drawing("a.dwg", "AC1032"), drawing("b.dwg", "AC1027")), 0);
+  EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 2u);
+}
+
+TEST_F(VersionFixture, NonDigitsShortAndMissingFilesPass) {
+  // A DXF file or anything without digits at offset 4 reads as 0.
+  EXPECT_EQ(CheckDwgVersion(drawing("t.dxf", "  0\nSECTION"), drawing("n.dwg", "ACXXYY")), 1);
+  EXPECT_EQ(CheckDwgVersion(drawing("s.dwg", "AC"), dir.file("absent.dwg")), 1);
+  // Leading blanks and a sign are read as atoi reads them.
+  EXPECT_EQ(CheckDwgVersion(drawing("b1.dwg", "AC10 9"), drawing("b2.dwg", "AC10-9")), 1);
+  EXPECT_EQ(CheckDwgVersion(drawing("b3.dwg", "AC10 31"), drawing("b4.dwg", "AC1025")), 0);
+  EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 1u);
+}
