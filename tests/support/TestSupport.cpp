@@ -7,6 +7,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 namespace vktest {
 
 TempDir::TempDir() {
@@ -57,5 +59,37 @@ std::string corpusDir() {
 }
 
 std::string dataDir() { return VK_TEST_DATA_DIR; }
+
+std::string dxfFromPairs(std::string_view pairs) {
+  std::string out;
+  out.reserve(pairs.size() + 16);
+  for (char c : pairs) out += c == '|' ? '\n' : c;
+  if (!out.empty() && out.back() != '\n') out += '\n';
+  return out;
+}
+
+std::string dxfDrawing(std::string_view entities, std::string_view version, std::string_view header,
+                       std::string_view tables, std::string_view blocks) {
+  std::string s = "0|SECTION|2|HEADER|9|$ACADVER|1|" + std::string(version);
+  if (!header.empty()) s += "|" + std::string(header);
+  s += "|0|ENDSEC";
+  if (!tables.empty()) s += "|0|SECTION|2|TABLES|" + std::string(tables) + "|0|ENDSEC";
+  if (!blocks.empty()) s += "|0|SECTION|2|BLOCKS|" + std::string(blocks) + "|0|ENDSEC";
+  s += "|0|SECTION|2|ENTITIES";
+  if (!entities.empty()) s += "|" + std::string(entities);
+  s += "|0|ENDSEC|0|EOF";
+  return dxfFromPairs(s);
+}
+
+std::unique_ptr<platform::Database> readDxfText(const TempDir& dir, std::string_view name, std::string_view dxf,
+                                                platform::ReadReport* report) {
+  const std::string path = dir.file(name);
+  writeFile(path, dxf);
+  platform::ReadReport local;
+  platform::ReadReport& r = report ? *report : local;
+  auto db = platform::Database::read(path, r);
+  EXPECT_TRUE(db) << r.error;
+  return db;
+}
 
 }  // namespace vktest

@@ -1,8 +1,11 @@
 // Helpers shared by the test suites: temporary folders, environment overrides, the corpus location.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
+
+#include "platform/database.h"
 
 namespace vktest {
 
@@ -40,5 +43,18 @@ void writeFile(const std::string& path, std::string_view contents);
 // The shared corpus of real drawings ("" when absent: such tests skip), and the project's own fixtures.
 std::string corpusDir();
 std::string dataDir();
+
+// DXF text from groups written on one line, separated by '|': "0|LINE|8|0|10|1.0|..." (values keep their
+// spaces; use this for small fixtures written in the tests).
+std::string dxfFromPairs(std::string_view pairs);
+// A whole drawing around entity groups: a header with $ACADVER (and extra header groups), optional
+// tables and blocks (already in '|' form), and the entities.
+std::string dxfDrawing(std::string_view entities, std::string_view version = "AC1015", std::string_view header = "",
+                       std::string_view tables = "", std::string_view blocks = "");
+
+// Writes DXF text to a file in dir and reads it with the headless database; fails the test when it cannot
+// be read.
+std::unique_ptr<platform::Database> readDxfText(const TempDir& dir, std::string_view name, std::string_view dxf,
+                                                platform::ReadReport* report = nullptr);
 
 }  // namespace vktest

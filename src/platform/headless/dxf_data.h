@@ -1,0 +1,118 @@
+// In-memory storage of a drawing read by the headless host: every group of every record, with the
+// common entity properties resolved once at reading time.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/database.h"
+#include "platform/headless/dxf_tokenizer.h"
+
+namespace platform {
+
+// One stored group. Texts live in the database's arena (UTF-8, decoded from the drawing's code page).
+struct StoredTag {
+  std::int16_t code = 0;
+  headless::TagType type = headless::TagType::Text;
+  std::uint32_t textLength = 0;
+  union {
+    double real;
+    long long integer;
+    std::uint64_t textOffset;
+  };
+  StoredTag() : real(0.0) {}
+};
+
+// Object ids carry the kind of record in their top byte and its index + 1 below.
+enum class IdKind : std::uint8_t { Entity = 1, BlockRecord = 2, Layer = 3, Object = 4 };
+constexpr ObjectId makeId(IdKind kind, std::uint32_t index) {
+  return ObjectId{(static_cast<std::uint64_t>(kind) << 56) | (static_cast<std::uint64_t>(index) + 1)};
+}
+constexpr IdKind idKind(ObjectId id) { return static_cast<IdKind>(id.value >> 56); }
+constexpr std::uint32_t idIndex(ObjectId id) { return static_cast<std::uint32_t>((id.value & ((1ULL << 56) - 1)) - 1); }
+
+inline constexpr std::uint32_t kNone = 0xFFFFFFFFu;
+
+struct EntityRec {
+  std::uint32_t tagBegin = 0;
+  std::uint32_t tagCount = 0;
+  Handle handle = 0;
+  std::uint32_t dxfName = 0;    // index into names
+  std::uint32_t block = 0;      // owning block record
+  std::uint32_t layer = 0;      // index into layers
+  std::uint32_t linetype = 0;   // index into names: "ByLayer", "ByBlock" or the linetype's table spelling
+  std::uint32_t owner = kNone;  // owning entity (attributes, vertices), else kNone
+  std::uint32_t subCount = 0;   // owned entities, stored right after this one
+  std::int32_t line = 0;        // where the record starts in the file (line or byte offset), for messages
+  double linetypeScale = 1.0;
+  std::int16_t color = 256;
+  std::int16_t lineWeight = -1;
+  DbClass cls = DbClass::Entity;
+  bool invisible = false;
+};
+
+struct BlockRec {
+  std::string name;
+  Handle handle = 0;
+  std::string layoutName;  // non-empty for model space and paper-space layouts
+  int tabOrder = 0;
+  bool isLayout = false;
+  bool isXref = false;
+  bool isAnonymous = false;
+  Point3d origin;
+  std::uint32_t beginTagBegin = 0, beginTagCount = 0;  // the groups of its BLOCK record
+  std::vector<std::uint32_t> entities;                 // top-level entities in drawing order
+};
+
+// Table entries other than layers and block records, and the records of the OBJECTS section.
+struct ObjectRec {
+  std::uint32_t type = 0;  // index into names: "DIMSTYLE", "STYLE", "LAYOUT", "IMAGEDEF", ...
+  Handle handle = 0;
+  std::uint32_t tagBegin = 0, tagCount = 0;
+};
+
+struct HeaderVar {
+  std::string name;
+  std::uint32_t tagBegin = 0, tagCount = 0;
+};
+
+struct DatabaseData {
+  std::string fileName;
+  std::string format;
+  std::string version;
+  std::string codepage;
+  int tilemode = 1;
+
+  std::vector<StoredTag> tags;
+  std::string arena;
+  std::vector<std::string> names;
+  std::unordered_map<std::string, std::uint32_t> nameIndex;
+
+  std::vector<HeaderVar> header;
+  std::unordered_map<std::string, std::string> classes;  // DXF record name -> class name (CLASSES section)
+  std::vector<LayerRecord> layerTable;
+  std::unordered_map<std::string, std::uint32_t> layerIndex;  // upper-cased name -> layer
+  std::vector<std::string> linetypeTable;
+  std::vector<BlockRec> blocks;
+  std::unordered_map<std::string, std::uint32_t> blockIndex;  // upper-cased name -> block record
+  std::vector<EntityRec> entities;
+  std::vector<ObjectRec> objects;
+  std::unordered_map<Handle, ObjectId> byHandle;
+  std::uint32_t modelSpace = 0;
+  std::uint32_t paperSpace = 0;
+
+  std::string_view text(const StoredTag& t) const { return {arena.data() + t.textOffset, t.textLength}; }
+  std::string_view name(std::uint32_t i) const { return names[i]; }
+  std::uint32_t intern(std::string_view s);
+
+  const StoredTag* tagsOf(const EntityRec& e) const { return tags.data() + e.tagBegin; }
+  const HeaderVar* headerVar(std::string_view name) const;
+  // The first group with this code among [begin, begin + count), or null.
+  const StoredTag* find(std::uint32_t begin, std::uint32_t count, int code) const;
+  const ObjectRec* object(Handle handle) const;
+};
+
+}  // namespace platform

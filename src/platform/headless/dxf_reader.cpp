@@ -1,0 +1,685 @@
+// The DXF reader: sections, tables, blocks, entities with their attributes and vertices, objects; then the
+// links between them (spaces, layouts, handles) are resolved once the whole file has been read.
+#include "platform/headless/dxf_reader.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "platform/headless/codepage.h"
+#include "platform/headless/dxf_tokenizer.h"
+#include "platform/text.h"
+
+namespace headless {
+
+using namespace platform;
+
+namespace {
+
+// Warnings of one kind are reported once, with how often they occurred and where first.
+class WarningCounter {
+ public:
+  void add(const std::string& key, const std::string& text) {
+    auto it = std::find_if(items_.begin(), items_.end(), [&](const Item& i) { return i.key == key; });
+    if (it == items_.end()) items_.push_back({key, text, 1});
+    else ++it->count;
+  }
+  void flush(std::vector<std::string>& out) const {
+    for (const Item& i : items_)
+      out.push_back(i.count == 1 ? i.text : i.text + " (" + std::to_string(i.count) + " times; the first is shown)");
+  }
+
+ private:
+  struct Item {
+    std::string key, text;
+    int count;
+  };
+  std::vector<Item> items_;
+};
+
+Handle parseHandle(std::string_view hex) {
+  Handle h = 0;
+  for (char c : hex) {
+    int d;
+    if (c >= '0' && c <= '9') d = c - '0';
+    else if (c >= 'a' && c <= 'f') d = c - 'a' + 10;
+    else if (c >= 'A' && c <= 'F') d = c - 'A' + 10;
+    else return 0;
+    if (h >> 60) return 0;  // longer than 64 bits: not a handle
+    h = h * 16 + static_cast<Handle>(d);
+  }
+  return h;
+}
+
+class DxfReader {
+ public:
+  DxfReader(DxfTokenizer& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
+    decoder_ = std::make_unique<TextDecoder>("", true);
+  }
+
+  bool run();
+
+ private:
+  // Tag stream with one tag of look-ahead.
+  bool next() {
+    if (pushed_) {
+      pushed_ = false;
+      return true;
+    }
+    for (;;) {
+      if (!tok_.next(cur_)) return false;
+      if (cur_.code != 999) return true;  // comments are skipped
+    }
+  }
+  void pushBack() { pushed_ = true; }
+  bool isStructure(std::string_view name) const { return cur_.code == 0 && cur_.text == name; }
+  bool fail(const std::string& what) {
+    if (tok_.failed()) report_.error = tok_.error();
+    else report_.error = db_.fileName + ": " + tok_.location() + ": " + what;
+    return false;
+  }
+  bool failAtEnd(const std::string& where) {
+    if (tok_.failed()) return fail("");
+    return fail("the file ends " + where);
+  }
+  void warn(const std::string& key, const std::string& what) {
+    warnings_.add(key, db_.fileName + ": " + tok_.location() + ": " + what);
+  }
+  int location() const {
+    const std::string loc = tok_.location();
+    return static_cast<int>(std::stoll(loc.substr(loc.rfind(' ') + 1)));
+  }
+
+  // Stores the current tag; texts are decoded to UTF-8.
+  void store();
+  void setDecoder();
+
+  bool readHeader();
+  bool readClasses();
+  bool readTables();
+  bool readTable();
+  bool readBlocks();
+  bool readEntities(std::uint32_t block, const char* section);
+  bool readObjects();
+  bool skipSection(std::string_view name);
+  // Reads the groups of one record after its 0 tag, up to the next 0 tag (left for the caller).
+  bool readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where);
+
+  void finishEntity(EntityRec& e);
+  std::uint32_t layerFor(std::string_view name);
+  std::uint32_t linetypeFor(std::string_view name);
+  std::uint32_t blockFor(std::string_view name);
+  void linkMTextColumns();
+  void finish();
+
+  DxfTokenizer& tok_;
+  DatabaseData& db_;
+  ReadReport& report_;
+  RawTag cur_;
+  bool pushed_ = false;
+  std::unique_ptr<TextDecoder> decoder_;
+  std::string scratch_;
+  WarningCounter warnings_;
+  std::unordered_map<std::string, std::uint32_t> linetypeIndex_;  // upper-cased name -> names index
+  std::vector<std::pair<std::uint32_t, Handle>> ownerHandles_;    // entity -> its 330 owner (ENTITIES section)
+  int unnamedBlocks_ = 0;
+};
+
+void DxfReader::store() {
+  StoredTag t;
+  t.code = static_cast<std::int16_t>(cur_.code);
+  t.type = cur_.type;
+  switch (cur_.type) {
+    case TagType::Text: {
+      scratch_.clear();
+      decoder_->decode(cur_.text, scratch_);
+      t.textOffset = db_.arena.size();
+      t.textLength = static_cast<std::uint32_t>(scratch_.size());
+      db_.arena += scratch_;
+      break;
+    }
+    case TagType::Handle:
+    case TagType::Binary:
+      t.textOffset = db_.arena.size();
+      t.textLength = static_cast<std::uint32_t>(cur_.text.size());
+      db_.arena.append(cur_.text);
+      break;
+    case TagType::Real:
+      t.real = cur_.real;
+      break;
+    default:
+      t.integer = cur_.integer;
+      break;
+  }
+  db_.tags.push_back(t);
+}
+
+void DxfReader::setDecoder() {
+  // R2007 (AC1021) and later store UTF-8 whatever the code page says.
+  const bool utf8 = db_.version.empty() || db_.version >= "AC1021";
+  decoder_ = std::make_unique<TextDecoder>(db_.codepage, utf8);
+  if (!db_.codepage.empty() && !decoder_->knownCodepage())
+    warn("codepage", "unknown code page '" + db_.codepage + "': texts are read as ANSI_1252");
+}
+
+bool DxfReader::run() {
+  bool sawEof = false;
+  long long stray = 0;
+  std::string strayAt;
+  while (next()) {
+    if (isStructure("EOF")) {
+      sawEof = true;
+      break;
+    }
+    if (!isStructure("SECTION")) {
+      // Groups outside any section are skipped up to the next section.
+      if (stray++ == 0) strayAt = tok_.location();
+      continue;
+    }
+    if (!next()) return failAtEnd("after 0/SECTION, before the section's name (group 2)");
+    if (cur_.code != 2) return fail("expected the section's name (group 2) after 0/SECTION");
+    const std::string name = platform::toUpperAscii(cur_.text);
+    bool ok;
+    if (name == "HEADER") ok = readHeader();
+    else if (name == "CLASSES") ok = readClasses();
+    else if (name == "TABLES") ok = readTables();
+    else if (name == "BLOCKS") ok = readBlocks();
+    else if (name == "ENTITIES") ok = readEntities(kNone, "ENTITIES");
+    else if (name == "OBJECTS") ok = readObjects();
+    else ok = skipSection(name);
+    if (!ok) return false;
+  }
+  if (tok_.failed()) return fail("");
+  if (stray > 0)
+    warnings_.add("stray", db_.fileName + ": " + strayAt + ": " + std::to_string(stray) +
+                                " groups outside any section were skipped");
+  if (!sawEof) {
+    warnings_.add("eof", db_.fileName + ": the file ends without 0/EOF");
+  } else if (tok_.hasMoreInput()) {
+    warnings_.add("trailing", db_.fileName + ": " + tok_.location() + ": data after 0/EOF was ignored");
+  }
+  finish();
+  warnings_.flush(report_.warnings);
+  return true;
+}
+
+bool DxfReader::skipSection(std::string_view name) {
+  while (next())
+    if (isStructure("ENDSEC")) return true;
+  return failAtEnd("inside section " + std::string(name) + ": expected 0/ENDSEC");
+}
+
+bool DxfReader::readHeader() {
+  HeaderVar* var = nullptr;
+  while (next()) {
+    if (cur_.code == 0) {
+      if (isStructure("ENDSEC")) {
+        setDecoder();
+        return true;
+      }
+      return fail("expected 0/ENDSEC or a header variable (group 9) in section HEADER, found 0/" +
+                  std::string(cur_.text));
+    }
+    if (cur_.code == 9) {
+      db_.header.push_back({std::string(cur_.text), static_cast<std::uint32_t>(db_.tags.size()), 0});
+      var = &db_.header.back();
+      continue;
+    }
+    if (!var) {
+      warn("header-orphan", "a header value without its variable name (group 9) was skipped");
+      continue;
+    }
+    store();
+    ++var->tagCount;
+    if (var->name == "$ACADVER" && cur_.type == TagType::Text) {
+      db_.version = std::string(cur_.text);
+      setDecoder();
+    } else if (var->name == "$DWGCODEPAGE" && cur_.type == TagType::Text) {
+      db_.codepage = std::string(cur_.text);
+      setDecoder();
+    } else if (var->name == "$TILEMODE" && isIntegral(cur_.type)) {
+      db_.tilemode = static_cast<int>(cur_.integer);
+    }
+  }
+  return failAtEnd("inside section HEADER: expected 0/ENDSEC");
+}
+
+bool DxfReader::readClasses() {
+  while (next()) {
+    if (isStructure("ENDSEC")) return true;
+    if (!isStructure("CLASS")) {
+      if (cur_.code == 0) return fail("expected 0/CLASS or 0/ENDSEC in section CLASSES");
+      continue;
+    }
+    std::string record, cls;
+    while (next()) {
+      if (cur_.code == 0) {
+        pushBack();
+        break;
+      }
+      if (cur_.code == 1) record = std::string(cur_.text);
+      else if (cur_.code == 2) cls = std::string(cur_.text);
+    }
+    if (!record.empty()) db_.classes[record] = cls;
+  }
+  return failAtEnd("inside section CLASSES: expected 0/ENDSEC");
+}
+
+bool DxfReader::readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where) {
+  begin = static_cast<std::uint32_t>(db_.tags.size());
+  while (next()) {
+    if (cur_.code == 0) {
+      pushBack();
+      count = static_cast<std::uint32_t>(db_.tags.size()) - begin;
+      return true;
+    }
+    store();
+  }
+  return failAtEnd(std::string("inside a record of section ") + where + ": expected the next record (group 0)");
+}
+
+bool DxfReader::readTables() {
+  while (next()) {
+    if (isStructure("ENDSEC")) return true;
+    if (isStructure("TABLE")) {
+      if (!readTable()) return false;
+      continue;
+    }
+    return fail("expected 0/TABLE or 0/ENDSEC in section TABLES, found group " + std::to_string(cur_.code));
+  }
+  return failAtEnd("inside section TABLES: expected 0/ENDSEC");
+}
+
+bool DxfReader::readTable() {
+  // The table's own groups: its name (2), handle, owner, entry count.
+  std::string tableName;
+  while (next()) {
+    if (cur_.code == 0) break;
+    if (cur_.code == 2 && tableName.empty()) tableName = platform::toUpperAscii(cur_.text);
+  }
+  if (tok_.failed()) return fail("");
+  if (cur_.code != 0) return failAtEnd("inside a TABLE: expected 0/ENDTAB");
+  pushBack();
+  while (next()) {
+    if (isStructure("ENDTAB")) return true;
+    if (isStructure("ENDSEC")) {
+      warn("endtab", "table " + tableName + " has no 0/ENDTAB");
+      pushBack();
+      return true;
+    }
+    if (cur_.code != 0) return fail("expected a table entry (group 0) in table " + tableName);
+    const std::string type(cur_.text);
+    const int line = location();
+    std::uint32_t begin, count;
+    if (!readRecordTags(begin, count, "TABLES")) return false;
+    const StoredTag* nameTag = db_.find(begin, count, 2);
+    const std::string name = nameTag ? std::string(db_.text(*nameTag)) : std::string();
+    const StoredTag* handleTag = db_.find(begin, count, type == "DIMSTYLE" ? 105 : 5);
+    if (!handleTag && type == "DIMSTYLE") handleTag = db_.find(begin, count, 5);
+    const Handle handle = handleTag ? parseHandle(db_.text(*handleTag)) : 0;
+    if (name.empty() && (type == "LAYER" || type == "LTYPE" || type == "BLOCK_RECORD")) {
+      warnings_.add("noname-" + type, db_.fileName + ": line or offset " + std::to_string(line) + ": a " + type +
+                                          " entry without a name was skipped");
+      continue;
+    }
+    if (type == "LAYER") {
+      const std::uint32_t li = layerFor(name);
+      LayerRecord& layer = db_.layerTable[li];
+      if (const StoredTag* t = db_.find(begin, count, 62)) {
+        layer.isOff = t->integer < 0;
+        layer.colorIndex = static_cast<int>(t->integer < 0 ? -t->integer : t->integer);
+      }
+      if (const StoredTag* t = db_.find(begin, count, 6)) layer.linetype = std::string(db_.name(linetypeFor(db_.text(*t))));
+      if (const StoredTag* t = db_.find(begin, count, 370)) layer.lineWeight = static_cast<int>(t->integer);
+      if (const StoredTag* t = db_.find(begin, count, 70)) {
+        layer.isFrozen = (t->integer & 1) != 0;
+        layer.isLocked = (t->integer & 4) != 0;
+      }
+      if (handle) db_.byHandle.emplace(handle, layer.id);
+    } else if (type == "LTYPE") {
+      linetypeFor(name);
+      db_.linetypeTable.push_back(name);
+    } else if (type == "BLOCK_RECORD") {
+      const std::uint32_t bi = blockFor(name);
+      db_.blocks[bi].handle = handle;
+      if (handle) db_.byHandle.emplace(handle, makeId(IdKind::BlockRecord, bi));
+    } else {
+      ObjectRec o;
+      o.type = db_.intern(type);
+      o.handle = handle;
+      o.tagBegin = begin;
+      o.tagCount = count;
+      db_.objects.push_back(o);
+      if (handle) db_.byHandle.emplace(handle, makeId(IdKind::Object, static_cast<std::uint32_t>(db_.objects.size() - 1)));
+    }
+  }
+  return failAtEnd("inside table " + tableName + ": expected 0/ENDTAB");
+}
+
+bool DxfReader::readBlocks() {
+  while (next()) {
+    if (isStructure("ENDSEC")) return true;
+    if (!isStructure("BLOCK")) return fail("expected 0/BLOCK or 0/ENDSEC in section BLOCKS, found group " +
+                                           std::to_string(cur_.code) + " '" + std::string(cur_.text) + "'");
+    std::uint32_t begin, count;
+    if (!readRecordTags(begin, count, "BLOCKS")) return false;
+    const StoredTag* nameTag = db_.find(begin, count, 2);
+    if (!nameTag) nameTag = db_.find(begin, count, 3);
+    std::string name = nameTag ? std::string(db_.text(*nameTag)) : std::string();
+    if (name.empty()) {
+      warn("block-noname", "a block without a name (group 2) was read under a made-up name");
+      name = "*UNNAMED" + std::to_string(++unnamedBlocks_);
+    }
+    const std::uint32_t bi = blockFor(name);
+    BlockRec& b = db_.blocks[bi];
+    b.beginTagBegin = begin;
+    b.beginTagCount = count;
+    if (const StoredTag* t = db_.find(begin, count, 70)) {
+      b.isXref = (t->integer & 4) != 0;
+      b.isAnonymous = (t->integer & 1) != 0;
+    }
+    if (const StoredTag* x = db_.find(begin, count, 10)) {
+      const StoredTag* y = db_.find(begin, count, 20);
+      const StoredTag* z = db_.find(begin, count, 30);
+      b.origin = {x->real, y ? y->real : 0.0, z ? z->real : 0.0};
+    }
+    if (b.handle == 0) {
+      // Without a BLOCK_RECORD table (R12) the block's own handle names it.
+      if (const StoredTag* h = db_.find(begin, count, 5)) {
+        const Handle handle = parseHandle(db_.text(*h));
+        if (handle && !db_.byHandle.count(handle)) {
+          b.handle = handle;
+          db_.byHandle.emplace(handle, makeId(IdKind::BlockRecord, bi));
+        }
+      }
+    }
+    if (!readEntities(bi, "BLOCKS")) return false;
+  }
+  return failAtEnd("inside section BLOCKS: expected 0/ENDSEC");
+}
+
+// Reads entities until 0/ENDSEC (the ENTITIES section) or 0/ENDBLK (a block), which it consumes.
+bool DxfReader::readEntities(std::uint32_t block, const char* section) {
+  const bool inBlock = block != kNone;
+  std::uint32_t sequenceOwner = kNone;  // an INSERT or POLYLINE whose attributes or vertices follow
+  while (next()) {
+    if (cur_.code != 0) return fail(std::string("expected an entity (group 0) in section ") + section + ", found group " +
+                                    std::to_string(cur_.code));
+    if (isStructure(inBlock ? "ENDBLK" : "ENDSEC")) {
+      if (inBlock) {
+        std::uint32_t b, c;
+        if (!readRecordTags(b, c, section)) return false;
+      }
+      return true;
+    }
+    if (inBlock && isStructure("ENDSEC")) {
+      warn("endblk", "block " + db_.blocks[block].name + " has no 0/ENDBLK");
+      pushBack();
+      return true;
+    }
+    if (!inBlock && isStructure("ENDBLK")) return fail("0/ENDBLK outside a block in section ENTITIES");
+    const std::string_view type = cur_.text;
+    if (type == "SEQEND") {
+      std::uint32_t b, c;
+      if (!readRecordTags(b, c, section)) return false;
+      if (sequenceOwner == kNone) warn("seqend", "0/SEQEND without a POLYLINE or INSERT before it was skipped");
+      sequenceOwner = kNone;
+      continue;
+    }
+    EntityRec e;
+    e.dxfName = db_.intern(type);
+    e.line = location();
+    const bool isAttrib = type == "ATTRIB";
+    const bool isVertex = type == "VERTEX";
+    if (!readRecordTags(e.tagBegin, e.tagCount, section)) return false;
+    const std::uint32_t index = static_cast<std::uint32_t>(db_.entities.size());
+    if (isAttrib || isVertex) {
+      const bool fits = sequenceOwner != kNone &&
+                        (isAttrib ? db_.name(db_.entities[sequenceOwner].dxfName) == "INSERT"
+                                  : db_.name(db_.entities[sequenceOwner].dxfName) == "POLYLINE");
+      if (!fits) {
+        warn(isAttrib ? "orphan-attrib" : "orphan-vertex",
+             std::string(isAttrib ? "an ATTRIB" : "a VERTEX") + " that follows no " +
+                 (isAttrib ? "INSERT" : "POLYLINE") + " was skipped");
+        continue;
+      }
+      e.owner = sequenceOwner;
+      ++db_.entities[sequenceOwner].subCount;
+    } else {
+      sequenceOwner = (type == "INSERT" || type == "POLYLINE") ? index : kNone;
+    }
+    e.block = inBlock ? block : db_.modelSpace;
+    finishEntity(e);
+    db_.entities.push_back(e);
+    if (!inBlock && e.owner == kNone) {
+      const StoredTag* tags = db_.tagsOf(e);
+      Handle owner = 0;
+      bool paper = false;
+      int depth = 0;
+      for (std::uint32_t i = 0; i < e.tagCount; ++i) {
+        const StoredTag& t = tags[i];
+        if (t.code == 102) depth += db_.text(t).starts_with("{") ? 1 : -1;
+        else if (t.code == 330 && depth <= 0 && owner == 0) owner = parseHandle(db_.text(t));
+        else if (t.code == 67) paper = t.integer == 1;
+      }
+      db_.entities.back().block = paper ? db_.paperSpace : db_.modelSpace;
+      if (owner) ownerHandles_.emplace_back(index, owner);
+    }
+  }
+  return failAtEnd(std::string("inside section ") + section + (inBlock ? ": expected 0/ENDBLK" : ": expected 0/ENDSEC"));
+}
+
+bool DxfReader::readObjects() {
+  while (next()) {
+    if (isStructure("ENDSEC")) return true;
+    if (cur_.code != 0) return fail("expected an object (group 0) in section OBJECTS");
+    ObjectRec o;
+    o.type = db_.intern(cur_.text);
+    if (!readRecordTags(o.tagBegin, o.tagCount, "OBJECTS")) return false;
+    if (const StoredTag* h = db_.find(o.tagBegin, o.tagCount, 5)) o.handle = parseHandle(db_.text(*h));
+    db_.objects.push_back(o);
+    if (o.handle) db_.byHandle.emplace(o.handle, makeId(IdKind::Object, static_cast<std::uint32_t>(db_.objects.size() - 1)));
+  }
+  return failAtEnd("inside section OBJECTS: expected 0/ENDSEC");
+}
+
+void DxfReader::finishEntity(EntityRec& e) {
+  const StoredTag* tags = db_.tagsOf(e);
+  std::string_view layerName = "0";
+  std::string_view linetype;
+  int depth = 0;
+  bool sawXdata = false;
+  for (std::uint32_t i = 0; i < e.tagCount; ++i) {
+    const StoredTag& t = tags[i];
+    if (t.code == 1001) sawXdata = true;
+    if (sawXdata) continue;  // extension data can repeat codes with other meanings
+    if (t.code == 102) {
+      depth += db_.text(t).starts_with("{") ? 1 : -1;
+      continue;
+    }
+    if (depth > 0) continue;
+    switch (t.code) {
+      case 5:
+        if (!e.handle) e.handle = parseHandle(db_.text(t));
+        break;
+      case 8: layerName = db_.text(t); break;
+      case 6: linetype = db_.text(t); break;
+      case 62: e.color = static_cast<std::int16_t>(t.integer); break;
+      case 48: e.linetypeScale = t.real; break;
+      case 370: e.lineWeight = static_cast<std::int16_t>(t.integer); break;
+      case 60: e.invisible = t.integer == 1; break;
+      default: break;
+    }
+  }
+  e.layer = layerFor(layerName.empty() ? std::string_view("0") : layerName);
+  e.linetype = linetypeFor(linetype.empty() ? std::string_view("ByLayer") : linetype);
+  e.cls = classifyEntity(db_, e);
+}
+
+std::uint32_t DxfReader::layerFor(std::string_view name) {
+  const std::string key = platform::toUpperAscii(name);
+  if (auto it = db_.layerIndex.find(key); it != db_.layerIndex.end()) return it->second;
+  // A layer that the table lacks is created with the defaults, as the host does on reading.
+  const auto index = static_cast<std::uint32_t>(db_.layerTable.size());
+  LayerRecord layer;
+  layer.id = makeId(IdKind::Layer, index);
+  layer.name = std::string(name);
+  db_.layerTable.push_back(layer);
+  db_.layerIndex.emplace(key, index);
+  return index;
+}
+
+std::uint32_t DxfReader::linetypeFor(std::string_view name) {
+  const std::string key = platform::toUpperAscii(name);
+  if (auto it = linetypeIndex_.find(key); it != linetypeIndex_.end()) return it->second;
+  // The two logical linetypes have one spelling in the host, whatever the file wrote.
+  std::string_view spelled = name;
+  if (key == "BYLAYER") spelled = "ByLayer";
+  else if (key == "BYBLOCK") spelled = "ByBlock";
+  const std::uint32_t index = db_.intern(spelled);
+  linetypeIndex_.emplace(key, index);
+  return index;
+}
+
+std::uint32_t DxfReader::blockFor(std::string_view name) {
+  std::string key = platform::toUpperAscii(name);
+  // R12 files spell the two space blocks with a dollar sign.
+  if (key == "$MODEL_SPACE") key = "*MODEL_SPACE";
+  else if (key == "$PAPER_SPACE") key = "*PAPER_SPACE";
+  if (auto it = db_.blockIndex.find(key); it != db_.blockIndex.end()) return it->second;
+  const auto index = static_cast<std::uint32_t>(db_.blocks.size());
+  BlockRec b;
+  b.name = std::string(name);
+  b.isAnonymous = !name.empty() && name.front() == '*' && key != "*MODEL_SPACE" && !key.starts_with("*PAPER_SPACE");
+  db_.blocks.push_back(std::move(b));
+  db_.blockIndex.emplace(key, index);
+  return index;
+}
+
+// Multi-column text of R2000 to R2013 files is written as one MTEXT per column; the first names the others
+// in its extension data ("ACAD_MTEXT_COLUMNS_BEGIN", count, handles). The host reads them as one entity, so
+// the other columns become parts of the first instead of entities of their own.
+void DxfReader::linkMTextColumns() {
+  const std::uint32_t mtext = db_.intern("MTEXT");
+  for (std::uint32_t i = 0; i < db_.entities.size(); ++i) {
+    const EntityRec& e = db_.entities[i];
+    if (e.dxfName != mtext || e.owner != kNone) continue;
+    const StoredTag* tags = db_.tagsOf(e);
+    bool inColumns = false;
+    for (std::uint32_t k = 0; k < e.tagCount; ++k) {
+      const StoredTag& t = tags[k];
+      if (t.code == 1000) {
+        const std::string_view v = db_.text(t);
+        if (v == "ACAD_MTEXT_COLUMNS_BEGIN") inColumns = true;
+        else if (v == "ACAD_MTEXT_COLUMNS_END") break;
+      } else if (inColumns && t.code == 1005) {
+        auto it = db_.byHandle.find(parseHandle(db_.text(t)));
+        if (it == db_.byHandle.end() || idKind(it->second) != IdKind::Entity) continue;
+        EntityRec& part = db_.entities[idIndex(it->second)];
+        if (idIndex(it->second) != i && part.dxfName == mtext && part.owner == kNone) part.owner = i;
+      }
+    }
+  }
+}
+
+void DxfReader::finish() {
+  // Layouts: each LAYOUT object names its block record (the 330 group of its AcDbLayout part).
+  for (const ObjectRec& o : db_.objects) {
+    if (db_.name(o.type) != "LAYOUT") continue;
+    const StoredTag* tags = db_.tags.data() + o.tagBegin;
+    bool inLayout = false;
+    std::string name;
+    int tab = 0;
+    Handle record = 0;
+    for (std::uint32_t i = 0; i < o.tagCount; ++i) {
+      const StoredTag& t = tags[i];
+      if (t.code == 100) inLayout = db_.text(t) == "AcDbLayout";
+      else if (t.code == 1) name = std::string(db_.text(t));
+      else if (t.code == 71) tab = static_cast<int>(t.integer);
+      else if (t.code == 330 && inLayout) record = parseHandle(db_.text(t));
+    }
+    auto it = db_.byHandle.find(record);
+    if (it == db_.byHandle.end() || idKind(it->second) != IdKind::BlockRecord) {
+      warnings_.add("layout-link", db_.fileName + ": layout '" + name + "' names a block record that does not exist");
+      continue;
+    }
+    BlockRec& b = db_.blocks[idIndex(it->second)];
+    b.isLayout = true;
+    b.layoutName = name;
+    b.tabOrder = tab;
+  }
+  for (std::uint32_t i = 0; i < db_.blocks.size(); ++i) {
+    BlockRec& b = db_.blocks[i];
+    const std::string key = platform::toUpperAscii(b.name);
+    if (key == "*MODEL_SPACE" || key.starts_with("*PAPER_SPACE")) {
+      b.isLayout = true;
+      b.isAnonymous = false;
+      if (b.layoutName.empty()) b.layoutName = key == "*MODEL_SPACE" ? "Model" : (key == "*PAPER_SPACE" ? "Layout1" : b.name.substr(1));
+    }
+  }
+  // Entities of the ENTITIES section belong to the space their owner handle names, else to the one
+  // their paper-space flag gives.
+  for (const auto& [index, owner] : ownerHandles_) {
+    auto it = db_.byHandle.find(owner);
+    if (it != db_.byHandle.end() && idKind(it->second) == IdKind::BlockRecord && db_.blocks[idIndex(it->second)].isLayout) {
+      db_.entities[index].block = idIndex(it->second);
+    } else if (it == db_.byHandle.end()) {
+      warnings_.add("owner", db_.fileName + ": line or offset " + std::to_string(db_.entities[index].line) +
+                                 ": an entity names an owner that does not exist; its space flag places it");
+    }
+  }
+  // Handles: entities without one get fresh handles above every handle in the drawing.
+  Handle maxHandle = 0;
+  for (const auto& [h, id] : db_.byHandle) maxHandle = std::max(maxHandle, h);
+  for (const EntityRec& e : db_.entities) maxHandle = std::max(maxHandle, e.handle);
+  std::size_t duplicates = 0;
+  int firstDuplicateLine = 0;
+  for (std::uint32_t i = 0; i < db_.entities.size(); ++i) {
+    EntityRec& e = db_.entities[i];
+    if (e.handle == 0) e.handle = ++maxHandle;
+    if (!db_.byHandle.emplace(e.handle, makeId(IdKind::Entity, i)).second && duplicates++ == 0) firstDuplicateLine = e.line;
+  }
+  if (duplicates > 0)
+    report_.warnings.push_back(db_.fileName + ": line or offset " + std::to_string(firstDuplicateLine) + ": " +
+                               std::to_string(duplicates) + " entities repeat a handle already used; each keeps its place");
+  linkMTextColumns();
+  for (std::uint32_t i = 0; i < db_.entities.size(); ++i) {
+    EntityRec& e = db_.entities[i];
+    if (e.owner == kNone) db_.blocks[e.block].entities.push_back(i);
+    else e.block = db_.entities[e.owner].block;  // attributes and vertices live where their owner does
+  }
+}
+
+}  // namespace
+
+bool readDxf(const std::string& path, DatabaseData& data, ReadReport& report) {
+  std::string error;
+  auto tok = DxfTokenizer::open(path, error);
+  if (!tok) {
+    report.error = error;
+    return false;
+  }
+  data.fileName = path;
+  data.format = tok->isBinary() ? "dxf-binary" : "dxf-ascii";
+  // The two spaces exist in every drawing, even one without tables or blocks.
+  data.blocks.clear();
+  for (const char* space : {"*Model_Space", "*Paper_Space"}) {
+    BlockRec b;
+    b.name = space;
+    b.isLayout = true;
+    data.blockIndex.emplace(platform::toUpperAscii(space), static_cast<std::uint32_t>(data.blocks.size()));
+    data.blocks.push_back(std::move(b));
+  }
+  data.modelSpace = 0;
+  data.paperSpace = 1;
+  // Layer "0" always exists.
+  LayerRecord zero;
+  zero.id = makeId(IdKind::Layer, 0);
+  zero.name = "0";
+  data.layerTable.push_back(zero);
+  data.layerIndex.emplace("0", 0);
+  DxfReader reader(*tok, data, report);
+  return reader.run();
+}
+
+}  // namespace headless

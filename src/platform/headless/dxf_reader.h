@@ -1,0 +1,17 @@
+// Reads a DXF file into the headless database storage.
+#pragma once
+
+#include <string>
+
+#include "platform/database.h"
+#include "platform/headless/dxf_data.h"
+
+namespace headless {
+
+// Fills data from the DXF file at path; false with report.error set when the file cannot be read.
+bool readDxf(const std::string& path, platform::DatabaseData& data, platform::ReadReport& report);
+
+// The host's class of a stored entity, from its DXF name, its subclass markers and its flags.
+platform::DbClass classifyEntity(const platform::DatabaseData& data, const platform::EntityRec& e);
+
+}  // namespace headless

@@ -1,0 +1,314 @@
+// DXF tag tokenizer for ASCII and binary files.
+#include "platform/headless/dxf_tokenizer.h"
+
+#include <charconv>
+#include <cstring>
+
+namespace headless {
+
+namespace {
+
+constexpr char kBinarySentinel[] = "AutoCAD Binary DXF\r\n\x1a";  // followed by a NUL: 22 bytes in all
+constexpr std::size_t kSentinelSize = 22;
+constexpr std::size_t kChunk = 1 << 20;  // read the file a megabyte at a time
+
+std::string_view trimSpaces(std::string_view s) {
+  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.remove_suffix(1);
+  return s;
+}
+
+std::string shown(std::string_view s) {
+  constexpr std::size_t kMax = 40;
+  std::string out(s.substr(0, kMax));
+  if (s.size() > kMax) out += "...";
+  return out;
+}
+
+}  // namespace
+
+TagType tagTypeOf(int code) {
+  if (code < 0) return TagType::Text;
+  if (code <= 9) return TagType::Text;
+  if (code <= 59) return TagType::Real;
+  if (code <= 79) return TagType::Int16;
+  if (code <= 99) return TagType::Int32;
+  if (code == 105) return TagType::Handle;
+  if (code < 110) return TagType::Text;
+  if (code <= 149) return TagType::Real;
+  if (code >= 160 && code <= 169) return TagType::Int64;
+  if (code >= 170 && code <= 179) return TagType::Int16;
+  if (code >= 210 && code <= 239) return TagType::Real;
+  if (code >= 270 && code <= 289) return TagType::Int16;
+  if (code >= 290 && code <= 299) return TagType::Bool;
+  if (code >= 300 && code <= 309) return TagType::Text;
+  if (code >= 310 && code <= 319) return TagType::Binary;
+  if (code >= 320 && code <= 369) return TagType::Handle;
+  if (code >= 370 && code <= 389) return TagType::Int16;
+  if (code >= 390 && code <= 399) return TagType::Handle;
+  if (code >= 400 && code <= 409) return TagType::Int16;
+  if (code >= 410 && code <= 419) return TagType::Text;
+  if (code >= 420 && code <= 429) return TagType::Int32;
+  if (code >= 430 && code <= 439) return TagType::Text;
+  if (code >= 440 && code <= 459) return TagType::Int32;
+  if (code >= 460 && code <= 469) return TagType::Real;
+  if (code >= 470 && code <= 479) return TagType::Text;
+  if (code == 480 || code == 481) return TagType::Handle;
+  if (code == 999) return TagType::Text;
+  if (code >= 1000 && code <= 1003) return TagType::Text;
+  if (code == 1004) return TagType::Binary;
+  if (code == 1005) return TagType::Handle;
+  if (code >= 1006 && code <= 1009) return TagType::Text;
+  if (code >= 1010 && code <= 1059) return TagType::Real;
+  if (code >= 1060 && code <= 1070) return TagType::Int16;
+  if (code == 1071) return TagType::Int32;
+  return TagType::Text;
+}
+
+std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::string& error) {
+  std::FILE* f = std::fopen(path.c_str(), "rb");
+  if (!f) {
+    error = path + ": cannot open the file: " + std::strerror(errno);
+    return nullptr;
+  }
+  char head[kSentinelSize + 2] = {};
+  const std::size_t n = std::fread(head, 1, sizeof head, f);
+  const bool binary = n >= kSentinelSize && std::memcmp(head, kBinarySentinel, kSentinelSize - 1) == 0 &&
+                      head[kSentinelSize - 1] == '\0';
+  std::rewind(f);
+  auto t = std::unique_ptr<DxfTokenizer>(new DxfTokenizer(f, path, binary));
+  if (binary) {
+    // R12 binary files write the first group code (0) as one byte, followed by "SECTION".
+    t->twoByteCodes_ = !(n > kSentinelSize + 1 && head[kSentinelSize + 1] != '\0');
+    t->fill(kSentinelSize);
+    t->pos_ = kSentinelSize;
+  }
+  return t;
+}
+
+DxfTokenizer::DxfTokenizer(std::FILE* file, std::string path, bool binary)
+    : file_(file), path_(std::move(path)), binary_(binary) {
+  buf_.resize(kChunk);
+}
+
+DxfTokenizer::~DxfTokenizer() {
+  if (file_) std::fclose(file_);
+}
+
+std::string DxfTokenizer::location() const {
+  return binary_ ? "byte offset " + std::to_string(tagOffset_) : "line " + std::to_string(tagLine_);
+}
+
+bool DxfTokenizer::fail(const std::string& what) {
+  if (error_.empty()) error_ = path_ + ": " + location() + ": " + what;
+  return false;
+}
+
+// Makes at least `need` unread bytes available when the file has them; false at the end of the file.
+bool DxfTokenizer::fill(std::size_t need) {
+  if (end_ - pos_ >= need) return true;
+  if (eof_) return false;
+  if (pos_ > 0) {
+    std::memmove(buf_.data(), buf_.data() + pos_, end_ - pos_);
+    consumed_ += static_cast<long long>(pos_);
+    end_ -= pos_;
+    pos_ = 0;
+  }
+  while (end_ - pos_ < need && !eof_) {
+    if (buf_.size() - end_ < kChunk / 2) buf_.resize(std::max(buf_.size() * 2, need + kChunk));
+    const std::size_t got = std::fread(buf_.data() + end_, 1, buf_.size() - end_, file_);
+    if (got == 0) eof_ = true;
+    end_ += got;
+  }
+  return end_ - pos_ >= need;
+}
+
+bool DxfTokenizer::hasMoreInput() {
+  if (binary_) return fill(1);
+  // Trailing blank lines and spaces do not count.
+  for (;;) {
+    if (!fill(1)) return false;
+    while (pos_ < end_) {
+      const char c = buf_[pos_];
+      if (c != ' ' && c != '\t' && c != '\r' && c != '\n' && c != '\x1a' && c != '\0') return true;
+      ++pos_;
+    }
+  }
+}
+
+bool DxfTokenizer::readLine(std::string_view& line) {
+  for (std::size_t scanned = 0;;) {
+    const char* start = buf_.data() + pos_;
+    const void* nl = std::memchr(start + scanned, '\n', end_ - pos_ - scanned);
+    if (nl) {
+      const std::size_t len = static_cast<const char*>(nl) - start;
+      line = std::string_view(start, len);
+      if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+      pos_ += len + 1;
+      ++line_;
+      return true;
+    }
+    scanned = end_ - pos_;
+    if (!fill(scanned + 1)) {
+      if (end_ == pos_) return false;
+      // The last line of the file has no line break.
+      line = std::string_view(buf_.data() + pos_, end_ - pos_);
+      if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+      pos_ = end_;
+      ++line_;
+      return true;
+    }
+  }
+}
+
+bool DxfTokenizer::next(RawTag& tag) {
+  if (!error_.empty()) return false;
+  return binary_ ? nextBinary(tag) : nextAscii(tag);
+}
+
+bool DxfTokenizer::nextAscii(RawTag& tag) {
+  std::string_view codeLine;
+  if (!readLine(codeLine)) return false;
+  tagLine_ = line_;
+  std::string_view c = trimSpaces(codeLine);
+  if (c.empty()) {
+    // Blank lines are tolerated where the file ends; elsewhere a group code is missing.
+    if (!hasMoreInput()) return false;
+    return fail("expected a group code (an integer), found an empty line");
+  }
+  int code = 0;
+  const auto [p, ec] = std::from_chars(c.data() + (c.front() == '+'), c.data() + c.size(), code);
+  if (ec != std::errc() || p != c.data() + c.size())
+    return fail("expected a group code (an integer), found '" + shown(c) + "'");
+  std::string_view value;
+  if (!readLine(value)) return fail("the file ends after group code " + std::to_string(code) + ", before its value");
+  tag.code = code;
+  tag.type = tagTypeOf(code);
+  switch (tag.type) {
+    case TagType::Text:
+    case TagType::Handle:
+      tag.text = code == 0 ? trimSpaces(value) : value;
+      if (tag.type == TagType::Handle) tag.text = trimSpaces(value);
+      return true;
+    case TagType::Binary:
+      tag.text = trimSpaces(value);
+      return true;
+    case TagType::Real: {
+      const std::string_view v = trimSpaces(value);
+      const char* b = v.data() + (!v.empty() && v.front() == '+');
+      const auto r = std::from_chars(b, v.data() + v.size(), tag.real);
+      if (r.ec == std::errc::result_out_of_range) return true;  // keeps the nearest representable value
+      if (r.ec != std::errc() || r.ptr != v.data() + v.size())
+        return fail("expected a real number for group code " + std::to_string(code) + ", found '" + shown(v) + "'");
+      tag.integer = static_cast<long long>(tag.real);
+      return true;
+    }
+    default: {
+      const std::string_view v = trimSpaces(value);
+      const char* b = v.data() + (!v.empty() && v.front() == '+');
+      const auto r = std::from_chars(b, v.data() + v.size(), tag.integer);
+      if (r.ec == std::errc() && r.ptr == v.data() + v.size()) {
+        tag.real = static_cast<double>(tag.integer);
+        return true;
+      }
+      // Some writers put integers as reals ("1.0"): the integral part is taken.
+      double d = 0.0;
+      const auto rd = std::from_chars(b, v.data() + v.size(), d);
+      if (rd.ec == std::errc() && rd.ptr == v.data() + v.size() && d > -9.2e18 && d < 9.2e18) {
+        tag.integer = static_cast<long long>(d);
+        tag.real = static_cast<double>(tag.integer);
+        return true;
+      }
+      return fail("expected an integer for group code " + std::to_string(code) + ", found '" + shown(v) + "'");
+    }
+  }
+}
+
+bool DxfTokenizer::nextBinary(RawTag& tag) {
+  if (!fill(1)) return false;
+  tagOffset_ = consumed_ + static_cast<long long>(pos_);
+  const auto byte = [this](std::size_t i) { return static_cast<unsigned char>(buf_[pos_ + i]); };
+  int code;
+  if (twoByteCodes_) {
+    if (!fill(2)) return fail("the file ends inside a group code");
+    code = static_cast<std::int16_t>(byte(0) | (byte(1) << 8));
+    pos_ += 2;
+  } else if (byte(0) == 255) {
+    if (!fill(3)) return fail("the file ends inside a group code");
+    code = static_cast<std::int16_t>(byte(1) | (byte(2) << 8));
+    pos_ += 3;
+  } else {
+    code = byte(0);
+    pos_ += 1;
+  }
+  tag.code = code;
+  tag.type = tagTypeOf(code);
+  const auto need = [this, code](std::size_t n) {
+    return fill(n) || fail("the file ends inside the value of group code " + std::to_string(code));
+  };
+  const auto le = [&](std::size_t n) {
+    unsigned long long v = 0;
+    for (std::size_t i = 0; i < n; ++i) v |= static_cast<unsigned long long>(byte(i)) << (8 * i);
+    pos_ += n;
+    return v;
+  };
+  switch (tag.type) {
+    case TagType::Real: {
+      if (!need(8)) return false;
+      const unsigned long long bits = le(8);
+      std::memcpy(&tag.real, &bits, 8);
+      tag.integer = 0;
+      return true;
+    }
+    case TagType::Int16:
+      if (!need(2)) return false;
+      tag.integer = static_cast<std::int16_t>(le(2));
+      tag.real = static_cast<double>(tag.integer);
+      return true;
+    case TagType::Int32:
+      if (!need(4)) return false;
+      tag.integer = static_cast<std::int32_t>(le(4));
+      tag.real = static_cast<double>(tag.integer);
+      return true;
+    case TagType::Int64:
+      if (!need(8)) return false;
+      tag.integer = static_cast<long long>(le(8));
+      tag.real = static_cast<double>(tag.integer);
+      return true;
+    case TagType::Bool:
+      if (!need(1)) return false;
+      tag.integer = static_cast<long long>(le(1));
+      tag.real = static_cast<double>(tag.integer);
+      return true;
+    case TagType::Binary: {
+      if (!need(1)) return false;
+      const std::size_t len = byte(0);
+      if (!need(1 + len)) return false;
+      static constexpr char kHex[] = "0123456789ABCDEF";
+      binaryHex_.clear();
+      for (std::size_t i = 0; i < len; ++i) {
+        binaryHex_ += kHex[byte(1 + i) >> 4];
+        binaryHex_ += kHex[byte(1 + i) & 15];
+      }
+      pos_ += 1 + len;
+      tag.text = binaryHex_;
+      return true;
+    }
+    default: {
+      // A NUL-terminated text.
+      for (std::size_t scanned = 0;;) {
+        const void* z = std::memchr(buf_.data() + pos_ + scanned, '\0', end_ - pos_ - scanned);
+        if (z) {
+          const std::size_t len = static_cast<const char*>(z) - (buf_.data() + pos_);
+          tag.text = std::string_view(buf_.data() + pos_, len);
+          pos_ += len + 1;
+          return true;
+        }
+        scanned = end_ - pos_;
+        if (!fill(scanned + 1)) return fail("the file ends inside the text of group code " + std::to_string(code));
+      }
+    }
+  }
+}
+
+}  // namespace headless

@@ -1,0 +1,69 @@
+// DXF tag tokenizer: turns an ASCII or binary DXF file into (group code, typed value) pairs, streaming.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace headless {
+
+// The value type of a group code, by the DXF reference's group-code ranges.
+enum class TagType : std::uint8_t { Text, Real, Int16, Int32, Int64, Bool, Handle, Binary };
+TagType tagTypeOf(int code);
+inline bool isNumeric(TagType t) { return t != TagType::Text && t != TagType::Handle && t != TagType::Binary; }
+inline bool isIntegral(TagType t) {
+  return t == TagType::Int16 || t == TagType::Int32 || t == TagType::Int64 || t == TagType::Bool;
+}
+
+struct RawTag {
+  int code = 0;
+  TagType type = TagType::Text;
+  double real = 0.0;
+  long long integer = 0;
+  // Texts, handles (hex digits) and binary chunks (hex digits); valid until the next call of next().
+  std::string_view text;
+};
+
+class DxfTokenizer {
+ public:
+  // Opens a file; null with an error text (naming the file) when it cannot be opened.
+  static std::unique_ptr<DxfTokenizer> open(const std::string& path, std::string& error);
+  ~DxfTokenizer();
+
+  bool isBinary() const { return binary_; }
+  // Reads the next tag; false at the end of the input or on an error (then error() is set).
+  bool next(RawTag& tag);
+  bool failed() const { return !error_.empty(); }
+  const std::string& error() const { return error_; }
+  // Where the last tag began: "line N" (ASCII, the group code's line) or "byte offset N" (binary).
+  std::string location() const;
+  // True when bytes remain after the last tag read.
+  bool hasMoreInput();
+
+ private:
+  DxfTokenizer(std::FILE* file, std::string path, bool binary);
+  bool fill(std::size_t need);
+  bool nextAscii(RawTag& tag);
+  bool nextBinary(RawTag& tag);
+  bool readLine(std::string_view& line);
+  bool fail(const std::string& what);
+
+  std::FILE* file_;
+  std::string path_;
+  bool binary_;
+  bool twoByteCodes_ = true;  // binary DXF of R13 and later; R12 uses one byte (255 escapes to two)
+  std::vector<char> buf_;
+  std::size_t pos_ = 0, end_ = 0;
+  bool eof_ = false;
+  long long line_ = 0;          // lines consumed (ASCII)
+  long long tagLine_ = 0;       // line of the last group code
+  long long consumed_ = 0;      // bytes before buf_[0]
+  long long tagOffset_ = 0;     // byte offset of the last group code (binary)
+  std::string error_;
+  std::string binaryHex_;       // hex text of the last binary chunk
+};
+
+}  // namespace headless
