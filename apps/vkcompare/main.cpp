@@ -1,7 +1,9 @@
 // vkcompare: the command line of the headless host.
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "commands.h"
 #include "shell/version.h"
@@ -9,10 +11,14 @@
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: vkcompare info [--json] FILE\n"
+    "Usage: vkcompare [--log-dir DIR] SOURCE DESTINATION\n"
+    "       vkcompare info [--json] FILE\n"
     "       vkcompare [--help] [--version]\n"
     "\n"
     "Compares two revisions of a drawing entity by entity.\n"
+    "\n"
+    "Compares the current space of SOURCE with that of DESTINATION (DXF drawings), prints the outcome and\n"
+    "writes a log of every difference. Exit status: 0 identical, 1 differences found, 2 trouble.\n"
     "\n"
     "Commands:\n"
     "  info FILE    what a drawing holds: version, code page, spaces, layers, blocks, entity counts\n"
@@ -20,6 +26,7 @@ constexpr const char* kUsage =
     "\n"
     "Options:\n"
     "  --help       show this help and exit\n"
+    "  --log-dir DIR  write the comparison log into DIR (default: the current folder)\n"
     "  --version    show the version and exit\n";
 
 }  // namespace
@@ -39,6 +46,22 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (arg == "info") return vkcompare::runInfo(argc - 2, argv + 2);
-  std::fprintf(stderr, "vkcompare: unknown argument '%s'\n\n%s", argv[1], kUsage);
-  return 2;
+  std::vector<std::string> files;
+  std::string logFolder;
+  for (int i = 1; i < argc; ++i) {
+    const std::string a = argv[i];
+    if (a == "--log-dir" && i + 1 < argc) {
+      logFolder = argv[++i];
+    } else if (!a.empty() && a[0] == '-' && a != "-") {
+      std::fprintf(stderr, "vkcompare: unknown option '%s'\n\n%s", a.c_str(), kUsage);
+      return 2;
+    } else {
+      files.push_back(a);
+    }
+  }
+  if (files.size() != 2) {
+    std::fprintf(stderr, "vkcompare: give two drawings, the source and the destination\n\n%s", kUsage);
+    return 2;
+  }
+  return vkcompare::runCompare(files[0], files[1], logFolder);
 }

@@ -17,6 +17,12 @@ enum MessageBoxStyle : unsigned {
 };
 enum MessageBoxAnswer : int { kIdOk = 1, kIdCancel = 2, kIdYes = 6, kIdNo = 7 };
 
+// The status bar's progress meter: a label and a range, then positions within it; restoring the status
+// bar removes the meter.
+void setStatusBarProgressMeter(std::string_view label, int minPos, int maxPos);
+void setStatusBarProgressMeterPos(int pos);
+void restoreStatusBar();
+
 // Prints text on the host's command line (acutPrintf): the text is printed as given, line breaks included.
 void printToCommandLine(std::string_view text);
 // Shows a modal message box owned by the host's main window; returns the button chosen.

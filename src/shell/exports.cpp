@@ -1,4 +1,39 @@
 // The module's exported C functions.
 #include "shell/exports.h"
 
+#include <string>
+
+#include "engine/CompareLog.h"
+#include "engine/CompareRun.h"
+#include "engine/ComparisonState.h"
+#include "platform/host.h"
+
 extern "C" int I_VkCompareCurFile() { return 0; }
+
+extern "C" int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath, double*, double*, double*,
+                                       double*, double*, double*) {
+  const std::string source = sourcePath ? sourcePath : "";
+  const std::string destination = destinationPath ? destinationPath : "";
+  if (source.empty() && destination.empty()) {
+    platform::printToCommandLine("文件名不能为空");
+    // Deliberately 1, not -1 as the interactive export answers.
+    return 1;
+  }
+  return RunSilentCompare(source, destination);
+}
+
+extern "C" int VkLastSilentOutcome() {
+  switch (CComparisonState::instance().lastOutcome) {
+    case RunOutcome::Identical: return 0;
+    case RunOutcome::Different: return 1;
+    case RunOutcome::NothingToCompare: return 3;
+    case RunOutcome::None:
+    case RunOutcome::Trouble: return 2;
+  }
+  return 2;
+}
+
+extern "C" const char* VkLastSilentError() { return CComparisonState::instance().lastError.c_str(); }
+extern "C" const char* VkLastLogPath() { return CComparisonState::instance().lastLogPath.c_str(); }
+extern "C" int VkLastLogWritten() { return CComparisonState::instance().lastLogWritten ? 1 : 0; }
+extern "C" void VkSetLogFolder(const char* folder) { LogFolder() = folder ? folder : ""; }

@@ -2,6 +2,22 @@
 #pragma once
 
 extern "C" {
+
 // Deliberately does nothing; kept for callers that expect the export.
 int I_VkCompareCurFile();
+
+// The silent comparison of two drawing files (UTF-8 paths). The six points (area corners and base points,
+// three doubles each) are accepted and not used. Returns 1 after printing "文件名不能为空" when both names
+// are empty; else 0 when differences were found (and logged), 1 otherwise.
+int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath, double* point1, double* point2,
+                            double* point3, double* point4, double* point5, double* point6);
+
+// For the command line of the headless host: how the last silent run ended (0 identical, 1 differences,
+// 2 trouble, 3 nothing to compare), the reader's detailed error of that run ("" when none), the log it
+// wrote ("" when none) and whether the log could be written; and the folder later logs go to.
+int VkLastSilentOutcome();
+const char* VkLastSilentError();
+const char* VkLastLogPath();
+int VkLastLogWritten();
+void VkSetLogFolder(const char* folder);
 }

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/headless/console.h"
+
 namespace vktest {
 
 TempDir::TempDir() {
@@ -59,6 +61,21 @@ std::string corpusDir() {
 }
 
 std::string dataDir() { return VK_TEST_DATA_DIR; }
+
+const std::string& isolateSettings() {
+  static TempDir* dir = [] {
+    auto* d = new TempDir();  // lives for the whole process: the settings store keeps its path
+    ::setenv("APPDATA", d->path().c_str(), 1);
+    return d;
+  }();
+  return dir->path();
+}
+
+void quietConsole() {
+  headless::Console::instance().setEcho(nullptr);
+  headless::Console::instance().setProgressStream(nullptr);
+  headless::Console::instance().reset();
+}
 
 std::string dxfFromPairs(std::string_view pairs) {
   std::string out;

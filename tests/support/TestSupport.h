@@ -44,6 +44,13 @@ void writeFile(const std::string& path, std::string_view contents);
 std::string corpusDir();
 std::string dataDir();
 
+// Points the process's settings file at a temporary folder of its own (once per process) and returns it,
+// so that tests never read or write the user's settings. Call before the settings store is first used.
+const std::string& isolateSettings();
+
+// Silences the headless console and forgets what it recorded.
+void quietConsole();
+
 // DXF text from groups written on one line, separated by '|': "0|LINE|8|0|10|1.0|..." (values keep their
 // spaces; use this for small fixtures written in the tests).
 std::string dxfFromPairs(std::string_view pairs);

@@ -1,6 +1,8 @@
 // The headless host's command line and message boxes.
 #include "platform/headless/console.h"
 
+#include <algorithm>
+
 #include "platform/host.h"
 
 namespace headless {
@@ -51,6 +53,39 @@ void Console::reset() {
   transcript_.clear();
   boxes_.clear();
   answers_.clear();
+  progressLabels_.clear();
+}
+
+void Console::setProgressMeter(std::string_view label, int minPos, int maxPos) {
+  progressLabel_ = std::string(label);
+  progressLabels_.push_back(progressLabel_);
+  progressMin_ = minPos;
+  progressMax_ = maxPos;
+  progressShown_ = -1;
+  setProgressPosition(minPos);
+}
+
+void Console::setProgressPosition(int pos) {
+  if (!progress_ || progressLabel_.empty()) return;
+  const int span = progressMax_ - progressMin_;
+  const int percent = span > 0 ? static_cast<int>(100LL * (pos - progressMin_) / span) : 100;
+  if (percent == progressShown_) return;  // redraw only when the bar moves
+  progressShown_ = percent;
+  constexpr int kWidth = 30;
+  const int filled = std::clamp(percent, 0, 100) * kWidth / 100;
+  std::fprintf(progress_, "\r%s [%.*s%*s] %3d%%", progressLabel_.c_str(), filled, "##############################",
+               kWidth - filled, "", std::clamp(percent, 0, 100));
+  std::fflush(progress_);
+  progressDrawn_ = true;
+}
+
+void Console::restoreStatusBar() {
+  progressLabel_.clear();
+  if (progress_ && progressDrawn_) {
+    std::fputs("\r\033[K", progress_);
+    std::fflush(progress_);
+  }
+  progressDrawn_ = false;
 }
 
 }  // namespace headless
@@ -58,6 +93,12 @@ void Console::reset() {
 namespace platform {
 
 void printToCommandLine(std::string_view text) { headless::Console::instance().print(text); }
+
+void setStatusBarProgressMeter(std::string_view label, int minPos, int maxPos) {
+  headless::Console::instance().setProgressMeter(label, minPos, maxPos);
+}
+void setStatusBarProgressMeterPos(int pos) { headless::Console::instance().setProgressPosition(pos); }
+void restoreStatusBar() { headless::Console::instance().restoreStatusBar(); }
 
 int showMessageBox(std::string_view text, std::string_view title, unsigned style) {
   return headless::Console::instance().messageBox(text, title, style);

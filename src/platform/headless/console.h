@@ -33,6 +33,16 @@ class Console {
   // Answers for the next message boxes, in order; without one a box is answered with its first button.
   void scriptMessageBoxAnswer(int answer) { answers_.push_back(answer); }
 
+  // The status bar's progress meter, drawn as a bar on the progress stream when one is set.
+  void setProgressMeter(std::string_view label, int minPos, int maxPos);
+  void setProgressPosition(int pos);
+  void restoreStatusBar();
+  // Where the progress bar is drawn (nullptr: nowhere, the default).
+  void setProgressStream(std::FILE* stream) { progress_ = stream; }
+  const std::string& progressLabel() const { return progressLabel_; }
+  // Every label the meter was shown with, in order (tests read it).
+  const std::vector<std::string>& progressLabels() const { return progressLabels_; }
+
   // Where printed text and message boxes are echoed; nullptr keeps them silent.
   void setEcho(std::FILE* stream) { echo_ = stream; }
   std::FILE* echo() const { return echo_; }
@@ -45,6 +55,11 @@ class Console {
   std::vector<MessageBoxEvent> boxes_;
   std::deque<int> answers_;
   std::FILE* echo_ = stdout;
+  std::FILE* progress_ = nullptr;
+  std::string progressLabel_;
+  std::vector<std::string> progressLabels_;
+  int progressMin_ = 0, progressMax_ = 0, progressShown_ = -1;
+  bool progressDrawn_ = false;
 };
 
 }  // namespace headless

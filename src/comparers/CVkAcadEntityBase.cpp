@@ -1,0 +1,196 @@
+// The comparer base, the type display names, the key digest and the pair tests.
+#include "comparers/CVkAcadEntityBase.h"
+
+#include <cmath>
+#include <utility>
+
+#include "platform/text.h"
+
+using platform::fmt;
+
+namespace {
+
+const CompareOptions& defaultOptions() {
+  static const CompareOptions all;
+  return all;
+}
+
+struct DisplayName {
+  std::string_view dxf;
+  std::string_view display;
+};
+
+// The program's own wording, blanks included: "3DSOLID" reads as a wedge and "SOLID" as a 3D solid,
+// "MLINE" shares the polyline's name, "INSERT" has no trailing blank, the OLE names lead with one.
+constexpr DisplayName kDisplayNames[] = {
+    {"3DFACE", "3D面图元 "},
+    {"3DSOLID", "楔形实体图元 "},
+    {"ACAD_PROXY_ENTITY", "代理实体图元 "},
+    {"ARC", "弧线图元 "},
+    {"ATTDEF", "属性定义图元 "},
+    {"ATTRIB", "属性图元 "},
+    {"BODY", "体图元 "},
+    {"CIRCLE", "圆图元 "},
+    {"DIMENSION", "尺寸标注图元 "},
+    {"ELLIPSE", "椭圆图元 "},
+    {"HATCH", "填充图元 "},
+    {"HELIX", "螺旋线图元 "},
+    {"IMAGE", "图片(影像)图元 "},
+    {"WIPEOUT", "遮罩图元 "},
+    {"INSERT", "块或参照图元"},
+    {"LEADER", "引线图元 "},
+    {"LIGHT", "光照图元 "},
+    {"LINE", "直线图元 "},
+    {"LWPOLYLINE", "多段线图元 "},
+    {"MLINE", "多段线图元 "},
+    {"MTEXT", "多行文字图元 "},
+    {"OLEFRAME", " OLEFRAME 图元 "},
+    {"OLE2FRAME", " OLE2FRAME 图元 "},
+    {"POINT", "点图元 "},
+    {"POLYLINE", "多段线图元 "},
+    {"RAY", "射线图元 "},
+    {"REGION", "面域图元 "},
+    {"SECTION", "截面图元 "},
+    {"SHAPE", "型图元 "},
+    {"SOLID", "三维实体图元 "},
+    {"TRACE", "跟踪图元 "},
+    {"SPLINE", "样条曲线图元 "},
+    {"SUBDIVISION", "分步曲面图元 "},
+    {"SURFACE", "曲面图元 "},
+    {"ACAD_TABLE", "表格图元 "},
+    {"TEXT", "文字图元 "},
+    {"TOLERANCE", "公差图元 "},
+    {"UNDERLAY", "基础图元 "},
+    {"VERTEX", "顶点图元 "},
+    {"VIEWPORT", "浮动视口 "},
+};
+constexpr std::string_view kOtherDisplayName = "代理实体图元";
+
+// Magnitudes below this print as "0.00" or "-0.00"; the Z accessors answer 0.0 instead.
+constexpr double kZeroZ = 0.009;
+// Points closer than this in a coordinate count as equal when ordering end points.
+constexpr double kOrderTolerance = 1e-5;
+
+}  // namespace
+
+std::string_view typeDisplayName(std::string_view dxfName) {
+  for (const DisplayName& n : kDisplayNames)
+    if (n.dxf == dxfName) return n.display;
+  return kOtherDisplayName;
+}
+
+std::string keyDigest(std::string_view text) {
+  std::uint32_t h = 0;
+  for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
+  return fmt("%d", static_cast<long long>(h & 0x7FFFFFFFu));
+}
+
+void orderCanonically(platform::Point3d& a, platform::Point3d& b) {
+  if (a.x - b.x > kOrderTolerance) {
+    std::swap(a, b);
+  } else if (std::fabs(a.x - b.x) < kOrderTolerance) {
+    if (a.y - b.y > kOrderTolerance) {
+      std::swap(a.y, b.y);
+      std::swap(a.z, b.z);
+    } else if (std::fabs(a.y - b.y) < kOrderTolerance && a.z - b.z > kOrderTolerance) {
+      std::swap(a.z, b.z);
+    }
+  }
+}
+
+const CompareOptions& CVkAcadEntityBase::options() const { return options_ ? *options_ : defaultOptions(); }
+
+double CVkAcadEntityBase::minZ() const {
+  const double z = loadExtents_.min.z;
+  return std::fabs(z) < kZeroZ ? 0.0 : z;
+}
+
+double CVkAcadEntityBase::maxZ() const {
+  const double z = loadExtents_.max.z;
+  return std::fabs(z) < kZeroZ ? 0.0 : z;
+}
+
+void CVkAcadEntityBase::setFullKey(std::string fullKey) {
+  fullKey_ = std::move(fullKey);
+  keyText_ = "0," + keyDigest(fullKey_);
+}
+
+void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) {
+  // The DXF name is group 0 of the entity's group list.
+  dxfName_ = std::string(entity.dxfName());
+  description_ = std::string(typeDisplayName(dxfName_));
+  message_ = description_;
+  layerText_ = std::string(entity.layer());
+
+  static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
+  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(layerText_) : kNoLayerContext;
+
+  const int color = entity.colorIndex();
+  if (color == 256) colorText_ = layer.colorText;
+  else if (color == 0) colorText_ = "ByBlock";
+  else colorText_ = fmt("%d", color);
+
+  const std::string_view linetype = entity.linetype();
+  if (linetype == "ByLayer") linetypeText_ = fmt("%s,%.2f", layer.linetypeName, entity.linetypeScale());
+  else if (linetype == "ByBlock") linetypeText_ = "ByBlock";
+  else linetypeText_ = fmt("%s,%.2f", linetype, entity.linetypeScale());
+
+  const int weight = entity.lineWeight();
+  if (weight == -1) lineweightText_ = layer.lineweightText;
+  else if (weight == -2) lineweightText_ = "ByBlock";
+  else lineweightText_ = fmt("%d", weight);
+
+  textStyleText_.clear();
+
+  platform::Extents3d geom;
+  extentsStatus_ = entity.getGeomExtents(geom);
+  placedExtents_ = geom.transformed(drawingTransform_ ? *drawingTransform_ : transform);
+  loadExtents_ = geom.transformed(transform);
+
+  handle_ = entity.handle();
+  objectId_ = entity.objectId();
+}
+
+void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) {}
+
+std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& other) {
+  auto record = std::make_unique<CDiffType>();
+  record->setExtents(placedExtents_);
+  message_ = description_;
+  struct Common {
+    const std::string CVkAcadEntityBase::*text;
+    int code;
+    const char* message;
+  };
+  static constexpr Common kCommon[] = {
+      {&CVkAcadEntityBase::layerText_, kCodeLayer, "所在层不相同,"},
+      {&CVkAcadEntityBase::colorText_, kCodeColor, "颜色不相同,"},
+      {&CVkAcadEntityBase::linetypeText_, kCodeLinetype, "线型或线型比例不相同,"},
+      {&CVkAcadEntityBase::lineweightText_, kCodeLineweight, "线宽不相同,"},
+      {&CVkAcadEntityBase::textStyleText_, kCodeTextStyle, "文本类型不相同,"},
+      {&CVkAcadEntityBase::zText_, kCodeZ, "Z坐标不相同,"},
+  };
+  for (const Common& c : kCommon)
+    if (this->*c.text != other.*c.text && isCompared(c.code)) message_ += c.message;
+  record->text = message_;
+  return record;
+}
+
+bool isSameAs(CVkAcadEntityBase& a, CVkAcadEntityBase& b) {
+  const std::unique_ptr<CDiffType> record = b.compare(a);
+  if (record->text != b.description()) return false;
+  a.matched = 1;
+  b.matched = 1;
+  return true;
+}
+
+bool compareWith(CVkAcadEntityBase& a, CVkAcadEntityBase& b, std::unique_ptr<CDiffType>& record) {
+  record = b.compare(a);
+  a.matched = 1;
+  b.matched = 1;
+  if (record->text == b.description()) {
+    record.reset();
+    return true;
+  }
+  return false;
+}

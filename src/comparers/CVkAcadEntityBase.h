@@ -1,0 +1,114 @@
+// The comparer base: what every comparer captures of its entity (type, identity, common properties,
+// extents, key) and the comparison of the common properties.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "comparers/CompareOptions.h"
+#include "comparers/DiffRecord.h"
+#include "comparers/LayerContext.h"
+#include "platform/database.h"
+#include "platform/geometry.h"
+
+class CVkAcadEntityBase {
+ public:
+  CVkAcadEntityBase() = default;
+  virtual ~CVkAcadEntityBase() = default;
+  CVkAcadEntityBase(const CVkAcadEntityBase&) = delete;
+  CVkAcadEntityBase& operator=(const CVkAcadEntityBase&) = delete;
+
+  // Captures the entity; transform is the load transform (the drawing's base-point transform).
+  virtual void load(const platform::Entity& entity, platform::Matrix3d transform);
+  // Compares this comparer (destination) with another of the same class (source); the caller owns the record.
+  virtual std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other);
+  // Captures the type-specific detail texts; nothing in the base.
+  virtual void loadDetail(const platform::Entity& entity, platform::Matrix3d transform);
+
+  const std::string& description() const { return description_; }
+  const std::string& keyText() const { return keyText_; }
+  const std::string& fullKey() const { return fullKey_; }
+  const std::string& dxfName() const { return dxfName_; }
+  const std::string& message() const { return message_; }
+  const std::string& colorText() const { return colorText_; }
+  const std::string& layerText() const { return layerText_; }
+  const std::string& linetypeText() const { return linetypeText_; }
+  const std::string& lineweightText() const { return lineweightText_; }
+  const std::string& zText() const { return zText_; }
+  const std::string& textStyleText() const { return textStyleText_; }
+  platform::ErrorStatus extentsStatus() const { return extentsStatus_; }
+  const platform::Extents3d& placedExtents() const { return placedExtents_; }
+  const platform::Extents3d& loadExtents() const { return loadExtents_; }
+  platform::Handle handle() const { return handle_; }
+  platform::ObjectId objectId() const { return objectId_; }
+
+  // The minimum and maximum Z of the load extents; a magnitude below 0.009 reads 0.0 so that no
+  // "-0.00" is ever printed.
+  double minZ() const;
+  double maxZ() const;
+
+  // Set by the factory before load.
+  void setContexts(const void* readerContext, const CLayerContext* layerContext, const platform::Matrix3d* drawingTransform,
+                   const CompareOptions* options) {
+    readerContext_ = readerContext;
+    layerContext_ = layerContext;
+    drawingTransform_ = drawingTransform;
+    options_ = options;
+  }
+  const CompareOptions& options() const;
+  // The settings test: is the property class with this code compared?
+  bool isCompared(int code) const { return options().isCompared(code); }
+
+  // Pairing state: matched once paired; excluded entities count as handled from the start.
+  int matched = 0;
+  int excluded = 0;
+
+ protected:
+  // Stores the full key and its key text "0,<digest>".
+  void setFullKey(std::string fullKey);
+  void setZText(std::string z) { zText_ = std::move(z); }
+  void setTextStyleText(std::string s) { textStyleText_ = std::move(s); }
+  const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
+
+  std::string description_;
+  std::string message_;
+
+ private:
+  platform::ErrorStatus extentsStatus_ = platform::ErrorStatus::eOk;
+  platform::Extents3d placedExtents_;
+  platform::Extents3d spareExtents_;
+  platform::Extents3d loadExtents_;
+  platform::Handle handle_ = 0;
+  platform::ObjectId objectId_;
+  std::string spareText_;
+  std::string colorText_;
+  std::string dxfName_;
+  std::string layerText_;
+  std::string linetypeText_;
+  std::string lineweightText_;
+  std::string zText_;
+  std::string textStyleText_;
+  std::string keyText_;
+  std::string fullKey_;
+  const CLayerContext* layerContext_ = nullptr;
+  const void* readerContext_ = nullptr;
+  const platform::Matrix3d* drawingTransform_ = nullptr;
+  const CompareOptions* options_ = nullptr;
+};
+
+// The display name of a DXF type name ("LINE" -> "直线图元 "); unlisted names give "代理实体图元".
+std::string_view typeDisplayName(std::string_view dxfName);
+// The decimal digest of a key: h = h * 131 + unit over its UTF-16 code units (32 bits, wrapping), then
+// h & 0x7FFFFFFF; "0" for the empty text.
+std::string keyDigest(std::string_view text);
+// Brings two points whose order does not matter into one order (the end points of a line): swapped when
+// a.x - b.x > 1e-5; with x equal within 1e-5 their y and z are swapped when a.y - b.y > 1e-5; with y equal
+// too, their z when a.z - b.z > 1e-5.
+void orderCanonically(platform::Point3d& a, platform::Point3d& b);
+
+// The equality test of entities sharing a key: b.compare(a); when the text is b's description both are
+// matched and the answer is yes.
+bool isSameAs(CVkAcadEntityBase& a, CVkAcadEntityBase& b);
+// The test of a one-to-one pair: both are matched whatever the result; a differing record is handed out.
+bool compareWith(CVkAcadEntityBase& a, CVkAcadEntityBase& b, std::unique_ptr<CDiffType>& record);

@@ -1,0 +1,89 @@
+// The generic comparer: key by position (or extents), details by the group list.
+#include "comparers/CVkCustomEntity.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace {
+
+// Groups the common properties already compare: primary point, layer, colour, linetype, lineweight,
+// text style.
+bool coveredByCommon(int code) {
+  return code == 10 || code == 8 || code == 62 || code == 6 || code == 370 || code == 7;
+}
+
+bool isLocationCode(int code) { return code >= 10 && code <= 18; }
+
+// The value of one group as text. Entity names and handles identify objects of one drawing and are not
+// properties: they give no text, so two drawings that number their objects differently compare alike.
+std::string valueText(const platform::ResBuf& g, const platform::Matrix3d& load) {
+  using T = platform::ResBuf::Type;
+  switch (g.type) {
+    case T::Real: return platform::fmt("%.2f", g.real);
+    case T::Integer: return platform::fmt("%d", g.integer);
+    case T::Text:
+    case T::Binary: return g.text;
+    case T::Point: {
+      const platform::Point3d p = isLocationCode(g.code) ? load.transform(g.point) : g.point;
+      return platform::fmt("%.2f,%.2f,%.2f", p.x, p.y, p.z);
+    }
+    case T::Handle:
+    case T::Name: return {};
+  }
+  return {};
+}
+
+}  // namespace
+
+void CVkCustomEntity::load(const platform::Entity& entity, platform::Matrix3d transform) {
+  CVkAcadEntityBase::load(entity, transform);
+  // The position is group 10 of the group list; a polyline's group 10 holds only its elevation, so
+  // polylines, like entities without group 10, are keyed by their extents.
+  const platform::Point3d* position = nullptr;
+  const platform::ResBufList groups = entity.entGet();
+  if (dxfName() != "POLYLINE")
+    for (const platform::ResBuf& g : groups)
+      if (g.code == 10 && g.type == platform::ResBuf::Type::Point) {
+        position = &g.point;
+        break;
+      }
+  if (position) {
+    const platform::Point3d p = transform.transform(*position);
+    setFullKey(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
+    setZText(platform::fmt("%.2f", p.z));
+  } else {
+    const platform::Extents3d& e = placedExtents();
+    setFullKey(platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", dxfName(), e.min.x, e.min.y, e.max.x, e.max.y));
+    setZText(platform::fmt("%.2f,%.2f", minZ(), maxZ()));
+  }
+  if (isCompared(kCodeDetails)) loadDetail(entity, transform);
+}
+
+void CVkCustomEntity::loadDetail(const platform::Entity& entity, platform::Matrix3d transform) {
+  groups_.clear();
+  for (const platform::ResBuf& g : entity.entGet()) {
+    if (coveredByCommon(g.code) || !isCompared(g.code)) continue;
+    std::string value = valueText(g, transform);
+    if (!value.empty()) groups_.emplace_back(g.code, std::move(value));
+  }
+  std::stable_sort(groups_.begin(), groups_.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  // "%s,%d,%s" folded over the list: the text starts with a comma and alternates codes and values.
+  groupText_.clear();
+  for (const auto& [code, value] : groups_) {
+    groupText_ += ',';
+    platform::appendInt(groupText_, code);
+    groupText_ += ',';
+    groupText_ += value;
+  }
+}
+
+std::unique_ptr<CDiffType> CVkCustomEntity::compare(const CVkAcadEntityBase& other) {
+  extraMessage_.clear();
+  auto record = CVkAcadEntityBase::compare(other);
+  const auto* custom = dynamic_cast<const CVkCustomEntity*>(&other);
+  if (isCompared(kCodeDetails) && (!custom || custom->groupText_ != groupText_))
+    extraMessage_ += platform::fmt("%s不同", groupText_);
+  record->text = message_ + extraMessage_;
+  return record;
+}

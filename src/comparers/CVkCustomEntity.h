@@ -1,0 +1,24 @@
+// Comparer of every entity that no other comparer takes: compared generically through its group list.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "comparers/CVkAcadEntityBase.h"
+
+class CVkCustomEntity final : public CVkAcadEntityBase {
+ public:
+  void load(const platform::Entity& entity, platform::Matrix3d transform) override;
+  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  // Captures the compared groups: every group but those the common properties cover, each whose
+  // property code is compared, sorted by group code and joined as ",code,value" pairs.
+  void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
+
+  const std::string& groupText() const { return groupText_; }
+
+ private:
+  std::string extraMessage_;
+  std::string groupText_;
+  std::vector<std::pair<int, std::string>> groups_;
+};

@@ -1,0 +1,66 @@
+// Comparers declared by tables: each class lists its key and its detail properties (the message and how
+// the text is captured), and this class does the loading and comparing for all of them.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "comparers/CVkAcadEntityBase.h"
+
+// How one detail property's text is captured, from the entity and the load transform.
+using TextCapture = std::string (*)(const platform::Entity&, const platform::Matrix3d&);
+// How a list of texts is captured (vertices and the like), compared element by element.
+using ListCapture = std::vector<std::string> (*)(const platform::Entity&, const platform::Matrix3d&);
+
+// One detail property. A text property appends its message when the two texts differ. A list property
+// appends "顶点个数不一样," once when the lists differ in length, else "第%d个" and its message for each
+// index whose texts differ.
+struct DetailProperty {
+  const char* message;
+  TextCapture text = nullptr;
+  ListCapture list = nullptr;
+};
+
+// The texts that identify an entity: its full key and its Z text (and the text style for text-bearing types).
+struct KeyTexts {
+  std::string fullKey;
+  std::string zText;
+  std::string textStyle;
+};
+using KeyCapture = void (*)(const platform::Entity&, const platform::Matrix3d&, const CVkAcadEntityBase& self,
+                            KeyTexts& out);
+
+struct ComparerTraits {
+  KeyCapture key;
+  std::span<const DetailProperty> details;
+};
+
+class CVkDetailedEntity : public CVkAcadEntityBase {
+ public:
+  // Runs the base part, builds the key and Z text, and captures the details when they are compared.
+  void load(const platform::Entity& entity, platform::Matrix3d transform) override;
+  // Runs the base part, then, with details compared, appends the message of every differing detail.
+  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  // Captures every detail text and list of the class's table.
+  void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
+
+  const std::vector<std::string>& detailTexts() const { return texts_; }
+  const std::vector<std::vector<std::string>>& detailLists() const { return lists_; }
+
+ protected:
+  explicit CVkDetailedEntity(const ComparerTraits& traits) : traits_(traits) {}
+  // Appends the detail messages of this class's table, comparing with other (of the same class or not).
+  void appendDetailMessages(const CVkAcadEntityBase& other);
+  // The detail messages of the last compare.
+  std::string extraMessage_;
+
+ private:
+  const ComparerTraits& traits_;
+  std::vector<std::string> texts_;
+  std::vector<std::vector<std::string>> lists_;
+};
+
+// Appends the messages for two lists of texts compared element by element.
+void appendListMessages(std::string& out, const std::vector<std::string>& mine, const std::vector<std::string>& theirs,
+                        const char* message);

@@ -1,0 +1,36 @@
+// The factory that chooses a comparer class for an entity, and the one list of comparer classes.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "comparers/CVkAcadEntityBase.h"
+
+// How a row of the factory decides.
+enum class FactoryRule {
+  Class,           // the entity is of the row's class: the row's comparer
+  Surface,         // a surface: the comparer of its kind, or none for another kind
+  BlockReference,  // a block reference, under the block and external-reference settings
+};
+
+// One row of the factory, tested in order with isKindOf; the first hit decides.
+struct FactoryRow {
+  int order;
+  platform::DbClass cls;
+  std::string_view comparer;  // the comparer class's name
+  FactoryRule rule;
+  // Makes the comparer; null while the class is not built, so that its entities go on to the last rule.
+  std::unique_ptr<CVkAcadEntityBase> (*make)();
+};
+
+// The rows of the factory in their order, then the last rule: by DXF name ("LIGHT", "REGION",
+// "SOLID"/"TRACE"), every other name to the custom-entity comparer.
+std::span<const FactoryRow> factoryRows();
+
+// Makes, sets up and loads the comparer for an entity; null when the entity takes no part (a surface of an
+// unknown kind, a block reference filtered out by the settings or whose block cannot be opened).
+std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
+                                                  const void* readerContext, const CLayerContext* layerContext,
+                                                  const platform::Matrix3d* drawingTransform,
+                                                  const CompareOptions* options);

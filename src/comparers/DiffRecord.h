@@ -1,0 +1,42 @@
+// A difference record: one added, deleted or changed entity, with its text and where it lies.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "platform/geometry.h"
+
+// Kinds of difference records.
+enum DiffKind : int {
+  kDiffChanged = 1,  // 差异: a pair whose properties differ
+  kDiffAdded = 2,    // 新增: only in the destination drawing
+  kDiffDeleted = 3,  // 删除: only in the source drawing
+};
+
+// What the result palette fills from the records and ranges (a tree of ranges with member items).
+class CResultTreeSink {
+ public:
+  virtual ~CResultTreeSink() = default;
+  virtual void addRange(const std::string& label, const std::array<double, 6>& extents) = 0;
+  virtual void addMember(const std::string& label, int kind, const std::array<double, 6>& extents) = 0;
+};
+
+class CDiffType {
+ public:
+  CDiffType() = default;
+  virtual ~CDiffType() = default;
+  // The text the palette shows for this record.
+  virtual std::string paletteText() const { return text; }
+  // Adds this record as one member item of the result tree.
+  virtual void fillResultTree(CResultTreeSink& sink) const { sink.addMember(text, kind, extents); }
+
+  void setExtents(const platform::Extents3d& e) {
+    extents = {e.min.x, e.min.y, e.min.z, e.max.x, e.max.y, e.max.z};
+  }
+
+  // The description followed by "新增,", "删除," or the difference messages.
+  std::string text;
+  // min x, y, z, max x, y, z
+  std::array<double, 6> extents{};
+  int kind = 0;
+};

@@ -1,0 +1,23 @@
+// The process-wide comparison state.
+#include "engine/ComparisonState.h"
+
+CComparisonState& CComparisonState::instance() {
+  static CComparisonState state;
+  return state;
+}
+
+void CComparisonState::Prepare() {
+  differences.clear();
+  sourceIds.clear();
+  destinationIds.clear();
+  // The comparers go with their drawing records; the records before the databases they read.
+  source.reset();
+  destination.reset();
+}
+
+void CComparisonState::EndOnFailure() {
+  source.reset();
+  destination.reset();
+  sideSource.reset();
+  sideDestination.reset();
+}

@@ -1,0 +1,117 @@
+// Drawing reading and the compare-area tests.
+#include "engine/DrawingRecord.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "comparers/ComparerFactory.h"
+#include "platform/host.h"
+#include "platform/text.h"
+
+namespace {
+
+// Coordinates within this distance count as equal for the area; an entity must clear the area's border
+// by more than it to count as outside.
+constexpr double kAreaTolerance = 0.0001;
+
+struct Box {
+  double minX, minY, maxX, maxY;
+};
+
+Box normalised(const platform::Point3d& a, const platform::Point3d& b) {
+  return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
+}
+
+}  // namespace
+
+std::vector<std::string>& ExcludedLayers() {
+  static std::vector<std::string> layers;
+  return layers;
+}
+
+std::unique_ptr<CDrawingRecord> CDrawingRecord::fromDatabase(const platform::Database& db) {
+  auto record = std::make_unique<CDrawingRecord>();
+  record->database = &db;
+  record->fileName = db.fileName();
+  return record;
+}
+
+bool IsWholeDrawing(const platform::Point3d& c1, const platform::Point3d& c2) {
+  return std::fabs(c1.x - c2.x) < kAreaTolerance && std::fabs(c1.y - c2.y) < kAreaTolerance &&
+         std::fabs(c1.z - c2.z) < kAreaTolerance;
+}
+
+bool PassesAreaTest(const platform::Extents3d& entity, const platform::Point3d& c1, const platform::Point3d& c2) {
+  const Box e = normalised(entity.min, entity.max);
+  const Box a = normalised(c1, c2);
+  // An entity that surrounds the whole area with room to spare on every side (a frame drawn round it)
+  // is deliberately not compared.
+  if (e.maxX - a.maxX > kAreaTolerance && a.minX - e.minX > kAreaTolerance && e.maxY - a.maxY > kAreaTolerance &&
+      a.minY - e.minY > kAreaTolerance)
+    return false;
+  // A gap of at least the tolerance on any side leaves the entity out; so, deliberately, does a separation
+  // of exactly +0.0001.
+  const double separations[] = {e.maxX - a.minX, a.maxX - e.minX, e.maxY - a.minY, a.maxY - e.minY};
+  for (double s : separations)
+    if (!(s > kAreaTolerance) && !(std::fabs(s) < kAreaTolerance)) return false;
+  return true;
+}
+
+void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options) {
+  if (!record.database) return;
+  const platform::Database& db = *record.database;
+  const bool source = mode == kReadSource;
+  record.namesBeingRead.push_back(record.fileName);
+
+  record.entityMap.clear();
+  record.outsideSet.clear();
+  // The layer filter: the layers of this drawing named in the excluded-layer list.
+  record.layerFilter.clear();
+  for (const platform::LayerRecord& layer : db.layers())
+    for (const std::string& name : ExcludedLayers())
+      if (platform::equalsIgnoreCase(name, layer.name)) record.layerFilter.insert(layer.id.value);
+  record.layerContext = std::make_unique<CLayerContext>(db);
+
+  const platform::BlockRecord space = db.blockRecord(db.currentSpaceId());
+  const std::vector<platform::ObjectId> ids = space.entityIds();
+
+  platform::setStatusBarProgressMeter(source ? "正在计算源文件实体数量：" : "正在计算目标文件实体数量：", 0, 100);
+  record.entityCount = static_cast<int>(ids.size());
+  platform::restoreStatusBar();
+  platform::printToCommandLine(platform::fmt("\n实体数量：%d个", record.entityCount));
+
+  platform::setStatusBarProgressMeter(source ? "1/3 正在读取源文件：" : "2/3 正在读取目标文件：", 0, record.entityCount);
+  const bool whole = IsWholeDrawing(record.areaCorner1, record.areaCorner2);
+  const platform::Point3d& b = record.basePoint;
+  record.baseMatrix = platform::Matrix3d::translation({-b.x, -b.y, -b.z});
+  record.combinedMatrix = record.baseMatrix * record.placementMatrix;
+
+  int position = 0;
+  for (const platform::ObjectId id : ids) {
+    platform::setStatusBarProgressMeterPos(position++);
+    const platform::Entity entity = db.openEntity(id);
+    if (!entity) continue;
+    if (!entity.isVisible() || record.layerFilter.count(entity.layerId().value)) continue;
+    if (!whole) {
+      platform::Extents3d ext;
+      if (entity.getGeomExtents(ext) == platform::ErrorStatus::eOk &&
+          !PassesAreaTest(ext.transformed(record.combinedMatrix), record.areaCorner1, record.areaCorner2)) {
+        record.outsideSet.push_back(entity.handle());
+        continue;
+      }
+    }
+    std::unique_ptr<CVkAcadEntityBase> comparer = createComparer(
+        entity, record.combinedMatrix, &record, record.layerContext.get(), &record.combinedMatrix, &options);
+    if (!comparer) continue;
+    // The comparer's own extents (for a block reference those of its expanded contents) face the area too.
+    if (!whole && comparer->extentsStatus() == platform::ErrorStatus::eOk &&
+        !PassesAreaTest(comparer->placedExtents(), record.areaCorner1, record.areaCorner2)) {
+      record.outsideSet.push_back(entity.handle());
+      continue;
+    }
+    const std::string key = comparer->keyText();
+    record.entityMap.emplace(key, std::move(comparer));
+  }
+  platform::restoreStatusBar();
+  record.namesBeingRead.clear();
+}

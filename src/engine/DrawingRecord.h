@@ -1,0 +1,55 @@
+// Drawing reading: one drawing's current space turned into comparers filed by key, filtered by visibility,
+// layers and the compare area, and moved by the base-point transform.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "comparers/CVkAcadEntityBase.h"
+#include "comparers/LayerContext.h"
+#include "platform/database.h"
+#include "platform/geometry.h"
+
+// Key text to comparer; entities sharing a key keep the order in which they were read.
+using EntityMap = std::multimap<std::string, std::unique_ptr<CVkAcadEntityBase>>;
+
+// Reading modes.
+enum ReadMode : int { kReadSource = 1, kReadDestination = 2 };
+
+// One compared drawing.
+struct CDrawingRecord {
+  void* document = nullptr;  // the host document, or none for a side database of the silent run
+  std::string fileName;
+  EntityMap entityMap;
+  std::vector<std::string> namesBeingRead;
+  std::unordered_set<std::uint64_t> layerFilter;  // ids of the layers whose entities are left out
+  platform::Point3d areaCorner1;
+  platform::Point3d areaCorner2;
+  platform::Point3d basePoint;
+  int entityCount = 0;
+  std::vector<platform::Handle> outsideSet;
+  const platform::Database* database = nullptr;
+  platform::Matrix3d placementMatrix;
+  platform::Matrix3d combinedMatrix;
+  platform::Matrix3d baseMatrix;
+  std::unique_ptr<CLayerContext> layerContext;
+
+  // A record of a drawing read from disk (a side database).
+  static std::unique_ptr<CDrawingRecord> fromDatabase(const platform::Database& db);
+};
+
+// The process-wide list of layer names whose entities are left out (the layers left unchecked in the
+// settings dialog). Names match without regard to case, as layer names do in the host.
+std::vector<std::string>& ExcludedLayers();
+
+// Reads the record's current space into its entity map and entity count. Mode 1 is the source, any
+// other value the destination. A record without a database is not read.
+void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options);
+
+// The area is the whole drawing when its two corners are equal within 0.0001 in x, y and z.
+bool IsWholeDrawing(const platform::Point3d& corner1, const platform::Point3d& corner2);
+// Whether an entity with these extents takes part when the compare area is set (x and y only).
+bool PassesAreaTest(const platform::Extents3d& entity, const platform::Point3d& corner1, const platform::Point3d& corner2);

@@ -1,0 +1,37 @@
+// Helpers for comparer tests: comparers made by the real factory from small drawings.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "comparers/ComparerFactory.h"
+#include "support/TestSupport.h"
+
+namespace vktest {
+
+// A drawing read from DXF text, with a comparer made for each entity of its model space.
+struct LoadedDrawing {
+  std::unique_ptr<platform::Database> db;
+  std::unique_ptr<CLayerContext> layers;
+  std::vector<std::unique_ptr<CVkAcadEntityBase>> comparers;
+};
+
+inline LoadedDrawing loadComparers(const TempDir& dir, const std::string& name, const std::string& dxf,
+                                   const CompareOptions& options,
+                                   const platform::Matrix3d& transform = platform::Matrix3d()) {
+  LoadedDrawing d;
+  d.db = readDxfText(dir, name, dxf);
+  if (!d.db) return d;
+  d.layers = std::make_unique<CLayerContext>(*d.db);
+  for (platform::ObjectId id : d.db->blockRecord(d.db->modelSpaceId()).entityIds())
+    d.comparers.push_back(createComparer(d.db->openEntity(id), transform, nullptr, d.layers.get(), nullptr, &options));
+  return d;
+}
+
+// The record text of comparing destination with source (destination.compare(source)).
+inline std::string compareText(CVkAcadEntityBase& destination, const CVkAcadEntityBase& source) {
+  return destination.compare(source)->text;
+}
+
+}  // namespace vktest
