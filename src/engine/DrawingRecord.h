@@ -10,11 +10,9 @@
 
 #include "comparers/CVkAcadEntityBase.h"
 #include "comparers/LayerContext.h"
+#include "comparers/PairingRules.h"
 #include "platform/database.h"
 #include "platform/geometry.h"
-
-// Key text to comparer; entities sharing a key keep the order in which they were read.
-using EntityMap = std::multimap<std::string, std::unique_ptr<CVkAcadEntityBase>>;
 
 // Reading modes.
 enum ReadMode : int { kReadSource = 1, kReadDestination = 2 };

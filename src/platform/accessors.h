@@ -3,14 +3,19 @@
 
 #include <cstdint>
 
+#include "platform/accessors_blocks.h"
+#include "platform/accessors_curves.h"
+#include "platform/accessors_text.h"
+
 namespace platform {
 
 // What an accessor answers with; each Entity query method serves one kind.
 enum class AccessorKind : std::uint8_t { Real, Integer, Point, Vector, Text, Points, Reals, Texts };
 
-// X-macro: accessor name (the host's method name), kind. Points are in WCS, angles in radians, with the
-// host's defaults for values a drawing leaves out. Families of entities add their accessors below.
-#define VK_ACCESSORS(X)              \
+// X-macros: accessor name (the host's method name), kind. Points are in WCS, angles in radians, with the
+// host's defaults for values a drawing leaves out. Each family of entities lists its accessors in its own
+// header; an accessor that several families use is listed once, by the first.
+#define VK_ACCESSORS_COMMON(X)       \
   /* every entity with a location */ \
   X(position, Point)                 \
   X(normal, Vector)                  \
@@ -19,6 +24,12 @@ enum class AccessorKind : std::uint8_t { Real, Integer, Point, Vector, Text, Poi
   /* lines */                        \
   X(startPoint, Point)               \
   X(endPoint, Point)
+
+#define VK_ACCESSORS(X)  \
+  VK_ACCESSORS_COMMON(X) \
+  VK_ACCESSORS_CURVES(X) \
+  VK_ACCESSORS_TEXT(X)   \
+  VK_ACCESSORS_BLOCKS(X)
 
 enum class Accessor : std::uint16_t {
 #define VK_ACCESSOR_ENUM(name, kind) name,

@@ -81,8 +81,10 @@ class Entity {
   // getGeomExtents: the entity's extents in WCS; a non-zero status when they cannot be computed.
   ErrorStatus getGeomExtents(Extents3d& extents) const;
 
-  // Block references: the block table record they show, and their attributes in order.
+  // Block references: the block table record they show, the transform from the block's coordinates to
+  // WCS (AcDbBlockReference::blockTransform), and their attributes in order.
   ObjectId blockTableRecord() const;
+  Matrix3d blockTransform() const;
   std::vector<ObjectId> attributes() const;
   // 2D and 3D polylines, polyface and polygon meshes: their vertices in order.
   std::vector<ObjectId> vertices() const;

@@ -87,5 +87,8 @@ inline AccessorImpl textsOf(platform::Accessor a, platform::DbClass c,
 
 // The families' tables; each lives in its own source file.
 std::span<const AccessorImpl> commonAccessors();
+std::span<const AccessorImpl> curveAccessors();
+std::span<const AccessorImpl> textAccessors();
+std::span<const AccessorImpl> blockAccessors();
 
 }  // namespace headless

@@ -34,7 +34,8 @@ const std::vector<std::array<const headless::AccessorImpl*, kClassCount>>& dispa
   static const auto table = [] {
     std::vector<std::array<const headless::AccessorImpl*, kClassCount>> t(kAccessorCount);
     for (auto& row : t) row.fill(nullptr);
-    const std::span<const headless::AccessorImpl> families[] = {headless::commonAccessors()};
+    const std::span<const headless::AccessorImpl> families[] = {headless::commonAccessors(), headless::curveAccessors(),
+                                                                headless::textAccessors(), headless::blockAccessors()};
     std::vector<const headless::AccessorImpl*> all;
     for (auto family : families)
       for (const auto& impl : family) all.push_back(&impl);

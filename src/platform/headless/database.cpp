@@ -1,5 +1,6 @@
 // The headless host's drawing database: answers the platform's questions from the stored groups.
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "platform/headless/dxf_data.h"
@@ -173,6 +174,24 @@ ObjectId Entity::blockTableRecord() const {
   const Groups g(db_->data(), rec(*db_, index_));
   const BlockRecord b = db_->blockRecord(g.text(2));
   return b ? b.objectId() : ObjectId();
+}
+
+Matrix3d Entity::blockTransform() const {
+  if (!isKindOf(DbClass::BlockReference)) return Matrix3d();
+  const DatabaseData& d = db_->data();
+  const Groups g(d, rec(*db_, index_));
+  const BlockRecord b = db_->blockRecord(g.text(2));
+  const Point3d origin = b ? b.origin() : Point3d();
+  const Point3d insert = g.point(10);
+  // A table gives its direction as a vector; a block reference its rotation in degrees.
+  double rotation = g.real(50) * M_PI / 180.0;
+  if (isKindOf(DbClass::Table) && g.has(11)) {
+    const Vector3d dir = g.vector(11, {1, 0, 0});
+    rotation = std::atan2(dir.y, dir.x);
+  }
+  return ocsToWcs(g.normal()) * Matrix3d::translation(insert.asVector()) * Matrix3d::rotationZ(rotation) *
+         Matrix3d::scaling(g.real(41, 1.0), g.real(42, 1.0), g.real(43, 1.0)) *
+         Matrix3d::translation(-origin.asVector());
 }
 
 std::vector<ObjectId> Entity::attributes() const {
