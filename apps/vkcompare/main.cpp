@@ -13,21 +13,21 @@ namespace {
 constexpr const char* kUsage =
     "Usage: vkcompare [--log-dir DIR] SOURCE DESTINATION\n"
     "       vkcompare info [--json] FILE\n"
+    "       vkcompare comparers\n"
     "       vkcompare [--help] [--version]\n"
-    "\n"
-    "Compares two revisions of a drawing entity by entity.\n"
     "\n"
     "Compares the current space of SOURCE with that of DESTINATION (DXF drawings), prints the outcome and\n"
     "writes a log of every difference. Exit status: 0 identical, 1 differences found, 2 trouble.\n"
     "\n"
     "Commands:\n"
-    "  info FILE    what a drawing holds: version, code page, spaces, layers, blocks, entity counts\n"
-    "               (--json: one JSON object)\n"
+    "  info FILE      what a drawing holds: version, code page, spaces, layers, blocks, entity counts\n"
+    "                 (--json: one JSON object)\n"
+    "  comparers      which comparer class each entity class is compared by, in the factory's order\n"
     "\n"
     "Options:\n"
-    "  --help       show this help and exit\n"
     "  --log-dir DIR  write the comparison log into DIR (default: the current folder)\n"
-    "  --version    show the version and exit\n";
+    "  --help         show this help and exit\n"
+    "  --version      show the version and exit\n";
 
 }  // namespace
 
@@ -46,6 +46,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (arg == "info") return vkcompare::runInfo(argc - 2, argv + 2);
+  if (arg == "comparers") return vkcompare::runComparers();
   std::vector<std::string> files;
   std::string logFolder;
   for (int i = 1; i < argc; ++i) {
