@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -292,6 +294,42 @@ TEST(ExtentsOthers, HatchBoundaryPaths) {
 TEST(ExtentsOthers, UnderlayNeedsItsClipBoundary) {
   expectBox(boxOf("0|PDFUNDERLAY|10|100|20|0|30|0|41|2|42|2|43|1|50|90|11|0|21|0|11|3|21|1"), {98, 0, 0}, {100, 6, 0}, 1e-12);
   EXPECT_EQ(statusOf("0|PDFUNDERLAY|10|100|20|0|30|0|41|2|42|2|43|1"), ErrorStatus::eInvalidExtents);
+}
+
+namespace {
+
+// Little-endian binary values as the hex digits of a group 310.
+std::string hexOf(const void* data, std::size_t n) {
+  static const char* digits = "0123456789ABCDEF";
+  std::string out;
+  const auto* b = static_cast<const unsigned char*>(data);
+  for (std::size_t i = 0; i < n; ++i) {
+    out += digits[b[i] >> 4];
+    out += digits[b[i] & 15];
+  }
+  return out;
+}
+std::string u32(std::uint32_t v) { return hexOf(&v, 4); }
+std::string f64s(std::initializer_list<double> values) {
+  std::string out;
+  for (double v : values) out += hexOf(&v, 8);
+  return out;
+}
+
+}  // namespace
+
+TEST(ExtentsOthers, ProxyGraphicsShowTheProxy) {
+  // A polyline (command 6) from (0, 0) to (10, 5) and a circle (command 2) of radius 2 at (20, 0).
+  const std::string polyline = u32(60) + u32(6) + u32(2) + f64s({0, 0, 0, 10, 5, 0});
+  const std::string circle = u32(64) + u32(2) + f64s({20, 0, 0, 2, 0, 0, 1});
+  const std::string stream = u32(8 + 60 + 64) + u32(2) + polyline + circle;
+  expectBox(boxOf("0|ACAD_PROXY_ENTITY|100|AcDbEntity|100|AcDbProxyEntity|90|498|91|500|92|132|310|" + stream +
+                  "|93|0|94|0"),
+            {0, -2, 0}, {22, 5, 0}, 1e-12);
+  // A command claiming more bytes than there are ends the stream without reading past it.
+  const std::string cut = u32(8 + 60) + u32(1) + u32(600) + u32(6) + u32(2) + f64s({0, 0, 0});
+  EXPECT_EQ(statusOf("0|ACAD_PROXY_ENTITY|100|AcDbEntity|100|AcDbProxyEntity|90|498|91|500|92|40|310|" + cut + "|93|0"),
+            ErrorStatus::eInvalidExtents);
 }
 
 TEST(ExtentsOthers, UnknownEntitiesUseTheirPoints) {

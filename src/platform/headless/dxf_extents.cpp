@@ -373,7 +373,9 @@ bool addEntity(Context& ctx, std::uint32_t index, BoxSink& sink) {
     case DbClass::Mline: return addMline(g, sink);
     default:
       if (isKindOf(e.cls, DbClass::Dimension)) return addDimension(ctx, g, sink);
-      return addGenericPoints(g, sink);
+      // Proxies and entities of unknown applications: the graphics they carry for hosts without the
+      // application, else the points among their groups.
+      return addProxyGraphics(g, sink) || addGenericPoints(g, sink);
   }
 }
 

@@ -130,6 +130,9 @@ double estimateTextWidth(std::string_view text);
 // Hatches and multi-polygons: their boundary paths (dxf_extents_hatch.cpp).
 bool addHatch(const Groups& g, BoxSink& sink, bool isMPolygon);
 
+// Proxy graphics of custom and proxy entities (dxf_extents_proxy.cpp).
+bool addProxyGraphics(const Groups& g, BoxSink& sink);
+
 // Modeler geometry: the ACIS data of solids, regions, bodies and surfaces (dxf_extents_acis.cpp).
 bool addModelerGeometry(const Groups& g, BoxSink& sink);
 // The SAT text of the groups 1 and 3, decoded when stored with the character transform of R2000-R2004.
