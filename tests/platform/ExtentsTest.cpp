@@ -399,6 +399,47 @@ TEST(ExtentsSolids, WithoutReadableDataThereAreNoExtents) {
   EXPECT_NE(statusOf("0|REGION|100|AcDbEntity|100|AcDbModelerGeometry|70|1|1|not acis|3|at all"), ErrorStatus::eOk);
 }
 
+// ---- damaged input ----
+
+TEST(ExtentsRobustness, DamagedValuesGiveFiniteBoxesOrAStatus) {
+  // Values a damaged or hostile file may hold: not-a-number, infinities, huge and zero sizes, missing groups.
+  const std::vector<std::string> entities = {
+      "0|LINE|10|nan|20|0|30|0|11|1|21|1|31|0",
+      "0|LINE|10|inf|20|0|30|0",
+      "0|ARC|10|0|20|0|30|0|40|1|50|nan|51|90",
+      "0|ARC|10|0|20|0|30|0|40|1e308|50|0|51|90|210|1e308|220|1e308|230|0",
+      "0|CIRCLE|10|0|20|0|30|0|40|nan",
+      "0|ELLIPSE|10|0|20|0|30|0|11|1|21|0|31|0|40|nan|41|0|42|inf",
+      "0|SPLINE|100|AcDbSpline|71|-5|40|nan|40|1|10|0|20|0|30|0|10|1|20|nan|30|0",
+      "0|SPLINE|100|AcDbSpline|71|3|72|8|40|0|40|0|40|0|40|0|40|1|40|1|40|1|40|1|41|0|41|0|41|0|41|0|"
+      "10|0|20|0|30|0|10|1|20|2|30|0|10|3|20|2|30|0|10|4|20|0|30|0",
+      "0|LWPOLYLINE|100|AcDbPolyline|90|2|70|1|10|0|20|0|42|nan|10|1|20|0|42|1e300",
+      "0|TEXT|10|0|20|0|30|0|40|nan|1|x",
+      "0|TEXT|10|0|20|0|30|0|40|1|41|-1|50|inf|51|90|1|x",
+      "0|MTEXT|10|0|20|0|30|0|40|1|41|1e-300|1|" + std::string(300, 'W'),
+      "0|MTEXT|10|0|20|0|30|0|40|1|71|99|1|\\Sx^",
+      "0|HATCH|100|AcDbHatch|10|0|20|0|30|0|91|1|92|0|93|3|72|2|10|0|20|0|40|nan|50|0|51|90|73|1|72|3|10|0|20|0|"
+      "11|0|21|0|40|0|50|0|51|90|73|0|72|4|94|3|95|1|96|1|40|0|10|1|20|1",
+      "0|INSERT|2|NOWHERE|10|nan|20|0|30|0",
+      "0|DIMENSION|2|*D404|70|0",
+      "0|IMAGE|100|AcDbRasterImage|10|0|20|0|30|0|11|inf|21|0|31|0|13|1e308|23|1e308|280|1|91|1|14|0|24|0",
+      "0|VIEWPORT|10|0|20|0|30|0|40|nan|41|1",
+      "0|3DSOLID|100|AcDbModelerGeometry|70|1|1|400 0 1 0|1|x|1|y|1|point $-1 nan 1 1 #|1|edge $-1 $9 $9 $1 $2 #",
+      "0|MULTILEADER|100|AcDbMLeader|300|CONTEXT_DATA{|10|1|20|1|30|0|41|nan|290|1|304|text|12|2|22|2|32|0|301|}",
+      "0|TOLERANCE|100|AcDbFcf|10|0|20|0|30|0|1|%%v%%v^J^J|11|0|21|0|31|0",
+  };
+  std::string all;
+  for (const std::string& e : entities) all += (all.empty() ? "" : "|") + e;
+  const std::vector<Found> found = extentsOf(all);
+  EXPECT_EQ(found.size(), entities.size());
+  for (const Found& f : found) {
+    if (f.status != ErrorStatus::eOk) continue;
+    SCOPED_TRACE(f.type);
+    for (double v : {f.box.min.x, f.box.min.y, f.box.min.z, f.box.max.x, f.box.max.y, f.box.max.z}) EXPECT_TRUE(std::isfinite(v));
+    EXPECT_FALSE(f.box.isEmpty());
+  }
+}
+
 // ---- the corpus ----
 
 TEST(ExtentsCorpus, EveryEntityGivesFiniteExtentsOrAStatus) {
