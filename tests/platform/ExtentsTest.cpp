@@ -291,6 +291,18 @@ TEST(ExtentsOthers, HatchBoundaryPaths) {
             ErrorStatus::eOk);
 }
 
+TEST(ExtentsOthers, MultileaderPointsAndText) {
+  // Points: content base (4, 4), text location (4, 5), plane origin, landing point and two leader vertices.
+  // The text "AB" hangs from its top-left corner at the text location. The normal (0, 0, 1), the directions
+  // and the block scale (1, 1, 1) after the context are no points: the box stays flat.
+  const std::string mleader =
+      "0|MULTILEADER|100|AcDbEntity|100|AcDbMLeader|300|CONTEXT_DATA{|40|1|10|4|20|4|30|0|41|1|290|1|304|AB|"
+      "11|0|21|0|31|1|12|4|22|5|32|0|13|1|23|0|33|0|171|1|110|4|120|4|130|0|111|1|121|0|131|0|"
+      "302|LEADER{|10|4|20|4|30|0|11|1|21|0|31|0|304|LEADER_LINE{|10|0|20|0|30|0|10|2|20|1|30|0|305|}|303|}|"
+      "301|}|10|1|20|1|30|1";
+  expectBox(boxOf(mleader), {0, 0, 0}, {5.2, 5, 0}, 1e-12);
+}
+
 TEST(ExtentsOthers, UnderlayNeedsItsClipBoundary) {
   expectBox(boxOf("0|PDFUNDERLAY|10|100|20|0|30|0|41|2|42|2|43|1|50|90|11|0|21|0|11|3|21|1"), {98, 0, 0}, {100, 6, 0}, 1e-12);
   EXPECT_EQ(statusOf("0|PDFUNDERLAY|10|100|20|0|30|0|41|2|42|2|43|1"), ErrorStatus::eInvalidExtents);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "platform/headless/dxf_extents_parts.h"
 #include "platform/text.h"
@@ -22,6 +23,8 @@ constexpr std::size_t kMaxBlockDepth = 64;
 // Entities walked in one computation before nested references fall back to their blocks' boxes, transformed
 // as boxes (looser under rotation, but bounded work for deeply nested, widely repeated blocks).
 constexpr long kVisitBudget = 200000;
+// Stands for a group that is absent.
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 std::uint32_t findBlock(const DatabaseData& data, std::string_view name) {
   if (name.empty()) return kNone;
@@ -89,30 +92,52 @@ Extents3d blockBox(Context& ctx, std::uint32_t block) {
 // rotation, insertion point, OCS), over every cell of a multiple insert; then the reference's attributes.
 bool addInsert(Context& ctx, std::uint32_t index, const Groups& g, BoxSink& sink) {
   const DatabaseData& data = ctx.data;
-  const std::uint32_t block = findBlock(data, g.text(2));
+  const DbClass cls = data.entities[index].cls;
+  // The reference's own groups; a table's later groups reuse their codes for other things.
+  GroupRange r = subclassRange(g, "AcDbBlockReference");
+  if (r.begin == 0) r = subclassRange(g, "AcDbMInsertBlock");
+  const auto value = [&](int code, double def) {
+    for (std::uint32_t i = r.begin; i < r.end; ++i)
+      if (g.at(i).code == code) return numberOf(g.at(i));
+    return def;
+  };
+  const auto point = [&](int code) {
+    for (std::uint32_t i = r.begin; i < r.end; ++i)
+      if (g.at(i).code == code) return pointAt(g, i);
+    return Point3d();
+  };
+  std::string_view name;
+  for (std::uint32_t i = r.begin; i < r.end && name.empty(); ++i)
+    if (g.at(i).code == 2) name = g.textAt(i);
+  const std::uint32_t block = findBlock(data, name);
   if (block == kNone || data.blocks[block].entities.empty()) return false;
   const Vector3d normal = g.normal();
-  double rotation = radians(g.real(50));
-  if (data.entities[index].cls == DbClass::Table && !g.has(50)) {
+  double rotation = radians(value(50, 0.0));
+  if (cls == DbClass::Table && !isFinite(value(50, kNoValue))) {
     // A table gives its direction as a vector (11) instead.
-    if (const StoredTag* dirTag = g.findIn("AcDbTable", 11)) {
-      const Point3d d = pointAt(g, static_cast<std::uint32_t>(dirTag - &g.at(0)));
+    const GroupRange t = subclassRange(g, "AcDbTable");
+    for (std::uint32_t i = t.begin; i < t.end; ++i) {
+      if (g.at(i).code != 11) continue;
+      const Vector3d dir = pointAt(g, i).asVector();
       const Vector3d ax = arbitraryAxisX(normal), ay = normal.normal().cross(ax);
-      const Vector3d dir = d.asVector();
       if (dir.length() > 0.0) rotation = std::atan2(dir.dot(ay), dir.dot(ax));
+      break;
     }
   }
-  const Matrix3d base = ocsToWcs(normal) * Matrix3d::translation(g.point(10).asVector()) * Matrix3d::rotationZ(rotation);
-  const Matrix3d tail = Matrix3d::scaling(g.real(41, 1.0), g.real(42, 1.0), g.real(43, 1.0)) *
+  const Matrix3d base = ocsToWcs(normal) * Matrix3d::translation(point(10).asVector()) * Matrix3d::rotationZ(rotation);
+  const Matrix3d tail = Matrix3d::scaling(value(41, 1.0), value(42, 1.0), value(43, 1.0)) *
                         Matrix3d::translation(-data.blocks[block].origin.asVector());
-  const int columns = clampedInt(g.real(70, 1.0), 1, 1 << 30), rows = clampedInt(g.real(71, 1.0), 1, 1 << 30);
-  const double dx = g.real(44), dy = g.real(45);
+  // Only a multiple insert repeats its block over columns (70) and rows (71).
+  const bool grid = cls == DbClass::MInsertBlock;
+  const int columns = grid ? clampedInt(value(70, 1.0), 1, 1 << 30) : 1;
+  const int rows = grid ? clampedInt(value(71, 1.0), 1, 1 << 30) : 1;
+  const double dx = value(44, 0.0), dy = value(45, 0.0);
   // The copies of a multiple insert differ by translations linear in the column and row, so the corner
   // cells reach the extremes of them all.
   bool any = false;
-  for (int r : {0, rows - 1}) {
+  for (int row : {0, rows - 1}) {
     for (int c : {0, columns - 1}) {
-      any = addBlock(ctx, block, base * Matrix3d::translation({c * dx, r * dy, 0.0}) * tail, sink) || any;
+      any = addBlock(ctx, block, base * Matrix3d::translation({c * dx, row * dy, 0.0}) * tail, sink) || any;
       if (columns == 1) break;
     }
     if (rows == 1) break;

@@ -125,9 +125,11 @@ std::vector<RunMeasure> measureParagraphs(std::string_view s) {
     }
     if (c == '^' && i + 1 < s.size()) {
       const char k = s[i + 1];
-      if (k == 'J' || k == 'M') out.emplace_back();
+      // Control characters written with a caret: ^J breaks the line, ^I is a tab, "^ " a caret itself; the
+      // others show nothing.
+      if (k == 'J') out.emplace_back();
       else if (k == 'I') out.back().addChar('\t');
-      else out.back().addChar(static_cast<unsigned char>(k) == ' ' ? '^' : ' ');
+      else if (k == ' ') out.back().addChar('^');
       i += 2;
       continue;
     }
@@ -172,9 +174,10 @@ std::vector<RunMeasure> measureParagraphs(std::string_view s) {
         const std::size_t end = std::min(s.find(';', i), s.size());
         const std::string_view stack = s.substr(i, end - i);
         const std::size_t split = stack.find_first_of("^/#");
-        const double top = measureLine(stack.substr(0, split)).width;
-        const double bottom = split == std::string_view::npos ? 0.0 : measureLine(stack.substr(split + 1)).width;
-        out.back().width += std::max(top, bottom);
+        const RunMeasure top = measureLine(stack.substr(0, split));
+        const RunMeasure bottom = split == std::string_view::npos ? RunMeasure() : measureLine(stack.substr(split + 1));
+        out.back().width += std::max(top.width, bottom.width);
+        out.back().visible = out.back().visible || top.visible || bottom.visible;
         i = end + 1;
         break;
       }
@@ -488,8 +491,9 @@ bool addTolerance(const Groups& g, BoxSink& sink) {
 
 bool addMLeader(const Groups& g, BoxSink& sink) {
   // The context data (300 CONTEXT_DATA{ ... 301 }) holds the content and the leaders: its own points are the
-  // content base point (10), the text location (12) and the block location (15); LEADER{ } holds the landing
-  // point (10) and LEADER_LINE{ } the vertices (10). Other points there are directions or scales.
+  // content base point (10), the text location (12), the block location (15) and the origin of the leaders'
+  // plane (110); LEADER{ } holds the landing point (10) and the ends of its breaks (12, 13), LEADER_LINE{ } the
+  // vertices (10) and the ends of its breaks (11, 12). Its other triples are directions, normals or scales.
   enum class Level { Outside, Context, Leader, Line };
   Level level = Level::Outside;
   bool found = false;
@@ -511,7 +515,7 @@ bool addMLeader(const Groups& g, BoxSink& sink) {
     else if (t.code == 301 && level == Level::Context) level = Level::Outside;
     else if (level == Level::Context) {
       switch (t.code) {
-        case 10: case 15: sink.add(pointAt(g, i, &next)); found = true; break;
+        case 10: case 15: case 110: sink.add(pointAt(g, i, &next)); found = true; break;
         case 12: textLocation = pointAt(g, i, &next); sink.add(textLocation); found = true; break;
         case 11: textNormal = pointAt(g, i, &next).asVector(); break;
         case 13: textDirection = pointAt(g, i, &next).asVector(); break;
@@ -522,7 +526,8 @@ bool addMLeader(const Groups& g, BoxSink& sink) {
         case 304: content = g.textAt(i); break;
         default: break;
       }
-    } else if ((level == Level::Leader || level == Level::Line) && t.code == 10) {
+    } else if ((level == Level::Leader && (t.code == 10 || t.code == 12 || t.code == 13)) ||
+               (level == Level::Line && (t.code == 10 || t.code == 11 || t.code == 12))) {
       sink.add(pointAt(g, i, &next));
       found = true;
     }
