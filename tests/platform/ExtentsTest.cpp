@@ -258,7 +258,62 @@ TEST(ExtentsTexts, MultilineTextFromAttachmentPoint) {
   expectBox(boxOf("0|MTEXT|10|0|20|0|30|0|40|1|71|9|11|0|21|1|31|0|1|AB"), {-1, -1.2, 0}, {0, 0, 0}, 1e-12);
 }
 
+TEST(ExtentsTexts, ControlCodesCountAsTheyShow) {
+  // %%c, %%p and %%% are one symbol each, %%u and %%o switch lines on and off, %%nnn is one character.
+  expectBox(boxOf("0|TEXT|10|0|20|0|30|0|40|1|1|%%c10%%p%%%"), {0, 0, 0}, {3, 1, 0}, 1e-12);
+  expectBox(boxOf("0|TEXT|10|0|20|0|30|0|40|1|1|%%uAB%%u%%o"), {0, 0, 0}, {1.2, 1, 0}, 1e-12);
+  expectBox(boxOf("0|TEXT|10|0|20|0|30|0|40|1|1|%%065B"), {0, 0, 0}, {1.2, 1, 0}, 1e-12);
+  // Descenders reach below the baseline.
+  expectBox(boxOf("0|TEXT|10|0|20|0|30|0|40|1|1|gy"), {0, -0.3, 0}, {1.2, 1, 0}, 1e-12);
+  // An attribute definition shows its tag, not its default value.
+  expectBox(boxOf("0|ATTDEF|10|0|20|0|30|0|40|1|1|long default value|3|prompt|2|T|70|0"), {0, 0, 0}, {0.6, 1, 0}, 1e-12);
+}
+
+TEST(ExtentsTexts, MultilineTextWrapsAndUsesStoredExtents) {
+  // Ten characters (6 units) wrap at the reference width 2.5 into three lines.
+  const double h3 = 1 + 2 * 5.0 / 3.0;
+  expectBox(boxOf("0|MTEXT|10|0|20|0|30|0|40|1|41|2.5|71|1|1|AAAAAAAAAA"), {0, -h3, 0}, {2.5, 0, 0}, 1e-12);
+  // The extents a later release stores after its embedded object (42 wide, 43 high) are used as they are.
+  expectBox(boxOf("0|MTEXT|100|AcDbMText|10|0|20|0|30|0|40|1|41|20|71|1|1|AB|101|Embedded Object|70|1|10|1|20|0|30|0|"
+                  "11|0|21|0|31|0|40|20|41|100|42|62|43|100"),
+            {0, -100, 0}, {62, 0, 0}, 1e-12);
+}
+
 // ---- other entities ----
+
+TEST(ExtentsOthers, CornerAndVertexEntities) {
+  // A solid's corners are in its OCS (mirrored here); a 3D face's in WCS.
+  expectBox(boxOf("0|SOLID|10|1|20|1|30|2|11|3|21|1|31|2|12|1|22|4|32|2|13|3|23|4|33|2|210|0|220|0|230|-1"), {-3, 1, -2},
+            {-1, 4, -2});
+  expectBox(boxOf("0|3DFACE|10|0|20|0|30|0|11|1|21|0|31|1|12|1|22|1|32|2|13|0|23|1|33|3"), {0, 0, 0}, {1, 1, 3});
+  // A shape is a square of its size, turned with it.
+  expectBox(boxOf("0|SHAPE|10|5|20|5|30|0|40|2|2|BOX|50|90"), {3, 5, 0}, {5, 7, 0}, 1e-12);
+  expectBox(boxOf("0|VIEWPORT|10|10|20|10|30|0|40|4|41|2|68|1|69|2"), {8, 9, 0}, {12, 11, 0});
+  expectBox(boxOf("0|LEADER|100|AcDbLeader|76|3|10|0|20|0|30|0|10|2|20|3|30|0|10|5|20|3|30|0"), {0, 0, 0}, {5, 3, 0});
+  expectBox(boxOf("0|OLE2FRAME|70|2|10|1|20|9|30|0|11|6|21|2|31|0"), {1, 2, 0}, {6, 9, 0});
+  expectBox(boxOf("0|MESH|100|AcDbSubDMesh|71|2|72|0|91|0|92|3|10|0|20|0|30|0|10|4|20|0|30|1|10|0|20|3|30|0"), {0, 0, 0},
+            {4, 3, 1});
+  // A multiline's element lines lie at their offsets along the miters (here 1 and 2 above the vertices).
+  const std::string vertex = "|12|1|22|0|32|0|13|0|23|1|33|0|74|2|41|1|41|0|75|0|74|2|41|2|41|0|75|0";
+  expectBox(boxOf("0|MLINE|100|AcDbMline|2|STANDARD|40|1|70|0|71|1|72|2|73|2|10|0|20|0|30|0|11|0|21|0|31|0" + vertex +
+                  "|11|10|21|0|31|0" + vertex),
+            {0, 1, 0}, {10, 2, 0});
+}
+
+TEST(ExtentsOthers, VertexOpenedOnItsOwnLiesInItsPolylineOcs) {
+  vktest::TempDir dir;
+  auto db = vktest::readDxfText(dir, "v.dxf", vktest::dxfDrawing("0|POLYLINE|66|1|10|0|20|0|30|4|70|0|210|0|220|0|230|-1|"
+                                                                 "0|VERTEX|10|1|20|2|0|VERTEX|10|3|20|5|0|SEQEND"));
+  ASSERT_TRUE(db);
+  const std::vector<ObjectId> ids = db->blockRecord(db->modelSpaceId()).entityIds();
+  ASSERT_EQ(ids.size(), 1u);
+  const std::vector<ObjectId> vertices = db->openEntity(ids[0]).vertices();
+  ASSERT_EQ(vertices.size(), 2u);
+  Extents3d e;
+  ASSERT_EQ(db->openEntity(vertices[1]).getGeomExtents(e), ErrorStatus::eOk);
+  expectBox(e, {-3, 5, -4}, {-3, 5, -4});
+}
+
 
 TEST(ExtentsOthers, InfiniteAndPointEntitiesHaveZeroSizeBoxes) {
   for (const char* type : {"RAY", "XLINE", "POINT"}) {
@@ -286,6 +341,12 @@ TEST(ExtentsOthers, HatchBoundaryPaths) {
       "75|0|76|1|98|1|10|100|20|100";
   // The seed point (100, 100) after the paths is not boundary.
   expectBox(boxOf(hatch), {0, -1, 2}, {25, 15, 2}, 1e-12);
+  // An elliptic edge stores angles seen from its centre, not parameters: 45 to 90 degrees on an ellipse 2 by 1
+  // starts where the 45 degree ray meets it, (2 / sqrt 5, 2 / sqrt 5).
+  const double k = 2 / std::sqrt(5.0);
+  expectBox(boxOf("0|HATCH|100|AcDbHatch|10|0|20|0|30|0|91|1|92|0|93|1|72|3|10|0|20|0|11|2|21|0|40|0.5|50|45|51|90|73|1|"
+                  "97|0"),
+            {0, k, 0}, {k, 1, 0}, 1e-12);
   // Counts larger than the data stop at the record's end.
   EXPECT_EQ(statusOf("0|HATCH|100|AcDbHatch|10|0|20|0|30|0|91|2147483647|92|2|72|0|73|1|93|2147483647|10|1|20|1"),
             ErrorStatus::eOk);
@@ -370,10 +431,10 @@ const char* const kSat[] = {
 };
 
 // A 3DSOLID whose SAT lines are written as groups 1, encoded or not.
-std::string solid(bool encode) {
+std::string solid(bool encode, const std::vector<std::string>& sat = {std::begin(kSat), std::end(kSat)}) {
   std::string dxf = vktest::dxfDrawing("0|3DSOLID|100|AcDbEntity|100|AcDbModelerGeometry|70|1|1|@SAT@");
   std::string lines;
-  for (const char* line : kSat) {
+  for (const std::string& line : sat) {
     std::string s = line;
     if (encode)
       for (char& c : s)
@@ -403,6 +464,27 @@ TEST(ExtentsSolids, SatTextPlainAndEncoded) {
     ASSERT_EQ(f.status, ErrorStatus::eOk);
     expectBox(f.box, {-7, -3, -2}, {20, 7, 8});
   }
+}
+
+TEST(ExtentsSolids, EllipticEdgesFollowTheirVerticesAndTheBodyTransform) {
+  // An edge on the unit circle from (1, 0) to (0, 1); the body is doubled and moved by (100, 0, 0).
+  const auto sat = [](const char* sense) {
+    return std::vector<std::string>{"400 0 1 0", "@4 test 7 ACIS 4.0 NT 0", "1 1e-06 1e-10",
+                                    "body $-1 $-1 $-1 $1 #",
+                                    "transform $-1 1 0 0 0 1 0 0 0 1 100 0 0 2 no_rotate no_reflect no_shear #",
+                                    std::string("edge $-1 $3 $4 $-1 $5 ") + sense + " #",
+                                    "vertex $-1 $2 $6 #", "vertex $-1 $2 $7 #",
+                                    "ellipse-curve $-1 0 0 0 0 0 1 1 0 0 1 I I #", "point $-1 1 0 0 #",
+                                    "point $-1 0 1 0 #", "End-of-ACIS-data"};
+  };
+  // Forward: the quarter counter-clockwise from the start vertex.
+  Found f = solidExtents(solid(false, sat("forward")));
+  ASSERT_EQ(f.status, ErrorStatus::eOk);
+  expectBox(f.box, {100, 0, 0}, {102, 2, 0}, 1e-12);
+  // Reversed: the edge runs against the circle, so it is the other three quarters.
+  f = solidExtents(solid(false, sat("reversed")));
+  ASSERT_EQ(f.status, ErrorStatus::eOk);
+  expectBox(f.box, {98, -2, 0}, {102, 2, 0}, 1e-12);
 }
 
 TEST(ExtentsSolids, WithoutReadableDataThereAreNoExtents) {
