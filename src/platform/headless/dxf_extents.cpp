@@ -1,5 +1,4 @@
-// Geometric extents per entity type: the dispatch on the host class, block references (nested, multiple,
-// tables, dimensions) and the entities whose extents come straight from their points.
+// Geometric extents per entity type: dispatch on the host class, block references, dimensions, point entities.
 #include "platform/headless/dxf_extents.h"
 
 #include <algorithm>

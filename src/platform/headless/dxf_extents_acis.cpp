@@ -1,6 +1,4 @@
-// Extents of modeler geometry (solids, regions, bodies, surfaces) from the SAT text that DXF files of R2000 to
-// R2004 carry in groups 1 and 3: points, vertices, elliptic edges, closed spheres and tori, spline surfaces'
-// control points, all placed by the body's transform.
+// Extents of solids, regions, bodies and surfaces from the SAT text of their modeler data (groups 1 and 3).
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -132,6 +130,9 @@ double parameterOf(const Ellipse& e, const Point3d& p) {
   return std::atan2(d.dot(minor) / (b * b), d.dot(e.major) / (a * a));
 }
 
+// Knot counts beyond this come from damaged data; the fields run out long before anyway.
+constexpr double kMaxKnots = 1e6;
+
 // Reads the control points of a spline surface ("nubs"/"nurbs" data inside braces) from field i on.
 void addSplineSurfacePoints(const std::vector<std::string_view>& f, std::size_t i, BoxSink& sink) {
   // nubs|nurbs <deg u> <deg v> <closure u> <closure v> <singularity u> <singularity v> <knots u> <knots v>
@@ -139,7 +140,7 @@ void addSplineSurfacePoints(const std::vector<std::string_view>& f, std::size_t 
   if (i + 8 >= f.size()) return;
   const bool rational = f[i] == "nurbs";
   const auto du = number(f[i + 1]), dv = number(f[i + 2]), ku = number(f[i + 7]), kv = number(f[i + 8]);
-  if (!du || !dv || !ku || !kv || *ku < 0 || *kv < 0 || *ku > 1e6 || *kv > 1e6) return;
+  if (!du || !dv || !ku || !kv || *ku < 0 || *kv < 0 || *ku > kMaxKnots || *kv > kMaxKnots) return;
   std::size_t j = i + 9;
   double mu = 0.0, mv = 0.0;
   for (int k = 0; k < static_cast<int>(*ku); ++k, j += 2) {
@@ -151,7 +152,7 @@ void addSplineSurfacePoints(const std::vector<std::string_view>& f, std::size_t 
     mv += number(f[j + 1]).value_or(0.0);
   }
   const double nu = mu - *du + 1.0, nv = mv - *dv + 1.0;
-  if (!(nu >= 1.0) || !(nv >= 1.0) || nu * nv > 1e7) return;
+  if (!(nu >= 1.0) || !(nv >= 1.0) || nu * nv > kMaxKnots * kMaxKnots) return;
   const std::size_t count = static_cast<std::size_t>(nu * nv), stride = rational ? 4 : 3;
   for (std::size_t k = 0; k < count; ++k, j += stride) {
     if (j + 2 >= f.size()) return;

@@ -1,5 +1,4 @@
-// Extents of curves: the box collector with exact elliptic arcs, bulged segments, NURBS evaluation, and the
-// circle, arc, ellipse, spline and polyline entities.
+// Extents of curves: the box collector, exact elliptic arcs, bulges, NURBS evaluation, circles to polylines.
 #include <algorithm>
 #include <cmath>
 

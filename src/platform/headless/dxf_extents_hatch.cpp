@@ -1,5 +1,4 @@
-// Extents of hatches and multi-polygons from their boundary paths: polyline paths with bulges, and edge paths of
-// lines, circular and elliptic arcs and splines, all in the entity's OCS at its elevation.
+// Extents of hatches and multi-polygons from their boundary paths, in the entity's OCS at its elevation.
 #include <cmath>
 
 #include "platform/headless/dxf_extents_parts.h"

@@ -1,5 +1,4 @@
-// The pieces the per-type extents code shares: a box collector that places what it is given, curve boxes, and
-// the entry points of each group of entity types.
+// What the per-type extents code shares: the placing box collector, curve boxes and the per-type entry points.
 #pragma once
 
 #include <cstdint>

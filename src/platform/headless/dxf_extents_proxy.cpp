@@ -1,5 +1,4 @@
-// Extents from proxy graphics: the drawing commands (lines, circles, arcs, texts, meshes ...) that custom and
-// proxy entities store in binary groups 310 so that hosts without their application can still show them.
+// Extents from the proxy graphics that custom and proxy entities store in binary groups 310.
 #include <cmath>
 #include <cstring>
 #include <string>

@@ -1,5 +1,4 @@
-// Extents of texts: single-line text and attributes, multi-line text, feature control frames and the content of
-// multileaders. Glyph widths are estimated from the characters, as no font files are read.
+// Extents of texts, attributes, multi-line texts, feature control frames and multileaders, widths estimated.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
