@@ -295,15 +295,15 @@ bool addPolyline(const DatabaseData& data, std::uint32_t index, BoxSink& sink) {
   const EntityRec& e = data.entities[index];
   const Groups g(data, e);
   const long long flags = g.integer(70);
-  const std::uint32_t first = index + 1;
-  const std::uint32_t last = std::min<std::uint32_t>(index + e.subCount, static_cast<std::uint32_t>(data.entities.size() - 1));
+  // The vertices are stored right after their polyline.
+  const std::size_t end = std::min<std::size_t>(std::size_t{index} + 1 + e.subCount, data.entities.size());
   struct Vertex {
     Point3d p;
     double bulge;
     long long flags;
   };
   std::vector<Vertex> vertices;
-  for (std::uint32_t i = first; i <= last && i > index; ++i) {
+  for (std::size_t i = std::size_t{index} + 1; i < end; ++i) {
     const Groups v(data, data.entities[i]);
     vertices.push_back({v.point(10), v.real(42), v.integer(70)});
   }
