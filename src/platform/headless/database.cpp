@@ -121,8 +121,11 @@ Extents3d Database::extents() const {
   Extents3d e;
   const BlockRecord space = blockRecord(currentSpaceId());
   for (ObjectId id : space.entityIds()) {
+    const Entity entity = openEntity(id);
+    // Rays and construction lines are infinite: their base points say nothing of the drawing's size.
+    if (entity.isKindOf(DbClass::Ray) || entity.isKindOf(DbClass::Xline)) continue;
     Extents3d one;
-    if (openEntity(id).getGeomExtents(one) == ErrorStatus::eOk) e.addExtents(one);
+    if (entity.getGeomExtents(one) == ErrorStatus::eOk) e.addExtents(one);
   }
   return e;
 }
