@@ -350,6 +350,25 @@ TEST(DxfReader, SurvivableOdditiesAreReadWithWarnings) {
   EXPECT_NE(noEof.warnings[0].find("without 0/EOF"), std::string::npos);
 }
 
+TEST(DxfReader, OwnersAreKnownWhenTheirRecordsOutgrowTheReadBuffer) {
+  // A polyline and a block reference whose own groups run past the reader's one-megabyte buffer: their
+  // vertices and attributes must still be recognised as theirs.
+  TempDir dir;
+  const std::string bulk(700000, 'x');
+  const std::string entities = "0|POLYLINE|8|0|66|1|70|8|1001|APP|1000|" + bulk + "|1000|" + bulk +
+                               "|0|VERTEX|8|0|10|1|20|1|30|0|70|32|0|VERTEX|8|0|10|2|20|2|30|0|70|32|0|SEQEND|8|0|"
+                               "0|INSERT|8|0|66|1|2|B|10|0|20|0|1001|APP|1000|" + bulk + "|1000|" + bulk +
+                               "|0|ATTRIB|8|0|10|0|20|0|40|1|1|v|2|T|70|0|0|SEQEND|8|0";
+  ReadReport report;
+  auto db = readDxfText(dir, "big.dxf", dxfDrawing(entities), &report);
+  ASSERT_TRUE(db);
+  EXPECT_TRUE(report.warnings.empty()) << report.warnings.front();
+  const auto ents = modelEntities(*db);
+  ASSERT_EQ(ents.size(), 2u);
+  EXPECT_EQ(ents[0].vertices().size(), 2u);
+  EXPECT_EQ(ents[1].attributes().size(), 1u);
+}
+
 TEST(DxfReader, MultiColumnTextPartsJoinTheirFirstColumn) {
   TempDir dir;
   auto db = readDxfText(dir, "columns.dxf",

@@ -418,7 +418,8 @@ bool DxfReader::readEntities(std::uint32_t block, const char* section) {
       return true;
     }
     if (!inBlock && isStructure("ENDBLK")) return fail("0/ENDBLK outside a block in section ENTITIES");
-    const std::string_view type = cur_.text;
+    // The type is taken in before the record's groups are read: they may refill the tokenizer's buffer.
+    const std::string type(cur_.text);
     if (type == "SEQEND") {
       std::uint32_t b, c;
       if (!readRecordTags(b, c, section)) return false;
