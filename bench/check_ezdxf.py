@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+# Cross-check of drawings against ezdxf: model-space entity counts by type, as `vkcompare info --json` gives them.
 """Cross-checks drawings against ezdxf: model-space entity counts by type must match `vkcompare info --json`.
 
     check_ezdxf.py --vkcompare PATH FILE.dxf...

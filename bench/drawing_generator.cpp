@@ -77,6 +77,7 @@ constexpr std::array<LayerDef, 20> kLayers = {{
     {"G-TTLB", 7, "Continuous", 50},     {"G-NOTE", 1, "Continuous", 18},
 }};
 
+// Lineweights in hundredths of a millimetre: only the host's standard values are valid.
 constexpr std::array<int, 8> kLineweights = {0, 9, 13, 18, 25, 35, 50, 70};
 constexpr std::array<const char*, 2> kStyles = {"Standard", "ROMANS"};
 
@@ -115,6 +116,18 @@ constexpr std::array<const char*, 24> kWords = {
     "OFFICE", "CORRIDOR", "STAIR", "LOBBY", "STORE",  "PLANT", "WC",     "KITCHEN",
     "MEETING", "ROOM",    "LEVEL", "GRID",  "DETAIL", "SEE",   "SECTION", "TYP.",
     "FFL",    "SSL",      "NEW",   "EXISTING", "WALL", "DOOR", "WINDOW", "RISER"};
+
+// ---- revisions: how the edited entities are edited ----
+
+// Shares of the edits, in order: deleted, moved, recoloured, given another text (when the entity has one;
+// otherwise resized or reshaped), and resized or reshaped for the rest. Deleting a little keeps the pairs
+// of drawings mostly matched, as real revisions are.
+constexpr double kDeleteShare = 0.15;
+constexpr double kMoveShare = 0.30;
+constexpr double kRecolourShare = 0.20;
+constexpr double kRetextShare = 0.20;
+// A revision adds about as many entities as it deletes, so that both drawings are about the same size.
+constexpr double kAddShare = kDeleteShare;
 
 // ---- the drawing's layout: entities sit on a grid so that their extents spread out ----
 
@@ -217,6 +230,7 @@ class Writer {
     room(400);
     putCode(code);
     char* const begin = buf_.data() + used_;
+    // Adding 0.0 turns -0.0 into 0.0, which readers show without the sign.
     char* const end = std::to_chars(begin, buf_.data() + buf_.size(), value + 0.0, std::chars_format::fixed).ptr;
     used_ = static_cast<std::size_t>(end - buf_.data());
     if (!std::memchr(begin, '.', static_cast<std::size_t>(end - begin))) {
@@ -328,8 +342,7 @@ class Generator {
 
 void Generator::run() {
   const std::uint64_t n = opt_.entities;
-  // A revision adds about as many entities as it deletes.
-  added_ = opt_.revision ? static_cast<std::uint64_t>(std::llround(static_cast<double>(n) * opt_.editFraction * 0.15)) : 0;
+  added_ = opt_.revision ? static_cast<std::uint64_t>(std::llround(static_cast<double>(n) * opt_.editFraction * kAddShare)) : 0;
   cols_ = std::max<std::uint64_t>(1, static_cast<std::uint64_t>(std::ceil(std::sqrt(static_cast<double>(n)))));
   rows_ = std::max<std::uint64_t>(1, (n + added_ + cols_ - 1) / cols_);
   // The records that everything refers to get their handles first.
@@ -881,18 +894,18 @@ void Generator::makeEntity(Ent& e, std::uint64_t slot, Rng& rng) const {
 // Edits one entity of a revision; false when the edit deletes it.
 bool Generator::applyEdit(Ent& e, Rng& rng) {
   const double what = rng.unit();
-  if (what < 0.15) {
+  if (what < kDeleteShare) {
     ++stats_.deleted;
     return false;
   }
-  if (what < 0.45) {
+  if (what < kDeleteShare + kMoveShare) {
     const double dx = rng.uniform(1.0, 15.0) * (rng.chance(0.5) ? 1 : -1), dy = rng.uniform(-15.0, 15.0);
     e.base.x += dx;
     e.base.y += dy;
     ++stats_.moved;
     return true;
   }
-  if (what < 0.65) {
+  if (what < kDeleteShare + kMoveShare + kRecolourShare) {
     e.color = e.color == 256 ? rng.between(1, 7) : (e.color == 1 ? 256 : 1);
     e.trueColor = -1;
     ++stats_.recoloured;
@@ -900,7 +913,7 @@ bool Generator::applyEdit(Ent& e, Rng& rng) {
   }
   const bool hasText = e.kind == Kind::Text || e.kind == Kind::MText || e.kind == Kind::Dimension ||
                        (e.kind == Kind::Insert && !e.attribs.empty());
-  if (what < 0.85 && hasText) {
+  if (what < kDeleteShare + kMoveShare + kRecolourShare + kRetextShare && hasText) {
     std::string& t = e.kind == Kind::Insert ? e.attribs[static_cast<std::size_t>(rng.below(static_cast<int>(e.attribs.size())))].value : e.text;
     t += e.kind == Kind::MText ? "\\PREVISED" : " (REV B)";
     ++stats_.retexted;

@@ -1,5 +1,4 @@
-// Tests of the benchmark drawing generator: its drawings read cleanly, hold what it says, and revisions differ
-// from their base exactly where the edits say.
+// Tests of the benchmark drawing generator: clean reads, the counts it reports, determinism and revisions.
 #include <gtest/gtest.h>
 
 #include <algorithm>
