@@ -77,6 +77,8 @@ std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::s
                       head[kSentinelSize - 1] == '\0';
   std::rewind(f);
   auto t = std::unique_ptr<DxfTokenizer>(new DxfTokenizer(f, path, binary));
+  if (std::fseek(f, 0, SEEK_END) == 0) t->fileSize_ = std::ftell(f);
+  std::rewind(f);
   if (binary) {
     // R12 binary files write the first group code (0) as one byte, followed by "SECTION".
     t->twoByteCodes_ = !(n > kSentinelSize + 1 && head[kSentinelSize + 1] != '\0');
@@ -176,10 +178,18 @@ bool DxfTokenizer::nextAscii(RawTag& tag) {
     if (!hasMoreInput()) return false;
     return fail("expected a group code (an integer), found an empty line");
   }
+  // Group codes are short decimal integers: read by hand, the commonest work of the whole reader.
   int code = 0;
-  const auto [p, ec] = std::from_chars(c.data() + (c.front() == '+'), c.data() + c.size(), code);
-  if (ec != std::errc() || p != c.data() + c.size())
-    return fail("expected a group code (an integer), found '" + shown(c) + "'");
+  std::size_t k = 0;
+  const bool negative = c[0] == '-';
+  if (c[0] == '-' || c[0] == '+') ++k;
+  if (k == c.size() || c.size() - k > 6) return fail("expected a group code (an integer), found '" + shown(c) + "'");
+  for (; k < c.size(); ++k) {
+    const unsigned digit = static_cast<unsigned char>(c[k]) - '0';
+    if (digit > 9) return fail("expected a group code (an integer), found '" + shown(c) + "'");
+    code = code * 10 + static_cast<int>(digit);
+  }
+  if (negative) code = -code;
   std::string_view value;
   if (!readLine(value)) return fail("the file ends after group code " + std::to_string(code) + ", before its value");
   tag.code = code;

@@ -34,12 +34,16 @@ class DxfTokenizer {
   ~DxfTokenizer();
 
   bool isBinary() const { return binary_; }
+  // The file's size in bytes (-1 when unknown).
+  long long fileSize() const { return fileSize_; }
   // Reads the next tag; false at the end of the input or on an error (then error() is set).
   bool next(RawTag& tag);
   bool failed() const { return !error_.empty(); }
   const std::string& error() const { return error_; }
   // Where the last tag began: "line N" (ASCII, the group code's line) or "byte offset N" (binary).
   std::string location() const;
+  // The same as a number: the line (ASCII) or byte offset (binary) where the last tag began.
+  long long position() const { return binary_ ? tagOffset_ : tagLine_; }
   // True when bytes remain after the last tag read.
   bool hasMoreInput();
 
@@ -64,6 +68,7 @@ class DxfTokenizer {
   long long tagOffset_ = 0;     // byte offset of the last group code (binary)
   std::string error_;
   std::string binaryHex_;       // hex text of the last binary chunk
+  long long fileSize_ = -1;
 };
 
 }  // namespace headless
