@@ -13,10 +13,20 @@ namespace {
 
 using platform::Accessor;
 
+// The block's name. The host numbers anonymous blocks (dynamic block states "*U12", tables "*T3", ...) anew
+// whenever a drawing is saved, so their number is left out and such references compare by their contents.
+std::string blockName(const platform::Entity& e, const platform::Matrix3d&) {
+  std::string name = e.text(Accessor::blockName);
+  const platform::BlockRecord block = e.database().blockRecord(e.blockTableRecord());
+  if (block && block.isAnonymous())
+    while (!name.empty() && name.back() >= '0' && name.back() <= '9') name.pop_back();
+  return name;
+}
+
 const DetailProperty kDetails[] = {
-    {"旋转角度不一样,", capture::real2<Accessor::blockRotation>},            // AcDbBlockReference::rotation
-    {"比例因子不一样,", capture::vector3<Accessor::blockScaleFactors>},      // AcDbBlockReference::scaleFactors
-    {"块名不相同,", capture::text<Accessor::blockName>},                    // the block table record's name
+    {"旋转角度不一样,", capture::real2<Accessor::blockRotation>},        // AcDbBlockReference::rotation
+    {"比例因子不一样,", capture::vector3<Accessor::blockScaleFactors>},  // AcDbBlockReference::scaleFactors
+    {"块名不相同,", blockName},                                         // the block table record's name
 };
 constexpr std::size_t kBlockNameText = 2;
 

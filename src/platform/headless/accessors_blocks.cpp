@@ -110,8 +110,11 @@ struct SatRecord {
 class Sat {
  public:
   explicit Sat(std::string_view text) {
+    // The header: a line of counts led by the version, then (from version 2) a line naming the product and
+    // a line of tolerances; all of them start with a number, where records start with their name.
     std::size_t pos = 0;
     for (int line = 0; line < 3 && pos != std::string_view::npos; ++line) {
+      if (line > 0 && (pos >= text.size() || !std::isdigit(static_cast<unsigned char>(text[pos])))) break;
       const std::size_t end = text.find('\n', pos);
       if (line == 0) version_ = std::atoi(std::string(text.substr(pos, end - pos)).c_str());
       pos = end == std::string_view::npos ? end : end + 1;
@@ -269,9 +272,13 @@ Measures measure(const std::string& text) {
         if (!edge) return m;
         const std::vector<std::string_view> ep = pointers(*edge);  // start, end, coedge, curve
         if (ep.size() < 4 || !sat.follow(ep[3], "straight-curve")) return m;
+        // The sense follows the pointers: "forward" or "reversed", written 0 or 1 by old versions.
         bool reversed = false;
         for (std::string_view f : coedge->fields)
-          if (f == "reversed") reversed = true;
+          if (!f.starts_with('$')) {
+            reversed = f == "reversed" || f == "1";
+            break;
+          }
         const SatRecord* vertex = sat.follow(reversed ? ep[1] : ep[0], "vertex");
         if (!vertex) return m;
         const std::vector<std::string_view> vp = pointers(*vertex);
@@ -365,10 +372,16 @@ struct Mesh {
   long long vertexCount = 0;
 };
 
+// A group of the mesh's own part (the common part may hold a proxy graphics size under 92).
+long long meshInteger(const EntityView& e, int code) {
+  const StoredTag* t = e.g.findIn("AcDbSubDMesh", code);
+  return t ? t->integer : 0;
+}
+
 Mesh readMesh(const EntityView& e) {
   Mesh m;
-  m.level = e.g.integer(91);
-  m.vertexCount = e.g.integer(92);
+  m.level = meshInteger(e, 91);
+  m.vertexCount = meshInteger(e, 92);
   for (std::uint32_t i = 0; i < e.g.ownCount(); ++i) {
     const StoredTag& t = e.g.at(i);
     if (t.code == 93) {
@@ -522,7 +535,7 @@ std::span<const AccessorImpl> blockAccessors() {
                 }),
       integerOf(Accessor::numOfFaces, DbClass::SubDMesh,
                 [](const EntityView& e) { return static_cast<long long>(readMesh(e).faces.size()); }),
-      integerOf(Accessor::numOfVertices, DbClass::SubDMesh, [](const EntityView& e) { return e.g.integer(92); }),
+      integerOf(Accessor::numOfVertices, DbClass::SubDMesh, [](const EntityView& e) { return meshInteger(e, 92); }),
       integerOf(Accessor::numOfSubDividedVertices, DbClass::SubDMesh,
                 [](const EntityView& e) { return subdividedVertices(readMesh(e)); }),
       integerOf(Accessor::numOfEdges, DbClass::SubDMesh,
