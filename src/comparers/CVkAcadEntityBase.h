@@ -70,6 +70,9 @@ class CVkAcadEntityBase {
   void setZText(std::string z) { zText_ = std::move(z); }
   void setTextStyleText(std::string s) { textStyleText_ = std::move(s); }
   const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
+  // The contexts set by the factory, handed on to comparers made for an entity's contents.
+  const void* readerContext() const { return readerContext_; }
+  const CLayerContext* layerContext() const { return layerContext_; }
 
   std::string description_;
   std::string message_;

@@ -1,7 +1,28 @@
 // The factory table and its last rule.
 #include "comparers/ComparerFactory.h"
 
+#include "comparers/CVkAcDb3dSolid.h"
+#include "comparers/CVkAcDbBlockReference.h"
+#include "comparers/CVkAcDbBody.h"
+#include "comparers/CVkAcDbExtrudedSurface.h"
+#include "comparers/CVkAcDbFace.h"
+#include "comparers/CVkAcDbHatch.h"
+#include "comparers/CVkAcDbLight.h"
 #include "comparers/CVkAcDbLine.h"
+#include "comparers/CVkAcDbLoftedSurface.h"
+#include "comparers/CVkAcDbOle2Frame.h"
+#include "comparers/CVkAcDbOleFrame.h"
+#include "comparers/CVkAcDbPlaneSurface.h"
+#include "comparers/CVkAcDbRasterImage.h"
+#include "comparers/CVkAcDbRegion.h"
+#include "comparers/CVkAcDbRevolvedSurface.h"
+#include "comparers/CVkAcDbSection.h"
+#include "comparers/CVkAcDbShape.h"
+#include "comparers/CVkAcDbSolidOrTrace.h"
+#include "comparers/CVkAcDbSubDMesh.h"
+#include "comparers/CVkAcDbSweptSurface.h"
+#include "comparers/CVkAcDbUnderlayReference.h"
+#include "comparers/CVkAcDbViewport.h"
 #include "comparers/CVkCustomEntity.h"
 
 namespace {
@@ -17,12 +38,12 @@ std::unique_ptr<CVkAcadEntityBase> make() {
 // frame by row 23 and a wipeout by row 17; attributes come before text, the helix before the spline and
 // the table before the block reference.
 constexpr FactoryRow kRows[] = {
-    {1, DbClass::Face, "CVkAcDbFace", FactoryRule::Class, nullptr},
-    {2, DbClass::Solid3d, "CVkAcDb3dSolid", FactoryRule::Class, nullptr},
+    {1, DbClass::Face, "CVkAcDbFace", FactoryRule::Class, make<CVkAcDbFace>},
+    {2, DbClass::Solid3d, "CVkAcDb3dSolid", FactoryRule::Class, make<CVkAcDb3dSolid>},
     {3, DbClass::Arc, "CVkAcDbArc", FactoryRule::Class, nullptr},
     {4, DbClass::AttributeDefinition, "CVkAcDbAttributeDefinition", FactoryRule::Class, nullptr},
     {5, DbClass::Attribute, "CVkAcDbAttribute", FactoryRule::Class, nullptr},
-    {6, DbClass::Body, "CVkAcDbBody", FactoryRule::Class, nullptr},
+    {6, DbClass::Body, "CVkAcDbBody", FactoryRule::Class, make<CVkAcDbBody>},
     {7, DbClass::Circle, "CVkAcDbCircle", FactoryRule::Class, nullptr},
     {8, DbClass::Dimension, "CVkAcDbDimension", FactoryRule::Class, nullptr},
     {9, DbClass::AlignedDimension, "CVkAcDbAlignedDimension", FactoryRule::Class, nullptr},
@@ -31,38 +52,69 @@ constexpr FactoryRow kRows[] = {
     {12, DbClass::ThreePointAngularDimension, "CVkAcDb3PointAngularDimension", FactoryRule::Class, nullptr},
     {13, DbClass::OrdinateDimension, "CVkAcDbOrdinateDimension", FactoryRule::Class, nullptr},
     {14, DbClass::Ellipse, "CVkAcDbEllipse", FactoryRule::Class, nullptr},
-    {15, DbClass::Hatch, "CVkAcDbHatch", FactoryRule::Class, nullptr},
+    {15, DbClass::Hatch, "CVkAcDbHatch", FactoryRule::Class, make<CVkAcDbHatch>},
     {16, DbClass::Helix, "CVkAcDbHelix", FactoryRule::Class, nullptr},
-    {17, DbClass::RasterImage, "CVkAcDbRasterImage", FactoryRule::Class, nullptr},
+    {17, DbClass::RasterImage, "CVkAcDbRasterImage", FactoryRule::Class, make<CVkAcDbRasterImage>},
     {18, DbClass::Leader, "CVkAcDbLeader", FactoryRule::Class, nullptr},
     {19, DbClass::Line, "CVkAcDbLine", FactoryRule::Class, make<CVkAcDbLine>},
     {20, DbClass::Polyline, "CVkAcDbPolyline", FactoryRule::Class, nullptr},
     {21, DbClass::Mline, "CVkAcDbMline", FactoryRule::Class, nullptr},
     {22, DbClass::MText, "CVkAcDbMText", FactoryRule::Class, nullptr},
-    {23, DbClass::OleFrame, "CVkAcDbOleFrame", FactoryRule::Class, nullptr},
-    {24, DbClass::Ole2Frame, "CVkAcDbOle2Frame", FactoryRule::Class, nullptr},
+    {23, DbClass::OleFrame, "CVkAcDbOleFrame", FactoryRule::Class, make<CVkAcDbOleFrame>},
+    {24, DbClass::Ole2Frame, "CVkAcDbOle2Frame", FactoryRule::Class, make<CVkAcDbOle2Frame>},
     {25, DbClass::Point, "CVkAcDbPoint", FactoryRule::Class, nullptr},
     {26, DbClass::Polyline2d, "CVkAcDb2dPolyline", FactoryRule::Class, nullptr},
     {27, DbClass::Ray, "CVkAcDbRay", FactoryRule::Class, nullptr},
-    {28, DbClass::Section, "CVkAcDbSection", FactoryRule::Class, nullptr},
-    {29, DbClass::Shape, "CVkAcDbShape", FactoryRule::Class, nullptr},
+    {28, DbClass::Section, "CVkAcDbSection", FactoryRule::Class, make<CVkAcDbSection>},
+    {29, DbClass::Shape, "CVkAcDbShape", FactoryRule::Class, make<CVkAcDbShape>},
     {30, DbClass::Spline, "CVkAcDbSpline", FactoryRule::Class, nullptr},
-    {31, DbClass::SubDMesh, "CVkAcDbSubDMesh", FactoryRule::Class, nullptr},
+    {31, DbClass::SubDMesh, "CVkAcDbSubDMesh", FactoryRule::Class, make<CVkAcDbSubDMesh>},
+    // The surface row picks the comparer of the surface's kind; its make only marks it as built.
     {32, DbClass::Surface, "CVkAcDbExtrudedSurface, CVkAcDbLoftedSurface, CVkAcDbRevolvedSurface, CVkAcDbSweptSurface, "
-                           "CVkAcDbPlaneSurface", FactoryRule::Surface, nullptr},
+                           "CVkAcDbPlaneSurface", FactoryRule::Surface, make<CVkAcDbExtrudedSurface>},
     {33, DbClass::Text, "CVkAcDbText", FactoryRule::Class, nullptr},
     {34, DbClass::Fcf, "CVkAcDbFcf", FactoryRule::Class, nullptr},
-    {35, DbClass::UnderlayReference, "CVkAcDbUnderlayReference", FactoryRule::Class, nullptr},
+    {35, DbClass::UnderlayReference, "CVkAcDbUnderlayReference", FactoryRule::Class, make<CVkAcDbUnderlayReference>},
     {36, DbClass::Vertex2d, "CVkAcDb2dVertex", FactoryRule::Class, nullptr},
     {37, DbClass::Polyline3dVertex, "CVkAcDb3dPolylineVertex", FactoryRule::Class, nullptr},
-    {38, DbClass::Viewport, "CVkAcDbViewport", FactoryRule::Class, nullptr},
+    {38, DbClass::Viewport, "CVkAcDbViewport", FactoryRule::Class, make<CVkAcDbViewport>},
     {39, DbClass::Xline, "CVkAcDbXline", FactoryRule::Class, nullptr},
     {40, DbClass::Table, "CVkAcDbTable", FactoryRule::Class, nullptr},
-    {41, DbClass::BlockReference, "CVkAcDbBlockReference", FactoryRule::BlockReference, nullptr},
+    {41, DbClass::BlockReference, "CVkAcDbBlockReference", FactoryRule::BlockReference, make<CVkAcDbBlockReference>},
 };
 
 // The last rule, by DXF name.
-std::unique_ptr<CVkAcadEntityBase> byDxfName(std::string_view) { return std::make_unique<CVkCustomEntity>(); }
+std::unique_ptr<CVkAcadEntityBase> byDxfName(std::string_view name) {
+  // A light comparer is made and deliberately dropped: lights are compared as custom entities.
+  if (name == "LIGHT") (void)std::make_unique<CVkAcDbLight>();
+  if (name == "REGION") return std::make_unique<CVkAcDbRegion>();
+  if (name != "SOLID" && name != "TRACE") return std::make_unique<CVkCustomEntity>();
+  return std::make_unique<CVkAcDbSolidOrTrace>();
+}
+
+// Row 32: the comparer of the surface's kind; a surface of another kind takes no part (null).
+std::unique_ptr<CVkAcadEntityBase> surfaceComparer(const platform::Entity& entity) {
+  if (entity.isKindOf(DbClass::ExtrudedSurface)) return std::make_unique<CVkAcDbExtrudedSurface>();
+  if (entity.isKindOf(DbClass::LoftedSurface)) return std::make_unique<CVkAcDbLoftedSurface>();
+  if (entity.isKindOf(DbClass::RevolvedSurface)) return std::make_unique<CVkAcDbRevolvedSurface>();
+  if (entity.isKindOf(DbClass::SweptSurface)) return std::make_unique<CVkAcDbSweptSurface>();
+  if (entity.isKindOf(DbClass::PlaneSurface)) return std::make_unique<CVkAcDbPlaneSurface>();
+  return nullptr;
+}
+
+enum class BlockDecision { Compare, Skip, FallThrough };
+
+// Row 41: with both reference settings off a block reference goes on to the last rule; otherwise it takes
+// part only when block references are compared, and an external reference only when those are too. A
+// reference whose block cannot be found takes no part.
+BlockDecision blockReferenceDecision(const platform::Entity& entity, const CompareOptions& options) {
+  if (!options.compareBlockReferences && !options.compareExternalReferences) return BlockDecision::FallThrough;
+  const platform::BlockRecord block = entity.database().blockRecord(entity.blockTableRecord());
+  if (!block) return BlockDecision::Skip;
+  if ((block.isFromExternalReference() && !options.compareExternalReferences) || !options.compareBlockReferences)
+    return BlockDecision::Skip;
+  return BlockDecision::Compare;
+}
 
 }  // namespace
 
@@ -72,10 +124,21 @@ std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity
                                                   const void* readerContext, const CLayerContext* layerContext,
                                                   const platform::Matrix3d* drawingTransform,
                                                   const CompareOptions* options) {
+  static const CompareOptions kAll;
   std::unique_ptr<CVkAcadEntityBase> comparer;
   for (const FactoryRow& row : kRows) {
     if (!row.make || !entity.isKindOf(row.cls)) continue;
-    comparer = row.make();
+    if (row.rule == FactoryRule::Surface) {
+      comparer = surfaceComparer(entity);
+      if (!comparer) return nullptr;
+    } else if (row.rule == FactoryRule::BlockReference) {
+      const BlockDecision decision = blockReferenceDecision(entity, options ? *options : kAll);
+      if (decision == BlockDecision::Skip) return nullptr;
+      if (decision == BlockDecision::FallThrough) continue;
+      comparer = row.make();
+    } else {
+      comparer = row.make();
+    }
     break;
   }
   if (!comparer) comparer = byDxfName(entity.dxfName());

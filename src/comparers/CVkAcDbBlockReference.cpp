@@ -1,0 +1,126 @@
+// Block references: keyed by their insertion point; compared on rotation, scale and block, then on what they
+// show: the block's entities and the attributes, paired as drawings are.
+#include "comparers/CVkAcDbBlockReference.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "comparers/CapturesBlocks.h"
+#include "comparers/ComparerFactory.h"
+
+namespace {
+
+using platform::Accessor;
+
+// The block's name. The host numbers anonymous blocks (dynamic block states "*U12", tables "*T3", ...) anew
+// whenever a drawing is saved, so their number is left out and such references compare by their contents.
+std::string blockName(const platform::Entity& e, const platform::Matrix3d&) {
+  std::string name = e.text(Accessor::blockName);
+  const platform::BlockRecord block = e.database().blockRecord(e.blockTableRecord());
+  if (block && block.isAnonymous())
+    while (!name.empty() && name.back() >= '0' && name.back() <= '9') name.pop_back();
+  return name;
+}
+
+const DetailProperty kDetails[] = {
+    {"旋转角度不一样,", capture::real2<Accessor::blockRotation>},        // AcDbBlockReference::rotation
+    {"比例因子不一样,", capture::vector3<Accessor::blockScaleFactors>},  // AcDbBlockReference::scaleFactors
+    {"块名不相同,", blockName},                                         // the block table record's name
+};
+constexpr std::size_t kBlockNameText = 2;
+
+const ComparerTraits kTraits{capture::positionKey, kDetails};
+
+// Blocks nest a few levels in real drawings; deeper nesting only comes from damaged drawings.
+constexpr std::size_t kMaxNesting = 16;
+
+// The blocks whose contents are being loaded, outermost first: a block met again inside itself is not walked.
+struct Expansion {
+  const platform::Database* db;
+  platform::ObjectId block;
+};
+std::vector<Expansion>& expanding() {
+  static thread_local std::vector<Expansion> stack;
+  return stack;
+}
+
+class ExpansionScope {
+ public:
+  ExpansionScope(const platform::Database& db, platform::ObjectId block) { expanding().push_back({&db, block}); }
+  ~ExpansionScope() { expanding().pop_back(); }
+  ExpansionScope(const ExpansionScope&) = delete;
+  ExpansionScope& operator=(const ExpansionScope&) = delete;
+};
+
+bool mayExpand(const platform::Database& db, platform::ObjectId block) {
+  const auto& stack = expanding();
+  if (stack.size() >= kMaxNesting) return false;
+  return std::none_of(stack.begin(), stack.end(), [&](const Expansion& e) { return e.db == &db && e.block == block; });
+}
+
+void resetPairing(EntityMap& map) {
+  for (auto& [key, comparer] : map) comparer->matched = 0;
+}
+
+// The records of pairing two contents, as "<label>[<record texts>]", or nothing when they are alike.
+std::string contentDifferences(EntityMap& source, EntityMap& destination, const char* label) {
+  resetPairing(source);
+  resetPairing(destination);
+  std::vector<std::unique_ptr<CDiffType>> records;
+  PairEntityMaps(source, destination, records);
+  if (records.empty()) return {};
+  std::string out = label;
+  for (const auto& r : records) out += r->text;
+  out += ']';
+  return out;
+}
+
+}  // namespace
+
+CVkAcDbBlockReference::CVkAcDbBlockReference() : CVkDetailedEntity(kTraits) {}
+
+void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform::Matrix3d transform) {
+  CVkDetailedEntity::loadDetail(entity, transform);
+  entities_.clear();
+  attributes_.clear();
+  contentLoaded_ = false;
+  const platform::Database& db = entity.database();
+  const platform::Matrix3d& drawing = drawingTransform() ? *drawingTransform() : transform;
+
+  // Attributes are stored in drawing coordinates already.
+  for (platform::ObjectId id : entity.attributes()) {
+    const platform::Entity attribute = db.openEntity(id);
+    if (!attribute || !attribute.isVisible()) continue;
+    auto c = createComparer(attribute, transform, readerContext(), layerContext(), drawingTransform(), &options());
+    if (c) attributes_.emplace(c->keyText(), std::move(c));
+  }
+
+  const platform::BlockRecord block = db.blockRecord(entity.blockTableRecord());
+  if (!block || !mayExpand(db, block.objectId())) return;
+  const ExpansionScope scope(db, block.objectId());
+  const platform::Matrix3d toWcs = entity.blockTransform();
+  const platform::Matrix3d contentLoad = transform * toWcs;
+  contentDrawingTransform_ = drawing * toWcs;
+  for (platform::ObjectId id : block.entityIds()) {
+    const platform::Entity inner = db.openEntity(id);
+    if (!inner || !inner.isVisible()) continue;
+    auto c = createComparer(inner, contentLoad, readerContext(), layerContext(), &contentDrawingTransform_, &options());
+    if (c) entities_.emplace(c->keyText(), std::move(c));
+  }
+  contentLoaded_ = true;
+}
+
+std::unique_ptr<CDiffType> CVkAcDbBlockReference::compare(const CVkAcadEntityBase& other) {
+  auto record = CVkDetailedEntity::compare(other);
+  if (!isCompared(kCodeDetails)) return record;
+  const auto* source = dynamic_cast<const CVkAcDbBlockReference*>(&other);
+  // References of different blocks differ in their block; their contents are not the same thing to compare.
+  if (!source || source->detailTexts().size() <= kBlockNameText || detailTexts().size() <= kBlockNameText ||
+      source->detailTexts()[kBlockNameText] != detailTexts()[kBlockNameText])
+    return record;
+  extraMessage_ += contentDifferences(source->entities_, entities_, "块内[");
+  extraMessage_ += contentDifferences(source->attributes_, attributes_, "属性[");
+  record->text = message_ + extraMessage_;
+  return record;
+}

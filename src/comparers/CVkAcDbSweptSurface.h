@@ -1,0 +1,9 @@
+// Comparer of swept surfaces.
+#pragma once
+
+#include "comparers/CVkDetailedEntity.h"
+
+class CVkAcDbSweptSurface final : public CVkDetailedEntity {
+ public:
+  CVkAcDbSweptSurface();
+};
