@@ -123,8 +123,10 @@ TEST_F(ModelerFixture, PolygonalSolidsAreMeasuredWhetherEncryptedOrNot) {
   EXPECT_EQ(detailed(plain).detailTexts(), expected);
   EXPECT_EQ(detailed(encrypted).detailTexts(), expected);
   EXPECT_EQ(compareText(*encrypted.comparers[0], *plain.comparers[0]), "楔形实体图元 ");
+  // A taller box also reaches higher: its extents change the Z text.
   auto taller = drawing(solid(boxSat(2, 3, 5)));
-  EXPECT_EQ(compareText(*taller.comparers[0], *plain.comparers[0]), "楔形实体图元 面积不一样,体积不一样,回转半径不一样,");
+  EXPECT_EQ(compareText(*taller.comparers[0], *plain.comparers[0]),
+            "楔形实体图元 Z坐标不相同,面积不一样,体积不一样,回转半径不一样,");
 }
 
 TEST_F(ModelerFixture, RegionAreaCountsHolesAndTheDigestStandsForTheShape) {
@@ -163,12 +165,14 @@ TEST_F(ModelerFixture, CurvedShapesAreComparedByTheirData) {
   auto thicker = torus;
   thicker[7] = "torus-surface $-1 0 0 0 0 0 1 32 12 1 0 0 forward_v I I I I #";
   EXPECT_EQ(compareText(*drawing(solid(thicker)).comparers[0], *a.comparers[0]),
-            "楔形实体图元 面积不一样,体积不一样,回转半径不一样,");
+            "楔形实体图元 Z坐标不相同,面积不一样,体积不一样,回转半径不一样,");
   // Without ACIS data in the entity (DXF R2013 and later keep it elsewhere) there is nothing to differ.
   auto bare = drawing("0|BODY|8|0|100|AcDbEntity|100|AcDbModelerGeometry|70|1");
   EXPECT_EQ(detailed(bare).detailTexts(), (std::vector<std::string>{"0", ""}));
   auto body = drawing(solid(torus, false, "BODY"));
-  EXPECT_EQ(compareText(*body.comparers[0], *bare.comparers[0]), "体图元 形状管理器对象有无的情况不一样,更改的数量不一样,");
+  // The body without data has no extents, the torus has: their Z texts differ too.
+  EXPECT_EQ(compareText(*body.comparers[0], *bare.comparers[0]),
+            "体图元 Z坐标不相同,形状管理器对象有无的情况不一样,更改的数量不一样,");
 }
 
 TEST_F(ModelerFixture, SurfacesByKindWithTheirKeysAndMessages) {
