@@ -260,6 +260,7 @@ ResBufList Entity::entGet() const {
   const StoredTag* tags = d.tagsOf(e);
   const Groups g(d, e);
   int depth = 0;
+  bool inEntityPart = false;
   for (std::uint32_t i = 0; i < g.ownCount(); ++i) {
     const StoredTag& t = tags[i];
     if (t.code == 102) {
@@ -267,7 +268,11 @@ ResBufList Entity::entGet() const {
       depth += d.text(t).starts_with("{") ? 1 : -1;
       continue;
     }
+    if (t.code == 100) inEntityPart = d.text(t) == "AcDbEntity";
     if (depth > 0 || t.code == 5 || t.code == 330 || t.code == 999) continue;
+    // The proxy graphics in the entity's common part (their size in 92 or 160, their bytes in 310) are a
+    // picture cached by the program that wrote the file, not part of the entity.
+    if (inEntityPart && (t.code == 92 || t.code == 160 || t.code == 310)) continue;
     if (isPointCode(t.code) && t.type == TagType::Real) {
       ResBuf& p = push(t.code, ResBuf::Type::Point);
       p.point.x = t.real;
