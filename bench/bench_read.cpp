@@ -23,87 +23,30 @@
 #include <memory>
 #include <string>
 
-#include "drawing_generator.h"
+#include "bench_support.h"
 #include "platform/database.h"
 
 namespace {
 
+using vkbench::cpuSeconds;
+using vkbench::Drawing;
+using vkbench::Memory;
+using vkbench::memoryNow;
+using vkbench::resetPeak;
 namespace fs = std::filesystem;
 
-// ---- memory of this process, from /proc/self/status ----
-
-struct Memory {
-  long long rssKb = 0;  // VmRSS: resident now
-  long long hwmKb = 0;  // VmHWM: the peak resident size since the start or the last reset
-};
-
-Memory memoryNow() {
-  Memory m;
-  std::FILE* f = std::fopen("/proc/self/status", "r");
-  if (!f) return m;
-  char line[256];
-  while (std::fgets(line, sizeof line, f)) {
-    if (std::strncmp(line, "VmRSS:", 6) == 0) m.rssKb = std::atoll(line + 6);
-    else if (std::strncmp(line, "VmHWM:", 6) == 0) m.hwmKb = std::atoll(line + 6);
-  }
-  std::fclose(f);
-  return m;
-}
-
-// Resets VmHWM to the current resident size (Linux 4.0 and later); false where the kernel does not allow it.
-bool resetPeak() {
-  std::FILE* f = std::fopen("/proc/self/clear_refs", "w");
-  if (!f) return false;
-  const bool ok = std::fputs("5", f) >= 0;
-  return std::fclose(f) == 0 && ok;
-}
-
-// ---- the drawings ----
-
-struct Drawing {
-  std::string path;
-  std::uint64_t bytes = 0;
-};
-
+// The drawing of `entities` entities (seed 1) in `version`.
 class Corpus {
  public:
-  Corpus() {
-    if (const char* dir = std::getenv("VK_BENCH_DIR"); dir && *dir) {
-      dir_ = dir;
-      fs::create_directories(dir_);
-    } else {
-      dir_ = fs::temp_directory_path() / ("vk_bench_read_" + std::to_string(::getpid()));
-      fs::create_directories(dir_);
-      owned_ = true;
-    }
-  }
-  ~Corpus() {
-    std::error_code ec;
-    if (owned_) fs::remove_all(dir_, ec);
-  }
-
-  // The drawing of `entities` entities (seed 1) in `version`; generated when the folder lacks it.
   const Drawing* get(std::uint64_t entities, const std::string& version, std::string& error) {
-    const std::string name = "drawing_" + std::to_string(entities) + "_" + version + ".dxf";
-    if (auto it = drawings_.find(name); it != drawings_.end()) return &it->second;
-    Drawing d;
-    d.path = (dir_ / name).string();
-    if (!fs::exists(d.path)) {
-      vkbench::GeneratorOptions opt;
-      opt.entities = entities;
-      opt.version = version;
-      vkbench::GeneratorStats stats;
-      std::fprintf(stderr, "generating %s ...\n", d.path.c_str());
-      if (!vkbench::generateDrawing(opt, d.path, stats, error)) return nullptr;
-    }
-    d.bytes = fs::file_size(d.path);
-    return &drawings_.emplace(name, d).first->second;
+    vkbench::GeneratorOptions opt;
+    opt.entities = entities;
+    opt.version = version;
+    return folder_.get("drawing_" + std::to_string(entities) + "_" + version + ".dxf", opt, error);
   }
 
  private:
-  fs::path dir_;
-  bool owned_ = false;
-  std::map<std::string, Drawing> drawings_;
+  vkbench::DrawingFolder folder_{"vk_bench_read"};
 };
 
 Corpus* corpus = nullptr;
@@ -213,12 +156,6 @@ void registerAll() {
   for (const std::int64_t n : {100'000, 1'000'000})
     benchmark::RegisterBenchmark("iterate_model_space/AC1015", BM_IterateModelSpace, std::string("AC1015"))
         ->Arg(n)->Unit(benchmark::kMillisecond);
-}
-
-double cpuSeconds() {
-  timespec t{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
 // One read of one drawing in this fresh process: the figures a command that opens a drawing once sees.

@@ -38,10 +38,11 @@ std::string valueText(const platform::ResBuf& g, const platform::Matrix3d& load)
 
 void CVkCustomEntity::load(const platform::Entity& entity, platform::Matrix3d transform) {
   CVkAcadEntityBase::load(entity, transform);
+  // The group list is read once, for the key and for the details.
+  const platform::ResBufList groups = entity.entGet();
   // The position is group 10 of the group list; a polyline's group 10 holds only its elevation, so
   // polylines, like entities without group 10, are keyed by their extents.
   const platform::Point3d* position = nullptr;
-  const platform::ResBufList groups = entity.entGet();
   if (dxfName() != "POLYLINE")
     for (const platform::ResBuf& g : groups)
       if (g.code == 10 && g.type == platform::ResBuf::Type::Point) {
@@ -57,20 +58,24 @@ void CVkCustomEntity::load(const platform::Entity& entity, platform::Matrix3d tr
     setFullKey(platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", dxfName(), e.min.x, e.min.y, e.max.x, e.max.y));
     setZText(platform::fmt("%.2f,%.2f", minZ(), maxZ()));
   }
-  if (isCompared(kCodeDetails)) loadDetail(entity, transform);
+  if (isCompared(kCodeDetails)) captureGroups(groups, transform);
 }
 
 void CVkCustomEntity::loadDetail(const platform::Entity& entity, platform::Matrix3d transform) {
-  groups_.clear();
-  for (const platform::ResBuf& g : entity.entGet()) {
+  captureGroups(entity.entGet(), transform);
+}
+
+void CVkCustomEntity::captureGroups(const platform::ResBufList& list, const platform::Matrix3d& transform) {
+  std::vector<std::pair<int, std::string>> groups;
+  for (const platform::ResBuf& g : list) {
     if (coveredByCommon(g.code) || !isCompared(g.code)) continue;
     std::string value = valueText(g, transform);
-    if (!value.empty()) groups_.emplace_back(g.code, std::move(value));
+    if (!value.empty()) groups.emplace_back(g.code, std::move(value));
   }
-  std::stable_sort(groups_.begin(), groups_.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::stable_sort(groups.begin(), groups.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   // "%s,%d,%s" folded over the list: the text starts with a comma and alternates codes and values.
   groupText_.clear();
-  for (const auto& [code, value] : groups_) {
+  for (const auto& [code, value] : groups) {
     groupText_ += ',';
     platform::appendInt(groupText_, code);
     groupText_ += ',';

@@ -18,7 +18,9 @@ class CVkCustomEntity final : public CVkAcadEntityBase {
   const std::string& groupText() const { return groupText_; }
 
  private:
+  // Builds the group text from the group list; the list itself is not kept, only its text is compared.
+  void captureGroups(const platform::ResBufList& groups, const platform::Matrix3d& transform);
+
   std::string extraMessage_;
   std::string groupText_;
-  std::vector<std::pair<int, std::string>> groups_;
 };
