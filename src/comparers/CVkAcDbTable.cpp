@@ -11,6 +11,10 @@ namespace {
 
 using platform::Accessor;
 
+// Tables of the host stay far below this many cells; larger counts come from damaged drawings, whose cells
+// are not listed.
+constexpr long long kMaxCells = 1 << 20;
+
 double at(const std::vector<double>& values, std::size_t i) { return i < values.size() ? values[i] : 0.0; }
 
 }  // namespace
@@ -57,7 +61,9 @@ void CVkAcDbTable::loadDetail(const platform::Entity& entity, platform::Matrix3d
   const std::vector<std::string> texts = entity.texts(Accessor::cellTexts);  // AcDbTable::textString
   const std::vector<std::string> dates = entity.texts(Accessor::cellDates);  // the cell value's date
   cells_.clear();
-  if (rows_ > 0 && columns_ > 0) cells_.reserve(static_cast<std::size_t>(rows_) * static_cast<std::size_t>(columns_));
+  const long long cellCount = static_cast<long long>(rows_) * columns_;
+  if (rows_ <= 0 || columns_ <= 0 || cellCount > kMaxCells) return;
+  cells_.reserve(static_cast<std::size_t>(cellCount));
   for (int r = 0; r < rows_; ++r)
     for (int c = 0; c < columns_; ++c) {
       const std::size_t i =
@@ -100,19 +106,16 @@ std::unique_ptr<CDiffType> CVkAcDbTable::compare(const CVkAcadEntityBase& other)
     extraMessage_ += "单元格数量不一样,";
   } else {
     // Every cell's position is listed, differing or not: the listing is the table's cell-by-cell report.
-    for (int r = 0; r < rows_; ++r)
-      for (int c = 0; c < columns_; ++c) {
-        platform::formatTo(extraMessage_, "第%d行,第%d列:", {r, c});
-        const std::size_t i =
-            static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(c);
-        if (i >= cells_.size()) continue;
-        const Cell& mine = cells_[i];
-        const Cell& theirs = o.cells_[i];
-        if (mine.heightText != theirs.heightText) extraMessage_ += "单元格的高度不一样,";
-        if (mine.widthText != theirs.widthText) extraMessage_ += "单元格的宽度不一样,";
-        if (mine.outerCellText != theirs.outerCellText) extraMessage_ += "外部单元格不一样,";
-        if (mine.dateText != theirs.dateText) extraMessage_ += "日期不一样,";
-      }
+    // The cells are stored row by row, so index i is this table's row r and column c.
+    for (std::size_t i = 0; i < cells_.size(); ++i) {
+      const Cell& mine = cells_[i];
+      const Cell& theirs = o.cells_[i];
+      platform::formatTo(extraMessage_, "第%d行,第%d列:", {mine.row, mine.column});
+      if (mine.heightText != theirs.heightText) extraMessage_ += "单元格的高度不一样,";
+      if (mine.widthText != theirs.widthText) extraMessage_ += "单元格的宽度不一样,";
+      if (mine.outerCellText != theirs.outerCellText) extraMessage_ += "外部单元格不一样,";
+      if (mine.dateText != theirs.dateText) extraMessage_ += "日期不一样,";
+    }
   }
   record->text = message_ + extraMessage_;
   return record;

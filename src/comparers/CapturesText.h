@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "comparers/CVkDetailedEntity.h"
 #include "comparers/Captures.h"
