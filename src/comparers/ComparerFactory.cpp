@@ -1,18 +1,29 @@
 // The factory table and its last rule.
 #include "comparers/ComparerFactory.h"
 
+#include "comparers/CVkAcDb3PointAngularDimension.h"
 #include "comparers/CVkAcDb3dSolid.h"
+#include "comparers/CVkAcDbAlignedDimension.h"
+#include "comparers/CVkAcDbAttribute.h"
+#include "comparers/CVkAcDbAttributeDefinition.h"
 #include "comparers/CVkAcDbBlockReference.h"
 #include "comparers/CVkAcDbBody.h"
+#include "comparers/CVkAcDbDiametricDimension.h"
+#include "comparers/CVkAcDbDimension.h"
 #include "comparers/CVkAcDbExtrudedSurface.h"
 #include "comparers/CVkAcDbFace.h"
+#include "comparers/CVkAcDbFcf.h"
 #include "comparers/CVkAcDbHatch.h"
+#include "comparers/CVkAcDbLeader.h"
 #include "comparers/CVkAcDbLight.h"
 #include "comparers/CVkAcDbLine.h"
 #include "comparers/CVkAcDbLoftedSurface.h"
+#include "comparers/CVkAcDbMText.h"
 #include "comparers/CVkAcDbOle2Frame.h"
 #include "comparers/CVkAcDbOleFrame.h"
+#include "comparers/CVkAcDbOrdinateDimension.h"
 #include "comparers/CVkAcDbPlaneSurface.h"
+#include "comparers/CVkAcDbRadialDimension.h"
 #include "comparers/CVkAcDbRasterImage.h"
 #include "comparers/CVkAcDbRegion.h"
 #include "comparers/CVkAcDbRevolvedSurface.h"
@@ -21,6 +32,8 @@
 #include "comparers/CVkAcDbSolidOrTrace.h"
 #include "comparers/CVkAcDbSubDMesh.h"
 #include "comparers/CVkAcDbSweptSurface.h"
+#include "comparers/CVkAcDbTable.h"
+#include "comparers/CVkAcDbText.h"
 #include "comparers/CVkAcDbUnderlayReference.h"
 #include "comparers/CVkAcDbViewport.h"
 #include "comparers/CVkCustomEntity.h"
@@ -41,25 +54,27 @@ constexpr FactoryRow kRows[] = {
     {1, DbClass::Face, "CVkAcDbFace", FactoryRule::Class, make<CVkAcDbFace>},
     {2, DbClass::Solid3d, "CVkAcDb3dSolid", FactoryRule::Class, make<CVkAcDb3dSolid>},
     {3, DbClass::Arc, "CVkAcDbArc", FactoryRule::Class, nullptr},
-    {4, DbClass::AttributeDefinition, "CVkAcDbAttributeDefinition", FactoryRule::Class, nullptr},
-    {5, DbClass::Attribute, "CVkAcDbAttribute", FactoryRule::Class, nullptr},
+    {4, DbClass::AttributeDefinition, "CVkAcDbAttributeDefinition", FactoryRule::Class,
+     make<CVkAcDbAttributeDefinition>},
+    {5, DbClass::Attribute, "CVkAcDbAttribute", FactoryRule::Class, make<CVkAcDbAttribute>},
     {6, DbClass::Body, "CVkAcDbBody", FactoryRule::Class, make<CVkAcDbBody>},
     {7, DbClass::Circle, "CVkAcDbCircle", FactoryRule::Class, nullptr},
-    {8, DbClass::Dimension, "CVkAcDbDimension", FactoryRule::Class, nullptr},
-    {9, DbClass::AlignedDimension, "CVkAcDbAlignedDimension", FactoryRule::Class, nullptr},
-    {10, DbClass::RadialDimension, "CVkAcDbRadialDimension", FactoryRule::Class, nullptr},
-    {11, DbClass::DiametricDimension, "CVkAcDbDiametricDimension", FactoryRule::Class, nullptr},
-    {12, DbClass::ThreePointAngularDimension, "CVkAcDb3PointAngularDimension", FactoryRule::Class, nullptr},
-    {13, DbClass::OrdinateDimension, "CVkAcDbOrdinateDimension", FactoryRule::Class, nullptr},
+    {8, DbClass::Dimension, "CVkAcDbDimension", FactoryRule::Class, make<CVkAcDbDimension>},
+    {9, DbClass::AlignedDimension, "CVkAcDbAlignedDimension", FactoryRule::Class, make<CVkAcDbAlignedDimension>},
+    {10, DbClass::RadialDimension, "CVkAcDbRadialDimension", FactoryRule::Class, make<CVkAcDbRadialDimension>},
+    {11, DbClass::DiametricDimension, "CVkAcDbDiametricDimension", FactoryRule::Class, make<CVkAcDbDiametricDimension>},
+    {12, DbClass::ThreePointAngularDimension, "CVkAcDb3PointAngularDimension", FactoryRule::Class,
+     make<CVkAcDb3PointAngularDimension>},
+    {13, DbClass::OrdinateDimension, "CVkAcDbOrdinateDimension", FactoryRule::Class, make<CVkAcDbOrdinateDimension>},
     {14, DbClass::Ellipse, "CVkAcDbEllipse", FactoryRule::Class, nullptr},
     {15, DbClass::Hatch, "CVkAcDbHatch", FactoryRule::Class, make<CVkAcDbHatch>},
     {16, DbClass::Helix, "CVkAcDbHelix", FactoryRule::Class, nullptr},
     {17, DbClass::RasterImage, "CVkAcDbRasterImage", FactoryRule::Class, make<CVkAcDbRasterImage>},
-    {18, DbClass::Leader, "CVkAcDbLeader", FactoryRule::Class, nullptr},
+    {18, DbClass::Leader, "CVkAcDbLeader", FactoryRule::Class, make<CVkAcDbLeader>},
     {19, DbClass::Line, "CVkAcDbLine", FactoryRule::Class, make<CVkAcDbLine>},
     {20, DbClass::Polyline, "CVkAcDbPolyline", FactoryRule::Class, nullptr},
     {21, DbClass::Mline, "CVkAcDbMline", FactoryRule::Class, nullptr},
-    {22, DbClass::MText, "CVkAcDbMText", FactoryRule::Class, nullptr},
+    {22, DbClass::MText, "CVkAcDbMText", FactoryRule::Class, make<CVkAcDbMText>},
     {23, DbClass::OleFrame, "CVkAcDbOleFrame", FactoryRule::Class, make<CVkAcDbOleFrame>},
     {24, DbClass::Ole2Frame, "CVkAcDbOle2Frame", FactoryRule::Class, make<CVkAcDbOle2Frame>},
     {25, DbClass::Point, "CVkAcDbPoint", FactoryRule::Class, nullptr},
@@ -72,14 +87,14 @@ constexpr FactoryRow kRows[] = {
     // The surface row picks the comparer of the surface's kind; its make only marks it as built.
     {32, DbClass::Surface, "CVkAcDbExtrudedSurface, CVkAcDbLoftedSurface, CVkAcDbRevolvedSurface, CVkAcDbSweptSurface, "
                            "CVkAcDbPlaneSurface", FactoryRule::Surface, make<CVkAcDbExtrudedSurface>},
-    {33, DbClass::Text, "CVkAcDbText", FactoryRule::Class, nullptr},
-    {34, DbClass::Fcf, "CVkAcDbFcf", FactoryRule::Class, nullptr},
+    {33, DbClass::Text, "CVkAcDbText", FactoryRule::Class, make<CVkAcDbText>},
+    {34, DbClass::Fcf, "CVkAcDbFcf", FactoryRule::Class, make<CVkAcDbFcf>},
     {35, DbClass::UnderlayReference, "CVkAcDbUnderlayReference", FactoryRule::Class, make<CVkAcDbUnderlayReference>},
     {36, DbClass::Vertex2d, "CVkAcDb2dVertex", FactoryRule::Class, nullptr},
     {37, DbClass::Polyline3dVertex, "CVkAcDb3dPolylineVertex", FactoryRule::Class, nullptr},
     {38, DbClass::Viewport, "CVkAcDbViewport", FactoryRule::Class, make<CVkAcDbViewport>},
     {39, DbClass::Xline, "CVkAcDbXline", FactoryRule::Class, nullptr},
-    {40, DbClass::Table, "CVkAcDbTable", FactoryRule::Class, nullptr},
+    {40, DbClass::Table, "CVkAcDbTable", FactoryRule::Class, make<CVkAcDbTable>},
     {41, DbClass::BlockReference, "CVkAcDbBlockReference", FactoryRule::BlockReference, make<CVkAcDbBlockReference>},
 };
 

@@ -192,9 +192,13 @@ Matrix3d Entity::blockTransform() const {
     const Vector3d dir = g.vector(11, {1, 0, 0});
     rotation = std::atan2(dir.y, dir.x);
   }
+  // A table's own part reuses 40 and 41 for its cell margins: its scale is read in its block reference part.
+  auto scale = [&](int code) {
+    const StoredTag* t = isKindOf(DbClass::Table) ? g.findIn("AcDbBlockReference", code) : g.find(code);
+    return t ? (t->type == TagType::Real ? t->real : static_cast<double>(t->integer)) : 1.0;
+  };
   return ocsToWcs(g.normal()) * Matrix3d::translation(insert.asVector()) * Matrix3d::rotationZ(rotation) *
-         Matrix3d::scaling(g.real(41, 1.0), g.real(42, 1.0), g.real(43, 1.0)) *
-         Matrix3d::translation(-origin.asVector());
+         Matrix3d::scaling(scale(41), scale(42), scale(43)) * Matrix3d::translation(-origin.asVector());
 }
 
 std::vector<ObjectId> Entity::attributes() const {

@@ -1,0 +1,28 @@
+// Attributes: keyed by their position; compared on the lock and multiline flags and their text.
+#include "comparers/CVkAcDbAttribute.h"
+
+#include "comparers/CapturesText.h"
+
+namespace {
+
+using platform::Accessor;
+
+void attributeKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self,
+                  KeyTexts& out) {
+  const platform::Point3d p = load.transform(e.point(Accessor::position));  // AcDbText::position
+  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
+  out.zText = platform::fmt("%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
+  out.textStyle = textStyleText(e);  // AcDbText::textStyle
+}
+
+const DetailProperty kDetails[] = {
+    {"锁定情况不一样,", capture::int1<Accessor::lockPositionInBlock>},   // AcDbAttribute::lockPositionInBlock
+    {"多行文本显示不一样,", capture::int1<Accessor::isMTextAttribute>},  // AcDbAttribute::isMTextAttribute
+    {"文本内容不一样,", capture::text<Accessor::textString>},            // AcDbAttribute::textString
+};
+
+const ComparerTraits kTraits{attributeKey, kDetails};
+
+}  // namespace
+
+CVkAcDbAttribute::CVkAcDbAttribute() : CVkDetailedEntity(kTraits) {}

@@ -1,0 +1,122 @@
+// Tables: keyed by their insertion point; compared on rotation, scale, block, size, and cell by cell.
+#include "comparers/CVkAcDbTable.h"
+
+#include <cmath>
+#include <numeric>
+#include <typeinfo>
+
+#include "platform/text.h"
+
+namespace {
+
+using platform::Accessor;
+
+// Tables of the host stay far below this many cells; larger counts come from damaged drawings, whose cells
+// are not listed.
+constexpr long long kMaxCells = 1 << 20;
+
+double at(const std::vector<double>& values, std::size_t i) { return i < values.size() ? values[i] : 0.0; }
+
+}  // namespace
+
+void CVkAcDbTable::load(const platform::Entity& entity, platform::Matrix3d transform) {
+  CVkAcadEntityBase::load(entity, transform);
+  const platform::Point3d p = transform.transform(entity.point(Accessor::position));  // AcDbTable::position
+  setFullKey(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
+  setZText(platform::fmt("%.2f", p.z));
+  if (isCompared(kCodeDetails)) loadDetail(entity, transform);
+}
+
+void CVkAcDbTable::loadDetail(const platform::Entity& entity, platform::Matrix3d) {
+  // AcDbBlockReference::rotation: the angle of the table's direction (AcDbTable::direction).
+  const platform::Vector3d direction = entity.vector(Accessor::direction);
+  rotationText_ = platform::fmt("%.2f", std::atan2(direction.y, direction.x));
+  // AcDbBlockReference::scaleFactors: the lengths of the block transform's axes.
+  const platform::Matrix3d block = entity.blockTransform();
+  const double sx = block.transform(platform::Vector3d(1, 0, 0)).length();
+  const double sy = block.transform(platform::Vector3d(0, 1, 0)).length();
+  const double sz = block.transform(platform::Vector3d(0, 0, 1)).length();
+  scaleText_ = platform::fmt("%.2f,%.2f,%.2f", sx, sy, sz);
+  // The name of the table's block table record (AcDbBlockReference::blockTableRecord).
+  const platform::BlockRecord record = entity.database().blockRecord(entity.blockTableRecord());
+  blockNameText_ = record ? std::string(record.name()) : std::string();
+  rows_ = static_cast<int>(entity.integer(Accessor::numRows));        // AcDbTable::numRows
+  columns_ = static_cast<int>(entity.integer(Accessor::numColumns));  // AcDbTable::numColumns
+  rowsText_ = platform::fmt("%d", rows_);
+  columnsText_ = platform::fmt("%d", columns_);
+  // Six table-wide integers: flow direction (AcDbTable::flowDirection), then the value, override and
+  // border colour, lineweight and visibility override flag words. Captured for the record; no message
+  // compares them.
+  const std::vector<double> flags = entity.reals(Accessor::tableFlags);
+  tableText_ =
+      platform::fmt("%d,%d,%d,%d,%d,%d", entity.integer(Accessor::flowDirection), static_cast<long long>(at(flags, 0)),
+                    static_cast<long long>(at(flags, 1)), static_cast<long long>(at(flags, 2)),
+                    static_cast<long long>(at(flags, 3)), static_cast<long long>(at(flags, 4)));
+  // AcDbTable::width and height: the sums of the column widths and of the row heights.
+  const std::vector<double> widths = entity.reals(Accessor::columnWidths);  // AcDbTable::columnWidth
+  const std::vector<double> heights = entity.reals(Accessor::rowHeights);   // AcDbTable::rowHeight
+  widthText_ = platform::fmt("%.2f", std::accumulate(widths.begin(), widths.end(), 0.0));
+  heightText_ = platform::fmt("%.2f", std::accumulate(heights.begin(), heights.end(), 0.0));
+  // The cells, row by row: the width of their column, the height of their row, their content and date.
+  const std::vector<std::string> texts = entity.texts(Accessor::cellTexts);  // AcDbTable::textString
+  const std::vector<std::string> dates = entity.texts(Accessor::cellDates);  // the cell value's date
+  cells_.clear();
+  const long long cellCount = static_cast<long long>(rows_) * columns_;
+  if (rows_ <= 0 || columns_ <= 0 || cellCount > kMaxCells) return;
+  cells_.reserve(static_cast<std::size_t>(cellCount));
+  for (int r = 0; r < rows_; ++r)
+    for (int c = 0; c < columns_; ++c) {
+      const std::size_t i =
+          static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(c);
+      Cell cell;
+      cell.row = r;
+      cell.column = c;
+      cell.widthText = platform::fmt("%.2f", at(widths, static_cast<std::size_t>(c)));
+      cell.heightText = platform::fmt("%.2f", at(heights, static_cast<std::size_t>(r)));
+      cell.outerCellText = i < texts.size() ? texts[i] : std::string();
+      cell.dateText = i < dates.size() ? dates[i] : std::string();
+      cells_.push_back(std::move(cell));
+    }
+}
+
+std::unique_ptr<CDiffType> CVkAcDbTable::compare(const CVkAcadEntityBase& other) {
+  extraMessage_.clear();
+  auto record = CVkAcadEntityBase::compare(other);
+  if (!isCompared(kCodeDetails)) {
+    record->text = message_;
+    return record;
+  }
+  // Entities of other classes meet a table only when their key digests collide: every text then differs.
+  static const CVkAcDbTable kNothing;
+  const CVkAcDbTable& o = typeid(other) == typeid(*this) ? static_cast<const CVkAcDbTable&>(other) : kNothing;
+  struct TableText {
+    const std::string CVkAcDbTable::*text;
+    const char* message;
+  };
+  static constexpr TableText kTexts[] = {
+      {&CVkAcDbTable::rotationText_, "旋转角度不一样,"},        {&CVkAcDbTable::scaleText_, "比例因子不一样,"},
+      {&CVkAcDbTable::blockNameText_, "块表记录的名字不一样,"}, {&CVkAcDbTable::rowsText_, "表中的行数不一样,"},
+      {&CVkAcDbTable::columnsText_, "表中的列数不一样,"},       {&CVkAcDbTable::widthText_, "表的宽度不一样,"},
+      {&CVkAcDbTable::heightText_, "表的高度不一样,"},
+  };
+  const bool same = &o != &kNothing;
+  for (const TableText& t : kTexts)
+    if (!same || this->*t.text != o.*t.text) extraMessage_ += t.message;
+  if (cells_.size() != o.cells_.size()) {
+    extraMessage_ += "单元格数量不一样,";
+  } else {
+    // Every cell's position is listed, differing or not: the listing is the table's cell-by-cell report.
+    // The cells are stored row by row, so index i is this table's row r and column c.
+    for (std::size_t i = 0; i < cells_.size(); ++i) {
+      const Cell& mine = cells_[i];
+      const Cell& theirs = o.cells_[i];
+      platform::formatTo(extraMessage_, "第%d行,第%d列:", {mine.row, mine.column});
+      if (mine.heightText != theirs.heightText) extraMessage_ += "单元格的高度不一样,";
+      if (mine.widthText != theirs.widthText) extraMessage_ += "单元格的宽度不一样,";
+      if (mine.outerCellText != theirs.outerCellText) extraMessage_ += "外部单元格不一样,";
+      if (mine.dateText != theirs.dateText) extraMessage_ += "日期不一样,";
+    }
+  }
+  record->text = message_ + extraMessage_;
+  return record;
+}
