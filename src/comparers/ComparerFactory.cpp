@@ -1,41 +1,54 @@
 // The factory table and its last rule.
 #include "comparers/ComparerFactory.h"
 
+#include "comparers/CVkAcDb2dPolyline.h"
+#include "comparers/CVkAcDb2dVertex.h"
 #include "comparers/CVkAcDb3PointAngularDimension.h"
+#include "comparers/CVkAcDb3dPolylineVertex.h"
 #include "comparers/CVkAcDb3dSolid.h"
 #include "comparers/CVkAcDbAlignedDimension.h"
+#include "comparers/CVkAcDbArc.h"
 #include "comparers/CVkAcDbAttribute.h"
 #include "comparers/CVkAcDbAttributeDefinition.h"
 #include "comparers/CVkAcDbBlockReference.h"
 #include "comparers/CVkAcDbBody.h"
+#include "comparers/CVkAcDbCircle.h"
 #include "comparers/CVkAcDbDiametricDimension.h"
 #include "comparers/CVkAcDbDimension.h"
+#include "comparers/CVkAcDbEllipse.h"
 #include "comparers/CVkAcDbExtrudedSurface.h"
 #include "comparers/CVkAcDbFace.h"
 #include "comparers/CVkAcDbFcf.h"
 #include "comparers/CVkAcDbHatch.h"
+#include "comparers/CVkAcDbHelix.h"
 #include "comparers/CVkAcDbLeader.h"
 #include "comparers/CVkAcDbLight.h"
 #include "comparers/CVkAcDbLine.h"
 #include "comparers/CVkAcDbLoftedSurface.h"
 #include "comparers/CVkAcDbMText.h"
+#include "comparers/CVkAcDbMline.h"
 #include "comparers/CVkAcDbOle2Frame.h"
 #include "comparers/CVkAcDbOleFrame.h"
 #include "comparers/CVkAcDbOrdinateDimension.h"
 #include "comparers/CVkAcDbPlaneSurface.h"
+#include "comparers/CVkAcDbPoint.h"
+#include "comparers/CVkAcDbPolyline.h"
 #include "comparers/CVkAcDbRadialDimension.h"
 #include "comparers/CVkAcDbRasterImage.h"
+#include "comparers/CVkAcDbRay.h"
 #include "comparers/CVkAcDbRegion.h"
 #include "comparers/CVkAcDbRevolvedSurface.h"
 #include "comparers/CVkAcDbSection.h"
 #include "comparers/CVkAcDbShape.h"
 #include "comparers/CVkAcDbSolidOrTrace.h"
+#include "comparers/CVkAcDbSpline.h"
 #include "comparers/CVkAcDbSubDMesh.h"
 #include "comparers/CVkAcDbSweptSurface.h"
 #include "comparers/CVkAcDbTable.h"
 #include "comparers/CVkAcDbText.h"
 #include "comparers/CVkAcDbUnderlayReference.h"
 #include "comparers/CVkAcDbViewport.h"
+#include "comparers/CVkAcDbXline.h"
 #include "comparers/CVkCustomEntity.h"
 
 namespace {
@@ -53,12 +66,12 @@ std::unique_ptr<CVkAcadEntityBase> make() {
 constexpr FactoryRow kRows[] = {
     {1, DbClass::Face, "CVkAcDbFace", FactoryRule::Class, make<CVkAcDbFace>},
     {2, DbClass::Solid3d, "CVkAcDb3dSolid", FactoryRule::Class, make<CVkAcDb3dSolid>},
-    {3, DbClass::Arc, "CVkAcDbArc", FactoryRule::Class, nullptr},
+    {3, DbClass::Arc, "CVkAcDbArc", FactoryRule::Class, make<CVkAcDbArc>},
     {4, DbClass::AttributeDefinition, "CVkAcDbAttributeDefinition", FactoryRule::Class,
      make<CVkAcDbAttributeDefinition>},
     {5, DbClass::Attribute, "CVkAcDbAttribute", FactoryRule::Class, make<CVkAcDbAttribute>},
     {6, DbClass::Body, "CVkAcDbBody", FactoryRule::Class, make<CVkAcDbBody>},
-    {7, DbClass::Circle, "CVkAcDbCircle", FactoryRule::Class, nullptr},
+    {7, DbClass::Circle, "CVkAcDbCircle", FactoryRule::Class, make<CVkAcDbCircle>},
     {8, DbClass::Dimension, "CVkAcDbDimension", FactoryRule::Class, make<CVkAcDbDimension>},
     {9, DbClass::AlignedDimension, "CVkAcDbAlignedDimension", FactoryRule::Class, make<CVkAcDbAlignedDimension>},
     {10, DbClass::RadialDimension, "CVkAcDbRadialDimension", FactoryRule::Class, make<CVkAcDbRadialDimension>},
@@ -66,23 +79,23 @@ constexpr FactoryRow kRows[] = {
     {12, DbClass::ThreePointAngularDimension, "CVkAcDb3PointAngularDimension", FactoryRule::Class,
      make<CVkAcDb3PointAngularDimension>},
     {13, DbClass::OrdinateDimension, "CVkAcDbOrdinateDimension", FactoryRule::Class, make<CVkAcDbOrdinateDimension>},
-    {14, DbClass::Ellipse, "CVkAcDbEllipse", FactoryRule::Class, nullptr},
+    {14, DbClass::Ellipse, "CVkAcDbEllipse", FactoryRule::Class, make<CVkAcDbEllipse>},
     {15, DbClass::Hatch, "CVkAcDbHatch", FactoryRule::Class, make<CVkAcDbHatch>},
-    {16, DbClass::Helix, "CVkAcDbHelix", FactoryRule::Class, nullptr},
+    {16, DbClass::Helix, "CVkAcDbHelix", FactoryRule::Class, make<CVkAcDbHelix>},
     {17, DbClass::RasterImage, "CVkAcDbRasterImage", FactoryRule::Class, make<CVkAcDbRasterImage>},
     {18, DbClass::Leader, "CVkAcDbLeader", FactoryRule::Class, make<CVkAcDbLeader>},
     {19, DbClass::Line, "CVkAcDbLine", FactoryRule::Class, make<CVkAcDbLine>},
-    {20, DbClass::Polyline, "CVkAcDbPolyline", FactoryRule::Class, nullptr},
-    {21, DbClass::Mline, "CVkAcDbMline", FactoryRule::Class, nullptr},
+    {20, DbClass::Polyline, "CVkAcDbPolyline", FactoryRule::Class, make<CVkAcDbPolyline>},
+    {21, DbClass::Mline, "CVkAcDbMline", FactoryRule::Class, make<CVkAcDbMline>},
     {22, DbClass::MText, "CVkAcDbMText", FactoryRule::Class, make<CVkAcDbMText>},
     {23, DbClass::OleFrame, "CVkAcDbOleFrame", FactoryRule::Class, make<CVkAcDbOleFrame>},
     {24, DbClass::Ole2Frame, "CVkAcDbOle2Frame", FactoryRule::Class, make<CVkAcDbOle2Frame>},
-    {25, DbClass::Point, "CVkAcDbPoint", FactoryRule::Class, nullptr},
-    {26, DbClass::Polyline2d, "CVkAcDb2dPolyline", FactoryRule::Class, nullptr},
-    {27, DbClass::Ray, "CVkAcDbRay", FactoryRule::Class, nullptr},
+    {25, DbClass::Point, "CVkAcDbPoint", FactoryRule::Class, make<CVkAcDbPoint>},
+    {26, DbClass::Polyline2d, "CVkAcDb2dPolyline", FactoryRule::Class, make<CVkAcDb2dPolyline>},
+    {27, DbClass::Ray, "CVkAcDbRay", FactoryRule::Class, make<CVkAcDbRay>},
     {28, DbClass::Section, "CVkAcDbSection", FactoryRule::Class, make<CVkAcDbSection>},
     {29, DbClass::Shape, "CVkAcDbShape", FactoryRule::Class, make<CVkAcDbShape>},
-    {30, DbClass::Spline, "CVkAcDbSpline", FactoryRule::Class, nullptr},
+    {30, DbClass::Spline, "CVkAcDbSpline", FactoryRule::Class, make<CVkAcDbSpline>},
     {31, DbClass::SubDMesh, "CVkAcDbSubDMesh", FactoryRule::Class, make<CVkAcDbSubDMesh>},
     // The surface row picks the comparer of the surface's kind; its make only marks it as built.
     {32, DbClass::Surface, "CVkAcDbExtrudedSurface, CVkAcDbLoftedSurface, CVkAcDbRevolvedSurface, CVkAcDbSweptSurface, "
@@ -90,10 +103,10 @@ constexpr FactoryRow kRows[] = {
     {33, DbClass::Text, "CVkAcDbText", FactoryRule::Class, make<CVkAcDbText>},
     {34, DbClass::Fcf, "CVkAcDbFcf", FactoryRule::Class, make<CVkAcDbFcf>},
     {35, DbClass::UnderlayReference, "CVkAcDbUnderlayReference", FactoryRule::Class, make<CVkAcDbUnderlayReference>},
-    {36, DbClass::Vertex2d, "CVkAcDb2dVertex", FactoryRule::Class, nullptr},
-    {37, DbClass::Polyline3dVertex, "CVkAcDb3dPolylineVertex", FactoryRule::Class, nullptr},
+    {36, DbClass::Vertex2d, "CVkAcDb2dVertex", FactoryRule::Class, make<CVkAcDb2dVertex>},
+    {37, DbClass::Polyline3dVertex, "CVkAcDb3dPolylineVertex", FactoryRule::Class, make<CVkAcDb3dPolylineVertex>},
     {38, DbClass::Viewport, "CVkAcDbViewport", FactoryRule::Class, make<CVkAcDbViewport>},
-    {39, DbClass::Xline, "CVkAcDbXline", FactoryRule::Class, nullptr},
+    {39, DbClass::Xline, "CVkAcDbXline", FactoryRule::Class, make<CVkAcDbXline>},
     {40, DbClass::Table, "CVkAcDbTable", FactoryRule::Class, make<CVkAcDbTable>},
     {41, DbClass::BlockReference, "CVkAcDbBlockReference", FactoryRule::BlockReference, make<CVkAcDbBlockReference>},
 };

@@ -1,0 +1,9 @@
+// Comparer of arcs.
+#pragma once
+
+#include "comparers/CVkDetailedEntity.h"
+
+class CVkAcDbArc final : public CVkDetailedEntity {
+ public:
+  CVkAcDbArc();
+};

@@ -1,0 +1,9 @@
+// Comparer of helices.
+#pragma once
+
+#include "comparers/CVkDetailedEntity.h"
+
+class CVkAcDbHelix final : public CVkDetailedEntity {
+ public:
+  CVkAcDbHelix();
+};

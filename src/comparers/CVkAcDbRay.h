@@ -1,0 +1,9 @@
+// Comparer of rays.
+#pragma once
+
+#include "comparers/CVkDetailedEntity.h"
+
+class CVkAcDbRay final : public CVkDetailedEntity {
+ public:
+  CVkAcDbRay();
+};
