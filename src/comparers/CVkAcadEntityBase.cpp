@@ -81,7 +81,17 @@ std::string_view typeDisplayName(std::string_view dxfName) {
 
 std::string keyDigest(std::string_view text) {
   std::uint32_t h = 0;
-  for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
+  const auto isAscii = [](std::string_view s) {
+    for (char c : s)
+      if (static_cast<unsigned char>(c) >= 0x80) return false;
+    return true;
+  };
+  // Keys are nearly always ASCII, whose bytes are their UTF-16 code units.
+  if (isAscii(text)) {
+    for (char c : text) h = h * 131u + static_cast<unsigned char>(c);
+  } else {
+    for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
+  }
   return fmt("%d", static_cast<long long>(h & 0x7FFFFFFFu));
 }
 
@@ -118,12 +128,12 @@ void CVkAcadEntityBase::setFullKey(std::string fullKey) {
 void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) {
   // The DXF name is group 0 of the entity's group list.
   dxfName_ = std::string(entity.dxfName());
-  description_ = std::string(typeDisplayName(dxfName_));
-  message_ = description_;
+  // The message is set to the description by every compare, which is where it is read.
+  description_ = typeDisplayName(dxfName_);
   layerText_ = std::string(entity.layer());
 
   static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
-  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(layerText_) : kNoLayerContext;
+  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(entity.layerId(), layerText_) : kNoLayerContext;
 
   const int color = entity.colorIndex();
   if (color == 256) colorText_ = layer.colorText;
@@ -156,7 +166,7 @@ void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) 
 std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& other) {
   auto record = std::make_unique<CDiffType>();
   record->setExtents(placedExtents_);
-  message_ = description_;
+  message_.assign(description_);
   struct Common {
     const std::string CVkAcadEntityBase::*text;
     int code;

@@ -26,7 +26,7 @@ class CVkAcadEntityBase {
   // Captures the type-specific detail texts; nothing in the base.
   virtual void loadDetail(const platform::Entity& entity, platform::Matrix3d transform);
 
-  const std::string& description() const { return description_; }
+  std::string_view description() const { return description_; }
   const std::string& keyText() const { return keyText_; }
   const std::string& fullKey() const { return fullKey_; }
   const std::string& dxfName() const { return dxfName_; }
@@ -74,7 +74,7 @@ class CVkAcadEntityBase {
   const void* readerContext() const { return readerContext_; }
   const CLayerContext* layerContext() const { return layerContext_; }
 
-  std::string description_;
+  std::string_view description_;  // a display name of the static table
   std::string message_;
 
  private:

@@ -16,10 +16,12 @@ struct CLayerTexts {
 class CLayerContext {
  public:
   explicit CLayerContext(const platform::Database& db);
-  // The texts of a layer by name; a layer the drawing lacks answers with the host's defaults.
-  const CLayerTexts& lookup(std::string_view layerName) const;
+  // The texts of a layer by its id (its name where the id is unknown); a layer the drawing lacks answers
+  // with the host's defaults.
+  const CLayerTexts& lookup(platform::ObjectId layerId, std::string_view layerName) const;
 
  private:
+  std::unordered_map<std::uint64_t, const CLayerTexts*> byId_;
   std::unordered_map<std::string, CLayerTexts> byName_;  // upper-cased layer name -> texts
   CLayerTexts defaults_;
 };

@@ -24,7 +24,7 @@ struct Pairing {
     for (const auto& [key, e] : map) {
       if (handled(*e)) continue;
       auto record = std::make_unique<CDiffType>();
-      record->text = e->description() + suffix;
+      record->text.assign(e->description()).append(suffix);
       record->setExtents(e->placedExtents());
       record->kind = kind;
       records.push_back(std::move(record));
@@ -37,6 +37,9 @@ struct Pairing {
 void PairEntityMaps(EntityMap& src, EntityMap& dst, std::vector<std::unique_ptr<CDiffType>>& records,
                     std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds) {
   Pairing p{records, sourceIds, destinationIds};
+  // Both collections are ordered by key: the source's range of each key is found by walking the source
+  // alongside the destination instead of searching it.
+  auto srcNext = src.begin();
   for (auto node = dst.begin(); node != dst.end();) {
     const std::string& key = node->first;
     // Only destination entities are tested for an empty key: such an entity is never compared.
@@ -44,8 +47,13 @@ void PairEntityMaps(EntityMap& src, EntityMap& dst, std::vector<std::unique_ptr<
       ++node;
       continue;
     }
-    const auto [srcBegin, srcEnd] = src.equal_range(key);
-    const auto [dstBegin, dstEnd] = dst.equal_range(key);
+    auto dstBegin = node, dstEnd = node;
+    while (dstBegin != dst.begin() && std::prev(dstBegin)->first == key) --dstBegin;
+    while (dstEnd != dst.end() && dstEnd->first == key) ++dstEnd;
+    while (srcNext != src.end() && srcNext->first < key) ++srcNext;
+    const auto srcBegin = srcNext;
+    auto srcEnd = srcBegin;
+    while (srcEnd != src.end() && srcEnd->first == key) ++srcEnd;
     const bool oneSource = srcBegin != srcEnd && std::next(srcBegin) == srcEnd;
     const bool oneDestination = std::next(dstBegin) == dstEnd;
     if (oneSource && oneDestination) {

@@ -86,6 +86,10 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
   record.baseMatrix = platform::Matrix3d::translation({-b.x, -b.y, -b.z});
   record.combinedMatrix = record.baseMatrix * record.placementMatrix;
 
+  // Comparers are gathered first and filed at the end in key order: a stable sort keeps the reading order of
+  // equal keys, and filing in order lets each insertion go straight to the end of the map.
+  std::vector<std::pair<std::string, std::unique_ptr<CVkAcadEntityBase>>> filed;
+  filed.reserve(ids.size());
   int position = 0;
   for (const platform::ObjectId id : ids) {
     platform::setStatusBarProgressMeterPos(position++);
@@ -109,9 +113,11 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
       record.outsideSet.push_back(entity.handle());
       continue;
     }
-    const std::string key = comparer->keyText();
-    record.entityMap.emplace(key, std::move(comparer));
+    std::string key = comparer->keyText();
+    filed.emplace_back(std::move(key), std::move(comparer));
   }
+  std::stable_sort(filed.begin(), filed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (auto& [key, comparer] : filed) record.entityMap.emplace_hint(record.entityMap.end(), std::move(key), std::move(comparer));
   platform::restoreStatusBar();
   record.namesBeingRead.clear();
 }

@@ -14,13 +14,13 @@ namespace {
 class FakeComparer : public CVkAcadEntityBase {
  public:
   FakeComparer(std::string key, std::string color, std::string name, platform::Extents3d ext)
-      : key_(std::move(key)), color_(std::move(color)), ext_(ext) {
-    description_ = name + " ";
+      : key_(std::move(key)), color_(std::move(color)), name_(name + " "), ext_(ext) {
+    description_ = name_;
   }
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override {
     auto r = std::make_unique<CDiffType>();
     r->setExtents(ext_);
-    r->text = description_;
+    r->text = name_;
     if (static_cast<const FakeComparer&>(other).color_ != color_) r->text += "颜色不相同,";
     return r;
   }
@@ -28,7 +28,7 @@ class FakeComparer : public CVkAcadEntityBase {
   const platform::Extents3d& ext() const { return ext_; }
 
  private:
-  std::string key_, color_;
+  std::string key_, color_, name_;
   platform::Extents3d ext_;
 };
 
