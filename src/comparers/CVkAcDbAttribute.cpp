@@ -3,17 +3,17 @@
 
 #include "comparers/CapturesText.h"
 
-namespace {
-
-using platform::Accessor;
-
 void attributeKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self,
                   KeyTexts& out) {
-  const platform::Point3d p = load.transform(e.point(Accessor::position));  // AcDbText::position
+  const platform::Point3d p = load.transform(e.point(platform::Accessor::position));  // AcDbText::position
   out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
   out.zText = platform::fmt("%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbText::textStyle
 }
+
+namespace {
+
+using platform::Accessor;
 
 const DetailProperty kDetails[] = {
     {"锁定情况不一样,", capture::int1<Accessor::lockPositionInBlock>},   // AcDbAttribute::lockPositionInBlock

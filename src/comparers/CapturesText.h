@@ -36,6 +36,11 @@ std::string lastPoint2Spaced(const Entity& e, const Matrix3d& load) {
 
 }  // namespace capture
 
+// The key of attributes and attribute definitions: the DXF name and the position (x, y) after the load
+// transform; Z text of the position and the extents; the text style.
+void attributeKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self,
+                  KeyTexts& out);
+
 // The eight detail properties of every dimension, in their order.
 inline constexpr std::array<DetailProperty, 8> kDimensionDetails{{
     {"用户提供尺寸标注的文本字符串不一样,",

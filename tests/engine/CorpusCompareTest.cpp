@@ -14,38 +14,18 @@
 
 namespace {
 
-std::vector<std::string> corpusDrawings(const std::string& under = "") {
-  std::vector<std::string> out;
-  const std::string root = vktest::corpusDir();
-  if (root.empty()) return out;
-  for (const auto& e : std::filesystem::recursive_directory_iterator(root + under)) {
-    const std::string p = e.path().string();
-    if (e.is_regular_file() && platform::equalsIgnoreCase(e.path().extension().string(), ".dxf") &&
-        p.find("/malformed/") == std::string::npos)
-      out.push_back(p);
-  }
-  std::sort(out.begin(), out.end());
-  return out;
-}
-
 struct CorpusFixture : ::testing::Test {
   vktest::TempDir dir;
   void SetUp() override {
     if (vktest::corpusDir().empty()) GTEST_SKIP() << "the shared drawing corpus is not present";
-    vktest::isolateSettings();
-    vktest::quietConsole();
-    LogFolder() = dir.path();
-    ExcludedLayers().clear();
-    CCompareConfigFile& s = CCompareConfigFile::instance();
-    s.SetCompareFlags(1, 1, 1, 1, 1, 1, 1);
-    s.WriteSettings();
+    vktest::prepareSilentRuns(dir.path());
   }
 };
 
 }  // namespace
 
 TEST_F(CorpusFixture, EveryDrawingEqualsItself) {
-  for (const std::string& path : corpusDrawings()) {
+  for (const std::string& path : vktest::corpusDxfFiles()) {
     RunSilentCompare(path, path);
     const RunOutcome outcome = CComparisonState::instance().lastOutcome;
     headless::Console::instance().reset();
@@ -64,7 +44,7 @@ TEST_F(CorpusFixture, EveryDrawingEqualsItself) {
 }
 
 TEST_F(CorpusFixture, EveryPairComparesWithoutTrouble) {
-  const auto pairs = corpusDrawings("/pairs");
+  const auto pairs = vktest::corpusDxfFiles("/pairs");
   for (std::size_t i = 0; i + 1 < pairs.size(); ++i) {
     const auto folder = std::filesystem::path(pairs[i]).parent_path();
     if (std::filesystem::path(pairs[i + 1]).parent_path() != folder) continue;

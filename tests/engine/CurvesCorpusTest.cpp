@@ -120,13 +120,7 @@ struct CurvesCorpusFixture : ::testing::Test {
   vktest::TempDir dir;
   void SetUp() override {
     if (vktest::corpusDir().empty()) GTEST_SKIP() << "the shared drawing corpus is not present";
-    vktest::isolateSettings();
-    vktest::quietConsole();
-    LogFolder() = dir.path();
-    ExcludedLayers().clear();
-    CCompareConfigFile& s = CCompareConfigFile::instance();
-    s.SetCompareFlags(1, 1, 1, 1, 1, 1, 1);
-    s.WriteSettings();
+    vktest::prepareSilentRuns(dir.path());
   }
 };
 

@@ -23,16 +23,8 @@ const std::string kBase =
 struct SilentFixture : ::testing::Test {
   vktest::TempDir dir;
   void SetUp() override {
-    vktest::isolateSettings();
-    vktest::quietConsole();
-    LogFolder() = dir.path();
-    ExcludedLayers().clear();
     // Every property compared, as for a fresh user.
-    CCompareConfigFile& s = CCompareConfigFile::instance();
-    s.SetCompareFlags(1, 1, 1, 1, 1, 1, 1);
-    s.SetExterEntity(1);
-    s.SetLayerScope(kLayerScopeAll);
-    s.WriteSettings();
+    vktest::prepareSilentRuns(dir.path());
   }
   std::string drawing(const std::string& name, const std::string& entities, const std::string& header = "") {
     vktest::writeFile(dir.file(name), vktest::dxfDrawing(entities, "AC1015", header));

@@ -18,20 +18,6 @@ bool isAnnotation(std::string_view dxfName) {
   return false;
 }
 
-std::vector<std::string> corpusDrawings() {
-  std::vector<std::string> out;
-  const std::string root = vktest::corpusDir();
-  if (root.empty()) return out;
-  for (const auto& e : std::filesystem::recursive_directory_iterator(root)) {
-    const std::string p = e.path().string();
-    if (e.is_regular_file() && platform::equalsIgnoreCase(e.path().extension().string(), ".dxf") &&
-        p.find("/malformed/") == std::string::npos)
-      out.push_back(p);
-  }
-  std::sort(out.begin(), out.end());
-  return out;
-}
-
 // A drawing with a comparer for every annotation entity of every block record and every attribute, in
 // storage order (so two readings of one file line up).
 struct Annotations {
@@ -136,7 +122,7 @@ struct TextCorpusFixture : ::testing::Test {
 
 TEST_F(TextCorpusFixture, EveryAnnotationEqualsItself) {
   std::size_t compared = 0;
-  for (const std::string& path : corpusDrawings()) {
+  for (const std::string& path : vktest::corpusDxfFiles()) {
     const Annotations a = loadAnnotations(path, all);
     const Annotations b = loadAnnotations(path, all);
     if (!a.db) continue;  // unreadable drawings are the reader's tests' business
@@ -159,7 +145,7 @@ TEST_F(TextCorpusFixture, OneChangedPropertyGivesExactlyItsMessage) {
   };
   vktest::TempDir dir;
   std::size_t edits = 0;
-  for (const std::string& path : corpusDrawings()) {
+  for (const std::string& path : vktest::corpusDxfFiles()) {
     const std::string dxf = vktest::readFile(path);
     if (dxf.starts_with("AutoCAD Binary DXF")) continue;
     const Annotations original = loadAnnotations(path, all);

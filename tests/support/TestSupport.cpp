@@ -1,6 +1,7 @@
 // Helpers shared by the test suites.
 #include "support/TestSupport.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -9,7 +10,11 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/CompareLog.h"
+#include "engine/DrawingRecord.h"
 #include "platform/headless/console.h"
+#include "platform/text.h"
+#include "ui/CompareConfigFile.h"
 
 namespace vktest {
 
@@ -69,6 +74,32 @@ const std::string& isolateSettings() {
     return d;
   }();
   return dir->path();
+}
+
+std::vector<std::string> corpusDxfFiles(std::string_view under, bool withMalformed) {
+  std::vector<std::string> out;
+  const std::string root = corpusDir();
+  if (root.empty() || !std::filesystem::is_directory(root + std::string(under))) return out;
+  for (const auto& e : std::filesystem::recursive_directory_iterator(root + std::string(under))) {
+    const std::string p = e.path().string();
+    if (e.is_regular_file() && platform::equalsIgnoreCase(e.path().extension().string(), ".dxf") &&
+        (withMalformed || p.find("/malformed/") == std::string::npos))
+      out.push_back(p);
+  }
+  std::sort(out.begin(), out.end());
+  return out;
+}
+
+void prepareSilentRuns(const std::string& logFolder) {
+  isolateSettings();
+  quietConsole();
+  LogFolder() = logFolder;
+  ExcludedLayers().clear();
+  CCompareConfigFile& s = CCompareConfigFile::instance();
+  s.SetCompareFlags(1, 1, 1, 1, 1, 1, 1);
+  s.SetExterEntity(1);
+  s.SetLayerScope(kLayerScopeAll);
+  s.WriteSettings();
 }
 
 void quietConsole() {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/database.h"
 
@@ -50,6 +51,14 @@ const std::string& isolateSettings();
 
 // Silences the headless console and forgets what it recorded.
 void quietConsole();
+
+// The DXF files of the shared corpus below a subfolder ("/pairs"), sorted; the damaged ones under malformed/
+// only when asked. Empty when the corpus is absent.
+std::vector<std::string> corpusDxfFiles(std::string_view under = "", bool withMalformed = false);
+
+// Prepares the process for silent runs: settings of its own with every property compared, no excluded
+// layer, a quiet console, and the logs in logFolder.
+void prepareSilentRuns(const std::string& logFolder);
 
 // DXF text from groups written on one line, separated by '|': "0|LINE|8|0|10|1.0|..." (values keep their
 // spaces; use this for small fixtures written in the tests).

@@ -42,25 +42,20 @@ const StoredTag* findOwn(const EntityView& e, int code, std::string_view subclas
   const Groups& g = e.g;
   const StoredTag* anywhere = nullptr;
   const StoredTag* inside = nullptr;
-  bool markers = false, inSubclass = false;
-  int depth = 0;
-  for (std::uint32_t i = 0; i < g.ownCount(); ++i) {
+  bool markers = false;
+  g.visitOwn([&](std::uint32_t i, std::string_view current) {
     const StoredTag& t = g.at(i);
-    if (t.code == 101) break;
-    if (t.code == 102) {
-      depth += g.textAt(i).starts_with("{") ? 1 : -1;
-      continue;
-    }
-    if (depth > 0) continue;
+    if (t.code == 101) return false;
     if (t.code == 100) {
       markers = true;
-      inSubclass = g.textAt(i) == subclass;
-      continue;
+      return true;
     }
-    if (t.code != code) continue;
-    if (!anywhere) anywhere = &t;
-    if (inSubclass && !inside) inside = &t;
-  }
+    if (t.code == code) {
+      if (!anywhere) anywhere = &t;
+      if (current == subclass && !inside) inside = &t;
+    }
+    return true;
+  });
   if (subclass.empty() || !markers) return anywhere;
   return inside;
 }
@@ -100,19 +95,12 @@ Point3d ocsPoint(const EntityView& e, int xCode) { return e.toWcs(wcsPoint(e, xC
 std::string chunkedText(const EntityView& e) {
   std::string out;
   const Groups& g = e.g;
-  int depth = 0;
-  for (std::uint32_t i = 0; i < g.ownCount(); ++i) {
-    const StoredTag& t = g.at(i);
-    if (t.code == 101) break;
-    if (t.code == 102) {
-      depth += g.textAt(i).starts_with("{") ? 1 : -1;
-    } else if (depth <= 0 && t.code == 3) {
-      out += g.textAt(i);
-    } else if (depth <= 0 && t.code == 1) {
-      out += g.textAt(i);
-      break;
-    }
-  }
+  g.visitOwn([&](std::uint32_t i, std::string_view) {
+    const int code = g.at(i).code;
+    if (code == 101) return false;
+    if (code == 3 || code == 1) out += g.textAt(i);
+    return code != 1;
+  });
   return out;
 }
 
@@ -120,14 +108,7 @@ std::string chunkedText(const EntityView& e) {
 
 // The table entry (STYLE, DIMSTYLE, ...) of this name, compared without regard to case, or null.
 const ObjectRec* tableEntry(const DatabaseData& d, std::string_view type, std::string_view name) {
-  auto it = d.nameIndex.find(std::string(type));
-  if (it == d.nameIndex.end()) return nullptr;
-  for (const ObjectRec& o : d.objects) {
-    if (o.type != it->second) continue;
-    const StoredTag* n = d.find(o.tagBegin, o.tagCount, 2);
-    if (n && platform::equalsIgnoreCase(d.text(*n), name)) return &o;
-  }
-  return nullptr;
+  return d.tableEntry(type, name);
 }
 
 std::string entryName(const DatabaseData& d, const ObjectRec& o) {

@@ -43,6 +43,14 @@ const ObjectRec* DatabaseData::object(Handle handle) const {
   return &objects[idIndex(it->second)];
 }
 
+const ObjectRec* DatabaseData::tableEntry(std::string_view type, std::string_view name) const {
+  std::string key(type);
+  key += '\x1f';
+  key += toUpperAscii(name);
+  auto it = tableEntries.find(key);
+  return it == tableEntries.end() ? nullptr : &objects[it->second];
+}
+
 // ---- Database ----
 
 Database::Database(std::unique_ptr<DatabaseData> data) : data_(std::move(data)) {}

@@ -100,6 +100,7 @@ struct DatabaseData {
   std::unordered_map<std::string, std::uint32_t> blockIndex;  // upper-cased name -> block record
   std::vector<EntityRec> entities;
   std::vector<ObjectRec> objects;
+  std::unordered_map<std::string, std::uint32_t> tableEntries;  // "TYPE" '\x1f' upper-cased name -> object
   std::unordered_map<Handle, ObjectId> byHandle;
   std::uint32_t modelSpace = 0;
   std::uint32_t paperSpace = 0;
@@ -113,6 +114,8 @@ struct DatabaseData {
   // The first group with this code among [begin, begin + count), or null.
   const StoredTag* find(std::uint32_t begin, std::uint32_t count, int code) const;
   const ObjectRec* object(Handle handle) const;
+  // The table entry (STYLE, DIMSTYLE, ...) of this type and name, the name compared without regard to case.
+  const ObjectRec* tableEntry(std::string_view type, std::string_view name) const;
 };
 
 }  // namespace platform

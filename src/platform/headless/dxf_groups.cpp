@@ -17,16 +17,12 @@ Groups::Groups(const platform::DatabaseData& data, std::uint32_t begin, std::uin
 }
 
 const StoredTag* Groups::find(int code) const {
-  int depth = 0;
-  for (std::uint32_t i = 0; i < own_; ++i) {
-    const StoredTag& t = tags_[i];
-    if (t.code == 102) {
-      depth += data_.text(t).starts_with("{") ? 1 : -1;
-      continue;
-    }
-    if (depth <= 0 && t.code == code) return &t;
-  }
-  return nullptr;
+  const StoredTag* found = nullptr;
+  visitOwn([&](std::uint32_t i, std::string_view) {
+    if (tags_[i].code == code) found = &tags_[i];
+    return found == nullptr;
+  });
+  return found;
 }
 
 const StoredTag* Groups::findIn(std::string_view subclass, int code) const {
@@ -57,22 +53,15 @@ std::string_view Groups::text(int code, std::string_view def) const {
 }
 
 Point3d Groups::point(int xCode, Point3d def) const {
-  int depth = 0;
-  for (std::uint32_t i = 0; i < own_; ++i) {
-    const StoredTag& t = tags_[i];
-    if (t.code == 102) {
-      depth += data_.text(t).starts_with("{") ? 1 : -1;
-      continue;
-    }
-    if (depth > 0 || t.code != xCode) continue;
-    Point3d p{t.real, 0.0, 0.0};
-    if (i + 1 < own_ && tags_[i + 1].code == xCode + 10) {
-      p.y = tags_[i + 1].real;
-      if (i + 2 < own_ && tags_[i + 2].code == xCode + 20) p.z = tags_[i + 2].real;
-    }
-    return p;
+  const StoredTag* x = find(xCode);
+  if (!x) return def;
+  const std::uint32_t i = static_cast<std::uint32_t>(x - tags_);
+  Point3d p{x->real, 0.0, 0.0};
+  if (i + 1 < own_ && tags_[i + 1].code == xCode + 10) {
+    p.y = tags_[i + 1].real;
+    if (i + 2 < own_ && tags_[i + 2].code == xCode + 20) p.z = tags_[i + 2].real;
   }
-  return def;
+  return p;
 }
 
 Vector3d Groups::vector(int xCode, Vector3d def) const {

@@ -42,6 +42,25 @@ class Groups {
   // The number of groups before extension data.
   std::uint32_t ownCount() const { return own_; }
 
+  // Calls visit(i, subclass) for each own group outside application groups ("{ACAD_REACTORS" ... "}"),
+  // with the subclass marker it follows ("" before the first). Markers themselves are visited too. The
+  // visitor returns false to stop.
+  template <typename Visit>
+  void visitOwn(Visit&& visit) const {
+    int depth = 0;
+    std::string_view subclass;
+    for (std::uint32_t i = 0; i < own_; ++i) {
+      const platform::StoredTag& t = tags_[i];
+      if (t.code == 102) {
+        depth += data_.text(t).starts_with("{") ? 1 : -1;
+        continue;
+      }
+      if (depth > 0) continue;
+      if (t.code == 100) subclass = data_.text(t);
+      if (!visit(i, subclass)) return;
+    }
+  }
+
  private:
   const platform::DatabaseData& data_;
   const platform::StoredTag* tags_;

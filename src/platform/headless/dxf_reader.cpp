@@ -350,7 +350,10 @@ bool DxfReader::readTable() {
       o.tagBegin = begin;
       o.tagCount = count;
       db_.objects.push_back(o);
-      if (handle) db_.byHandle.emplace(handle, makeId(IdKind::Object, static_cast<std::uint32_t>(db_.objects.size() - 1)));
+      const auto index = static_cast<std::uint32_t>(db_.objects.size() - 1);
+      if (handle) db_.byHandle.emplace(handle, makeId(IdKind::Object, index));
+      // The first entry of a name is the one the table answers with.
+      db_.tableEntries.emplace(type + '\x1f' + platform::toUpperAscii(name), index);
     }
   }
   return failAtEnd("inside table " + tableName + ": expected 0/ENDTAB");
