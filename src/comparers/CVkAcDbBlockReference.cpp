@@ -24,8 +24,8 @@ std::string blockName(const platform::Entity& e, const platform::Matrix3d&) {
 }
 
 const DetailProperty kDetails[] = {
-    {"旋转角度不一样,", capture::real2<Accessor::blockRotation>},        // AcDbBlockReference::rotation
-    {"比例因子不一样,", capture::vector3<Accessor::blockScaleFactors>},  // AcDbBlockReference::scaleFactors
+    {"旋转角度不相同,", capture::real2<Accessor::blockRotation>},        // AcDbBlockReference::rotation
+    {"比例因子不相同,", capture::vector3<Accessor::blockScaleFactors>},  // AcDbBlockReference::scaleFactors
     {"块名不相同,", blockName},                                         // the block table record's name
 };
 constexpr std::size_t kBlockNameText = 2;

@@ -47,7 +47,7 @@ TEST_F(BlockFixture, OwnMessagesAndKey) {
   EXPECT_EQ(a.comparers[0]->fullKey(), "INSERT,5.00,6.00");
   EXPECT_EQ(a.comparers[0]->zText(), "1.00");
   EXPECT_EQ(reference(a).detailTexts(), (std::vector<std::string>{"1.57", "2.00,1.00,1.00", "B1"}));
-  EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]), "块或参照图元旋转角度不一样,比例因子不一样,块名不相同,");
+  EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]), "块或参照图元旋转角度不相同,比例因子不相同,块名不相同,");
 }
 
 TEST_F(BlockFixture, DifferentBlocksAtOnePointDifferOnlyInTheirName) {
