@@ -342,12 +342,21 @@ TEST(DxfReader, SurvivableOdditiesAreReadWithWarnings) {
   EXPECT_NE(all.find("SEQEND without"), std::string::npos) << all;
   EXPECT_NE(all.find("outside any section"), std::string::npos) << all;
   EXPECT_NE(all.find("after 0/EOF"), std::string::npos) << all;
-  // A file that ends after a complete section but without EOF.
+  // A file of entities alone that ends after a complete section but without EOF.
   ReadReport noEof;
   auto db2 = readDxfText(dir, "noeof.dxf", dxfFromPairs("0|SECTION|2|ENTITIES|0|LINE|8|0|0|ENDSEC"), &noEof);
   ASSERT_TRUE(db2);
-  ASSERT_EQ(noEof.warnings.size(), 1u);
-  EXPECT_NE(noEof.warnings[0].find("without 0/EOF"), std::string::npos);
+  ASSERT_EQ(noEof.warnings.size(), 2u);
+  EXPECT_NE(noEof.warnings[0].find("no HEADER section"), std::string::npos);
+  EXPECT_NE(noEof.warnings[1].find("without 0/EOF"), std::string::npos);
+  // Values a careful reader can survive: an empty handle, a circle without a positive radius.
+  ReadReport odd;
+  auto db3 = readDxfText(dir, "odd2.dxf", dxfDrawing("0|LINE|5||8|0|0|CIRCLE|5|1A|8|0|10|0|20|0|40|-1"), &odd);
+  ASSERT_TRUE(db3);
+  ASSERT_EQ(odd.warnings.size(), 2u);
+  EXPECT_NE(odd.warnings[0].find("empty or invalid handle"), std::string::npos);
+  EXPECT_NE(odd.warnings[1].find("radius of 0 or less"), std::string::npos);
+  EXPECT_NE(modelEntities(*db3)[0].handle(), 0u);
 }
 
 TEST(DxfReader, OwnersAreKnownWhenTheirRecordsOutgrowTheReadBuffer) {

@@ -123,6 +123,7 @@ class DxfReader {
   int unnamedBlocks_ = 0;
   std::string lastLayerName_, lastLinetypeName_;
   std::uint32_t lastLayer_ = kNone, lastLinetype_ = kNone;
+  bool sawHeader_ = false;
 };
 
 void DxfReader::store() {
@@ -180,7 +181,7 @@ bool DxfReader::run() {
     if (cur_.code != 2) return fail("expected the section's name (group 2) after 0/SECTION");
     const std::string name = platform::toUpperAscii(cur_.text);
     bool ok;
-    if (name == "HEADER") ok = readHeader();
+    if (name == "HEADER") ok = sawHeader_ = readHeader();
     else if (name == "CLASSES") ok = readClasses();
     else if (name == "TABLES") ok = readTables();
     else if (name == "BLOCKS") ok = readBlocks();
@@ -190,6 +191,9 @@ bool DxfReader::run() {
     if (!ok) return false;
   }
   if (tok_.failed()) return fail("");
+  if (!sawHeader_)
+    warnings_.add("noheader", db_.fileName + ": the drawing has no HEADER section: its release and code page are "
+                                             "not known, so texts are read as UTF-8, else as ANSI_1252");
   if (stray > 0)
     warnings_.add("stray", db_.fileName + ": " + strayAt + ": " + std::to_string(stray) +
                                 " groups outside any section were skipped");
@@ -504,7 +508,10 @@ void DxfReader::finishEntity(EntityRec& e) {
     if (depth > 0) continue;
     switch (t.code) {
       case 5:
-        if (!e.handle) e.handle = parseHandle(db_.text(t));
+        if (!e.handle) {
+          e.handle = parseHandle(db_.text(t));
+          if (!e.handle) warn("badhandle", "an entity with an empty or invalid handle (group 5) was given a new one");
+        }
         break;
       case 8: layerName = db_.text(t); break;
       case 6: linetype = db_.text(t); break;
@@ -518,6 +525,11 @@ void DxfReader::finishEntity(EntityRec& e) {
   e.layer = layerFor(layerName.empty() ? std::string_view("0") : layerName);
   e.linetype = linetypeFor(linetype.empty() ? std::string_view("ByLayer") : linetype);
   e.cls = classifyEntity(db_, e);
+  if (e.cls == DbClass::Circle || e.cls == DbClass::Arc) {
+    const StoredTag* radius = db_.find(e.tagBegin, e.tagCount, 40);
+    if (radius && !(radius->real > 0.0))
+      warn("radius", "a circle or arc with a radius of 0 or less is read as written");
+  }
 }
 
 std::uint32_t DxfReader::layerFor(std::string_view name) {
