@@ -168,7 +168,6 @@ class Database {
   BlockRecord blockRecord(std::string_view name) const;  // by name, without regard to case
 
   Entity openEntity(ObjectId id) const;
-  ObjectId entityId(Handle handle) const;
 
   std::vector<LayerRecord> layers() const;
   const LayerRecord* layer(ObjectId id) const;

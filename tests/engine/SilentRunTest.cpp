@@ -48,6 +48,11 @@ TEST_F(SilentFixture, IdenticalDrawingsAndTheSameFileTwice) {
   const std::string a = drawing("a.dxf", kBase);
   EXPECT_EQ(run(a, a), 1);
   EXPECT_EQ(output(), "\n实体数量：3个\n实体数量：3个\n文件完全相同\n。");
+  // The status bar shows every stage, in order.
+  EXPECT_EQ(headless::Console::instance().progressLabels(),
+            (std::vector<std::string>{"正在准备读取源文件：", "正在计算源文件实体数量：", "1/3 正在读取源文件：",
+                                      "正在准备读取目标文件：", "正在计算目标文件实体数量：", "2/3 正在读取目标文件：",
+                                      "3/3 实体比较"}));
   EXPECT_EQ(VkLastSilentOutcome(), 0);
   EXPECT_TRUE(logs().empty());
   // Nothing of the run stays in the comparison state but the names.

@@ -1,5 +1,6 @@
 // Dispatch of typed accessors to the families' implementations, by accessor and entity class.
 #include <array>
+#include <cassert>
 #include <vector>
 
 #include "platform/headless/accessor_table.h"
@@ -62,21 +63,24 @@ const headless::AccessorImpl* implFor(Accessor a, DbClass c) {
 
 }  // namespace
 
-#define VK_ACCESSOR_METHOD(type, member, fallback)                      \
+// Asking an accessor for another kind than it is declared with is a fault of the caller (it would always
+// read the default); debug builds stop on it.
+#define VK_ACCESSOR_METHOD(type, member, kind, fallback)                \
   type Entity::member(Accessor a) const {                               \
+    assert(accessorKind(a) == AccessorKind::kind);                      \
     const headless::AccessorImpl* impl = implFor(a, dbClass());         \
     if (!impl || !impl->member) return fallback;                        \
     return impl->member(headless::EntityView(db_->data(), index_));     \
   }
 
-VK_ACCESSOR_METHOD(double, real, 0.0)
-VK_ACCESSOR_METHOD(long long, integer, 0)
-VK_ACCESSOR_METHOD(Point3d, point, Point3d())
-VK_ACCESSOR_METHOD(Vector3d, vector, Vector3d())
-VK_ACCESSOR_METHOD(std::string, text, std::string())
-VK_ACCESSOR_METHOD(std::vector<Point3d>, points, {})
-VK_ACCESSOR_METHOD(std::vector<double>, reals, {})
-VK_ACCESSOR_METHOD(std::vector<std::string>, texts, {})
+VK_ACCESSOR_METHOD(double, real, Real, 0.0)
+VK_ACCESSOR_METHOD(long long, integer, Integer, 0)
+VK_ACCESSOR_METHOD(Point3d, point, Point, Point3d())
+VK_ACCESSOR_METHOD(Vector3d, vector, Vector, Vector3d())
+VK_ACCESSOR_METHOD(std::string, text, Text, std::string())
+VK_ACCESSOR_METHOD(std::vector<Point3d>, points, Points, {})
+VK_ACCESSOR_METHOD(std::vector<double>, reals, Reals, {})
+VK_ACCESSOR_METHOD(std::vector<std::string>, texts, Texts, {})
 
 #undef VK_ACCESSOR_METHOD
 

@@ -100,11 +100,6 @@ Entity Database::openEntity(ObjectId id) const {
   return Entity(this, idIndex(id));
 }
 
-ObjectId Database::entityId(Handle handle) const {
-  auto it = data_->byHandle.find(handle);
-  return it != data_->byHandle.end() && idKind(it->second) == IdKind::Entity ? it->second : ObjectId();
-}
-
 std::vector<LayerRecord> Database::layers() const { return data_->layerTable; }
 
 const LayerRecord* Database::layer(ObjectId id) const {
