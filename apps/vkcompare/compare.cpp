@@ -36,6 +36,7 @@ int runCompare(const std::string& source, const std::string& destination, const 
   std::fflush(stdout);
 
   const int outcome = VkLastSilentOutcome();
+  for (int i = 0; i < VkLastSilentWarningCount(); ++i) std::fprintf(stderr, "vkcompare: warning: %s\n", VkLastSilentWarning(i));
   const std::string error = VkLastSilentError();
   if (!error.empty()) std::fprintf(stderr, "vkcompare: %s\n", error.c_str());
   if (outcome == 1 && !VkLastLogWritten())

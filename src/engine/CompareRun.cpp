@@ -16,6 +16,7 @@ std::unique_ptr<platform::Database> readSide(const std::string& path, CCompariso
   platform::ReadReport report;
   auto db = platform::Database::read(path, report);
   if (!db && state.lastError.empty()) state.lastError = report.error;
+  state.lastWarnings.insert(state.lastWarnings.end(), report.warnings.begin(), report.warnings.end());
   return db;
 }
 
@@ -26,6 +27,7 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
   state.Prepare();
   state.lastOutcome = RunOutcome::Trouble;
   state.lastError.clear();
+  state.lastWarnings.clear();
   state.lastLogPath.clear();
   state.lastLogWritten = false;
 

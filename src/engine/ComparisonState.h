@@ -63,6 +63,7 @@ class CComparisonState {
   // The last silent run: its outcome, the reader's detailed error, the log it wrote.
   RunOutcome lastOutcome = RunOutcome::None;
   std::string lastError;
+  std::vector<std::string> lastWarnings;  // what the reader survived in either drawing
   std::string lastLogPath;
   bool lastLogWritten = false;
 

@@ -34,6 +34,13 @@ extern "C" int VkLastSilentOutcome() {
 }
 
 extern "C" const char* VkLastSilentError() { return CComparisonState::instance().lastError.c_str(); }
+extern "C" int VkLastSilentWarningCount() {
+  return static_cast<int>(CComparisonState::instance().lastWarnings.size());
+}
+extern "C" const char* VkLastSilentWarning(int index) {
+  const auto& w = CComparisonState::instance().lastWarnings;
+  return index >= 0 && index < static_cast<int>(w.size()) ? w[static_cast<std::size_t>(index)].c_str() : "";
+}
 extern "C" const char* VkLastLogPath() { return CComparisonState::instance().lastLogPath.c_str(); }
 extern "C" int VkLastLogWritten() { return CComparisonState::instance().lastLogWritten ? 1 : 0; }
 extern "C" void VkSetLogFolder(const char* folder) { LogFolder() = folder ? folder : ""; }

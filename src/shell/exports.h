@@ -17,6 +17,9 @@ int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath,
 // wrote ("" when none) and whether the log could be written; and the folder later logs go to.
 int VkLastSilentOutcome();
 const char* VkLastSilentError();
+// The warnings of reading the last silent run's drawings: how many, and each by its index ("" past the end).
+int VkLastSilentWarningCount();
+const char* VkLastSilentWarning(int index);
 const char* VkLastLogPath();
 int VkLastLogWritten();
 void VkSetLogFolder(const char* folder);

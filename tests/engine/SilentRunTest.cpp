@@ -108,6 +108,13 @@ TEST_F(SilentFixture, FailureLinesKeepTheirPunctuation) {
   EXPECT_EQ(I_VkCompareFiles_Silent("", "", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 1);
   EXPECT_EQ(output(), "文件名不能为空");
   EXPECT_TRUE(logs().empty());
+  // What the reader survives is kept for the front end.
+  const std::string odd = drawing("odd.dxf", kBase + "|0|LINE|8|0|0|-1.5|20|0");
+  EXPECT_EQ(run(good, odd), 0);
+  output();
+  ASSERT_EQ(VkLastSilentWarningCount(), 1);
+  EXPECT_NE(std::string(VkLastSilentWarning(0)).find("no entity type"), std::string::npos);
+  EXPECT_STREQ(VkLastSilentWarning(1), "");
 }
 
 TEST_F(SilentFixture, EmptySourceStopsAnEmptyDestinationDoesNot) {

@@ -349,13 +349,16 @@ TEST(DxfReader, SurvivableOdditiesAreReadWithWarnings) {
   ASSERT_EQ(noEof.warnings.size(), 2u);
   EXPECT_NE(noEof.warnings[0].find("no HEADER section"), std::string::npos);
   EXPECT_NE(noEof.warnings[1].find("without 0/EOF"), std::string::npos);
-  // Values a careful reader can survive: an empty handle, a circle without a positive radius.
+  // Values a careful reader can survive: an empty handle, a circle without a positive radius, and a record
+  // whose name is a number (a lost group code turned a coordinate into a record).
   ReadReport odd;
-  auto db3 = readDxfText(dir, "odd2.dxf", dxfDrawing("0|LINE|5||8|0|0|CIRCLE|5|1A|8|0|10|0|20|0|40|-1"), &odd);
+  auto db3 = readDxfText(dir, "odd2.dxf",
+                         dxfDrawing("0|LINE|5||8|0|0|CIRCLE|5|1A|8|0|10|0|20|0|40|-1|0|LINE|8|0|0|-191.92|20|-240"), &odd);
   ASSERT_TRUE(db3);
-  ASSERT_EQ(odd.warnings.size(), 2u);
+  ASSERT_EQ(odd.warnings.size(), 3u);
   EXPECT_NE(odd.warnings[0].find("empty or invalid handle"), std::string::npos);
   EXPECT_NE(odd.warnings[1].find("radius of 0 or less"), std::string::npos);
+  EXPECT_NE(odd.warnings[2].find("a record named '-191.92' is no entity type"), std::string::npos);
   EXPECT_NE(modelEntities(*db3)[0].handle(), 0u);
 }
 

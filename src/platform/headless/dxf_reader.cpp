@@ -37,6 +37,16 @@ class WarningCounter {
   std::vector<Item> items_;
 };
 
+// Record names are upper-case words of letters, digits and underscores ("LINE", "3DFACE", "ACAD_TABLE").
+bool looksLikeRecordName(std::string_view name) {
+  bool letter = false;
+  for (char c : name) {
+    if (c >= 'A' && c <= 'Z') letter = true;
+    else if (!(c >= '0' && c <= '9') && c != '_') return false;
+  }
+  return letter;
+}
+
 Handle parseHandle(std::string_view hex) {
   Handle h = 0;
   for (char c : hex) {
@@ -434,6 +444,9 @@ bool DxfReader::readEntities(std::uint32_t block, const char* section) {
       sequenceOwner = kNone;
       continue;
     }
+    if (!looksLikeRecordName(type))
+      warn("badname", "a record named '" + type.substr(0, 40) +
+                          "' is no entity type: a group before it is probably damaged; it is read as an unknown entity");
     EntityRec e;
     e.dxfName = db_.intern(type);
     e.line = location();
