@@ -57,22 +57,46 @@ long hexValue(std::string_view s, std::size_t i, int n) {
   return v;
 }
 
-bool isValidUtf8(std::string_view s) {
-  std::size_t i = 0;
-  while (i < s.size()) {
-    const auto b = static_cast<unsigned char>(s[i]);
-    int extra;
-    if (b < 0x80) { ++i; continue; }
-    if ((b & 0xE0) == 0xC0 && b >= 0xC2) extra = 1;
-    else if ((b & 0xF0) == 0xE0) extra = 2;
-    else if ((b & 0xF8) == 0xF0 && b <= 0xF4) extra = 3;
-    else return false;
-    if (i + extra >= s.size()) return false;
-    for (int k = 1; k <= extra; ++k)
-      if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return false;
-    i += extra + 1;
-  }
+// The length of the well-formed UTF-8 sequence at s[i] (Unicode's table of well-formed byte sequences:
+// no overlong forms, no surrogates, nothing past U+10FFFF), or 0 when the bytes there form none.
+std::size_t utf8SequenceAt(std::string_view s, std::size_t i) {
+  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(s[i + k]); };
+  const unsigned char b = byte(0);
+  if (b < 0x80) return 1;
+  std::size_t n;
+  unsigned char lo = 0x80, hi = 0xBF;  // the range of the second byte
+  if (b >= 0xC2 && b <= 0xDF) n = 2;
+  else if (b >= 0xE0 && b <= 0xEF) n = 3, lo = b == 0xE0 ? 0xA0 : 0x80, hi = b == 0xED ? 0x9F : 0xBF;
+  else if (b >= 0xF0 && b <= 0xF4) n = 4, lo = b == 0xF0 ? 0x90 : 0x80, hi = b == 0xF4 ? 0x8F : 0xBF;
+  else return 0;
+  if (i + n > s.size() || byte(1) < lo || byte(1) > hi) return 0;
+  for (std::size_t k = 2; k < n; ++k)
+    if ((byte(k) & 0xC0) != 0x80) return 0;
+  return n;
+}
+
+bool isWellFormedUtf8(std::string_view s) {
+  for (std::size_t i = 0, n; i < s.size(); i += n)
+    if ((n = utf8SequenceAt(s, i)) == 0) return false;
   return true;
+}
+
+// Copies UTF-8, each byte that begins no well-formed sequence replaced by U+FFFD; returns how many were.
+std::size_t appendUtf8Replacing(std::string_view raw, std::string& out) {
+  std::size_t replaced = 0;
+  std::size_t run = 0;  // start of the well-formed bytes not yet copied
+  for (std::size_t i = 0; i < raw.size();) {
+    if (const std::size_t n = utf8SequenceAt(raw, i)) {
+      i += n;
+      continue;
+    }
+    out.append(raw.substr(run, i - run));
+    platform::appendUtf8(out, kReplacement);
+    ++replaced;
+    run = ++i;
+  }
+  out.append(raw.substr(run));
+  return replaced;
 }
 
 bool isAscii(std::string_view s) {
@@ -81,8 +105,9 @@ bool isAscii(std::string_view s) {
   return true;
 }
 
-// Converts with iconv to UTF-8, replacing each unconvertible byte by U+FFFD.
-void iconvToUtf8(iconv_t cd, std::string_view raw, std::string& out) {
+// Converts with iconv to UTF-8, replacing each unconvertible byte by U+FFFD; returns how many were.
+std::size_t iconvToUtf8(iconv_t cd, std::string_view raw, std::string& out) {
+  std::size_t replaced = 0;
   iconv(cd, nullptr, nullptr, nullptr, nullptr);
   std::vector<char> buf(raw.size() * 4 + 16);
   char* in = const_cast<char*>(raw.data());
@@ -96,11 +121,13 @@ void iconvToUtf8(iconv_t cd, std::string_view raw, std::string& out) {
       if (errno == E2BIG) continue;
       // An invalid or incomplete sequence: one byte becomes a replacement character.
       platform::appendUtf8(out, kReplacement);
+      ++replaced;
       ++in;
       --inLeft;
       iconv(cd, nullptr, nullptr, nullptr, nullptr);
     }
   }
+  return replaced;
 }
 
 }  // namespace
@@ -111,14 +138,14 @@ std::string iconvNameOf(std::string_view dwgCodepage) {
   return {};
 }
 
-TextDecoder::TextDecoder(std::string_view codepage, bool utf8) : utf8_(utf8) {
+TextDecoder::TextDecoder(std::string_view codepage, TextEncoding encoding) : encoding_(encoding) {
   std::string name = iconvNameOf(codepage);
   if (name.empty()) {
     known_ = codepage.empty();
     name = "CP1252";  // the host's default code page
   }
   if (name == "UTF-8") {
-    utf8_ = true;
+    encoding_ = TextEncoding::Utf8;
     name = "CP1252";
   }
   const iconv_t cd = iconv_open("UTF-8", name.c_str());
@@ -154,67 +181,67 @@ TextDecoder::~TextDecoder() {
     if (cd) iconv_close(static_cast<iconv_t>(cd));
 }
 
-void TextDecoder::decodeBytes(std::string_view raw, std::string& out) {
+std::size_t TextDecoder::decodeBytes(std::string_view raw, std::string& out) {
   if (isAscii(raw)) {
     out.append(raw);
-    return;
+    return 0;
   }
-  if (utf8_ && isValidUtf8(raw)) {
+  if (encoding_ == TextEncoding::Utf8) return appendUtf8Replacing(raw, out);
+  if (encoding_ == TextEncoding::Utf8OrCodePage && isWellFormedUtf8(raw)) {
     out.append(raw);
-    return;
+    return 0;
   }
-  // Older drawings, and bytes of a UTF-8 drawing that are not UTF-8, are read in the drawing's code page.
-  if (iconv_) {
-    decodeMultiByte(raw, out, iconv_);
-    return;
+  if (iconv_) return iconvToUtf8(static_cast<iconv_t>(iconv_), raw, out);
+  std::size_t replaced = 0;
+  for (char c : raw) {
+    const char32_t cp = table_[static_cast<unsigned char>(c)];
+    replaced += cp == kReplacement;
+    platform::appendUtf8(out, cp);
   }
-  for (char c : raw) platform::appendUtf8(out, table_[static_cast<unsigned char>(c)]);
+  return replaced;
 }
 
-void TextDecoder::decodeMultiByte(std::string_view raw, std::string& out, void* cd) {
-  iconvToUtf8(static_cast<iconv_t>(cd), raw, out);
-}
-
-void TextDecoder::decodeMif(int page, unsigned bytes, std::string& out) {
+std::size_t TextDecoder::decodeMif(int page, unsigned bytes, std::string& out) {
   if (!mif_[page]) {
     const iconv_t cd = iconv_open("UTF-8", kMifPages[page]);
     if (cd == kNoIconv) {
       platform::appendUtf8(out, kReplacement);
-      return;
+      return 1;
     }
     mif_[page] = cd;
   }
   // Four hex digits give a double-byte character, or a single byte when the first byte is zero.
   const char pair[2] = {static_cast<char>(bytes >> 8), static_cast<char>(bytes & 0xFF)};
   const std::string_view chars = (bytes >> 8) ? std::string_view(pair, 2) : std::string_view(pair + 1, 1);
-  decodeMultiByte(chars, out, mif_[page]);
+  return iconvToUtf8(static_cast<iconv_t>(mif_[page]), chars, out);
 }
 
-void TextDecoder::decode(std::string_view raw, std::string& out) {
+std::size_t TextDecoder::decode(std::string_view raw, std::string& out) {
   std::size_t start = 0;
   std::size_t i = raw.find('\\');
-  if (i == std::string_view::npos) {
-    decodeBytes(raw, out);
-    return;
-  }
+  if (i == std::string_view::npos) return decodeBytes(raw, out);
+  std::size_t replaced = 0;
   while (i != std::string_view::npos && i + 2 < raw.size()) {
     const char kind = raw[i + 1];
     if ((kind == 'U' || kind == 'u') && raw[i + 2] == '+') {
-      const long cp = hexValue(raw, i + 3, 4);
+      long cp = hexValue(raw, i + 3, 4);
       if (cp >= 0) {
-        decodeBytes(raw.substr(start, i - start), out);
+        replaced += decodeBytes(raw.substr(start, i - start), out);
+        start = i + 7;
         // A UTF-16 surrogate pair is written as two escapes.
         if (cp >= 0xD800 && cp <= 0xDBFF && i + 14 <= raw.size() && raw.substr(i + 7, 3) == "\\U+") {
           const long lo = hexValue(raw, i + 10, 4);
           if (lo >= 0xDC00 && lo <= 0xDFFF) {
-            platform::appendUtf8(out, static_cast<char32_t>(0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00)));
+            cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
             start = i + 14;
-            i = raw.find('\\', start);
-            continue;
           }
         }
+        // A lone surrogate, or NUL, names no character a text can hold.
+        if (cp == 0 || (cp >= 0xD800 && cp <= 0xDFFF)) {
+          cp = kReplacement;
+          ++replaced;
+        }
         platform::appendUtf8(out, static_cast<char32_t>(cp));
-        start = i + 7;
         i = raw.find('\\', start);
         continue;
       }
@@ -222,8 +249,8 @@ void TextDecoder::decode(std::string_view raw, std::string& out) {
       const int page = raw[i + 3] - '0';
       const long bytes = hexValue(raw, i + 4, 4);
       if (page >= 1 && page <= 5 && bytes >= 0) {
-        decodeBytes(raw.substr(start, i - start), out);
-        decodeMif(page, static_cast<unsigned>(bytes), out);
+        replaced += decodeBytes(raw.substr(start, i - start), out);
+        replaced += decodeMif(page, static_cast<unsigned>(bytes), out);
         start = i + 8;
         i = raw.find('\\', start);
         continue;
@@ -235,7 +262,7 @@ void TextDecoder::decode(std::string_view raw, std::string& out) {
     }
     i = raw.find('\\', i + 1);
   }
-  decodeBytes(raw.substr(start), out);
+  return replaced + decodeBytes(raw.substr(start), out);
 }
 
 }  // namespace headless

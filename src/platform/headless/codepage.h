@@ -12,25 +12,29 @@ namespace headless {
 // The iconv name of a $DWGCODEPAGE value ("ANSI_936" -> "GBK"); empty when unknown.
 std::string iconvNameOf(std::string_view dwgCodepage);
 
+// How a drawing stores its texts: in its code page (before R2007), in UTF-8 (R2007 and later), or, when
+// its release is not known, in UTF-8 where the bytes are valid UTF-8 and in its code page elsewhere.
+enum class TextEncoding { CodePage, Utf8, Utf8OrCodePage };
+
 class TextDecoder {
  public:
-  // utf8: the drawing stores UTF-8 (R2007 and later); codepage: its $DWGCODEPAGE, used for older
-  // drawings and for bytes that are not valid UTF-8.
-  TextDecoder(std::string_view codepage, bool utf8);
+  // codepage: the drawing's $DWGCODEPAGE; "UTF-8" and "UTF8" make any drawing's texts UTF-8.
+  TextDecoder(std::string_view codepage, TextEncoding encoding);
   ~TextDecoder();
   TextDecoder(const TextDecoder&) = delete;
   TextDecoder& operator=(const TextDecoder&) = delete;
 
-  // Appends the text as UTF-8. Bytes that the code page cannot map become U+FFFD.
-  void decode(std::string_view raw, std::string& out);
+  // Appends the text as UTF-8. Bytes that are not valid in the drawing's encoding, and escapes that name
+  // no character, become U+FFFD; returns how many did.
+  std::size_t decode(std::string_view raw, std::string& out);
   bool knownCodepage() const { return known_; }
+  TextEncoding encoding() const { return encoding_; }
 
  private:
-  void decodeBytes(std::string_view raw, std::string& out);
-  void decodeMultiByte(std::string_view raw, std::string& out, void* cd);
-  void decodeMif(int page, unsigned bytes, std::string& out);
+  std::size_t decodeBytes(std::string_view raw, std::string& out);
+  std::size_t decodeMif(int page, unsigned bytes, std::string& out);
 
-  bool utf8_;
+  TextEncoding encoding_;
   bool known_ = true;
   bool singleByte_ = true;
   std::array<char32_t, 256> table_{};  // single-byte code pages: byte to code point

@@ -64,7 +64,7 @@ Handle parseHandle(std::string_view hex) {
 class DxfReader {
  public:
   DxfReader(DxfTokenizer& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
-    decoder_ = std::make_unique<TextDecoder>("", true);
+    decoder_ = std::make_unique<TextDecoder>("", TextEncoding::Utf8OrCodePage);
   }
 
   bool run();
@@ -78,6 +78,12 @@ class DxfReader {
     }
     for (;;) {
       if (!tok_.next(cur_)) return false;
+      // A damaged group is dropped whole: its record keeps the groups around it, never a neighbour's value
+      // in its place, and is kept or dropped by the rules for the groups that remain.
+      if (!cur_.damage.empty()) {
+        warn("damaged-group", std::string(cur_.damage) + "; the group is dropped");
+        continue;
+      }
       if (cur_.code != 999) return true;  // comments are skipped
     }
   }
@@ -96,6 +102,15 @@ class DxfReader {
     warnings_.add(key, db_.fileName + ": " + tok_.location() + ": " + what);
   }
   int location() const { return static_cast<int>(tok_.position()); }
+  std::string encodingName() const {
+    const std::string codepage = db_.codepage.empty() ? "ANSI_1252" : db_.codepage;
+    switch (decoder_->encoding()) {
+      case TextEncoding::Utf8: return "UTF-8";
+      case TextEncoding::CodePage: return "in code page " + codepage;
+      case TextEncoding::Utf8OrCodePage: break;
+    }
+    return "UTF-8 or in code page " + codepage;
+  }
 
   // Stores the current tag; texts are decoded to UTF-8.
   void store();
@@ -134,6 +149,8 @@ class DxfReader {
   std::string lastLayerName_, lastLinetypeName_;
   std::uint32_t lastLayer_ = kNone, lastLinetype_ = kNone;
   bool sawHeader_ = false;
+  long long recordLine_ = 0;        // where the record being read begins
+  long long textWarnedAt_ = -1;     // the record whose texts were last warned of
 };
 
 void DxfReader::store() {
@@ -143,7 +160,13 @@ void DxfReader::store() {
   switch (cur_.type) {
     case TagType::Text: {
       scratch_.clear();
-      decoder_->decode(cur_.text, scratch_);
+      if (decoder_->decode(cur_.text, scratch_) > 0 && textWarnedAt_ != recordLine_) {
+        // One warning per record, at the record's line.
+        textWarnedAt_ = recordLine_;
+        warnings_.add("encoding", db_.fileName + ": line or offset " + std::to_string(recordLine_) +
+                                      ": a text holds bytes that are not valid " + encodingName() +
+                                      ", or an escape that names no character; they read as U+FFFD");
+      }
       t.textOffset = db_.arena.size();
       t.textLength = static_cast<std::uint32_t>(scratch_.size());
       db_.arena += scratch_;
@@ -167,8 +190,10 @@ void DxfReader::store() {
 
 void DxfReader::setDecoder() {
   // R2007 (AC1021) and later store UTF-8 whatever the code page says.
-  const bool utf8 = db_.version.empty() || db_.version >= "AC1021";
-  decoder_ = std::make_unique<TextDecoder>(db_.codepage, utf8);
+  const TextEncoding encoding = db_.version.empty()        ? TextEncoding::Utf8OrCodePage
+                                : db_.version >= "AC1021" ? TextEncoding::Utf8
+                                                          : TextEncoding::CodePage;
+  decoder_ = std::make_unique<TextDecoder>(db_.codepage, encoding);
   if (!db_.codepage.empty() && !decoder_->knownCodepage())
     warn("codepage", "unknown code page '" + db_.codepage + "': texts are read as ANSI_1252");
 }
@@ -235,6 +260,7 @@ bool DxfReader::readHeader() {
                   std::string(cur_.text));
     }
     if (cur_.code == 9) {
+      recordLine_ = tok_.position();
       db_.header.push_back({std::string(cur_.text), static_cast<std::uint32_t>(db_.tags.size()), 0});
       var = &db_.header.back();
       continue;
@@ -281,6 +307,7 @@ bool DxfReader::readClasses() {
 
 bool DxfReader::readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where) {
   begin = static_cast<std::uint32_t>(db_.tags.size());
+  recordLine_ = tok_.position();
   while (next()) {
     if (cur_.code == 0) {
       pushBack();

@@ -1,8 +1,12 @@
 // DXF tag tokenizer for ASCII and binary files.
 #include "platform/headless/dxf_tokenizer.h"
 
+#include <cerrno>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace headless {
 
@@ -23,6 +27,19 @@ std::string shown(std::string_view s) {
   std::string out(s.substr(0, kMax));
   if (s.size() > kMax) out += "...";
   return out;
+}
+
+// The values an integer group of this type may hold. Writers put 16- and 32-bit values unsigned too.
+struct IntegerRange {
+  long long min, max;
+};
+IntegerRange rangeOf(TagType type) {
+  switch (type) {
+    case TagType::Int16:
+    case TagType::Bool: return {-32768, 65535};
+    case TagType::Int32: return {-2147483648LL, 4294967295LL};
+    default: return {std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max()};
+  }
 }
 
 }  // namespace
@@ -106,6 +123,12 @@ bool DxfTokenizer::fail(const std::string& what) {
   return false;
 }
 
+bool DxfTokenizer::damaged(RawTag& tag, std::string what) {
+  damage_ = std::move(what);
+  tag.damage = damage_;
+  return true;
+}
+
 // Makes at least `need` unread bytes available when the file has them; false at the end of the file.
 bool DxfTokenizer::fill(std::size_t need) {
   if (end_ - pos_ >= need) return true;
@@ -178,60 +201,96 @@ bool DxfTokenizer::nextAscii(RawTag& tag) {
     if (!hasMoreInput()) return false;
     return fail("expected a group code (an integer), found an empty line");
   }
-  // Group codes are short decimal integers: read by hand, the commonest work of the whole reader.
-  int code = 0;
+  // Group codes are short decimal integers: read by hand, the commonest work of the whole reader. Long
+  // runs of digits saturate, so that they read as a code out of range rather than wrap into a valid one.
+  long long code = 0;
   std::size_t k = 0;
   const bool negative = c[0] == '-';
   if (c[0] == '-' || c[0] == '+') ++k;
-  if (k == c.size() || c.size() - k > 6) return fail("expected a group code (an integer), found '" + shown(c) + "'");
+  if (k == c.size()) return fail("expected a group code (an integer), found '" + shown(c) + "'");
   for (; k < c.size(); ++k) {
     const unsigned digit = static_cast<unsigned char>(c[k]) - '0';
     if (digit > 9) return fail("expected a group code (an integer), found '" + shown(c) + "'");
-    code = code * 10 + static_cast<int>(digit);
+    code = std::min(code * 10 + digit, 1000000LL);
   }
   if (negative) code = -code;
   std::string_view value;
-  if (!readLine(value)) return fail("the file ends after group code " + std::to_string(code) + ", before its value");
-  tag.code = code;
-  tag.type = tagTypeOf(code);
+  if (!readLine(value)) return fail("the file ends after group code " + shown(c) + ", before its value");
+  tag.damage = {};
+  if (code < kMinGroupCode || code > kMaxGroupCode) {
+    tag.code = 999;  // never mistaken for a group the reader looks for
+    tag.type = TagType::Text;
+    tag.text = value;
+    return damaged(tag, "group code " + shown(c) + " is outside the valid range " + std::to_string(kMinGroupCode) +
+                            " to " + std::to_string(kMaxGroupCode));
+  }
+  tag.code = static_cast<int>(code);
+  tag.type = tagTypeOf(tag.code);
   switch (tag.type) {
     case TagType::Text:
-    case TagType::Handle:
       tag.text = code == 0 ? trimSpaces(value) : value;
-      if (tag.type == TagType::Handle) tag.text = trimSpaces(value);
       return true;
+    case TagType::Handle:
     case TagType::Binary:
       tag.text = trimSpaces(value);
       return true;
-    case TagType::Real: {
-      const std::string_view v = trimSpaces(value);
-      const char* b = v.data() + (!v.empty() && v.front() == '+');
-      const auto r = std::from_chars(b, v.data() + v.size(), tag.real);
-      if (r.ec == std::errc::result_out_of_range) return true;  // keeps the nearest representable value
-      if (r.ec != std::errc() || r.ptr != v.data() + v.size())
-        return fail("expected a real number for group code " + std::to_string(code) + ", found '" + shown(v) + "'");
-      tag.integer = static_cast<long long>(tag.real);
+    case TagType::Real: return parseReal(trimSpaces(value), tag);
+    default: return parseInteger(trimSpaces(value), tag);
+  }
+}
+
+bool DxfTokenizer::parseReal(std::string_view v, RawTag& tag) {
+  const char* b = v.data() + (!v.empty() && v.front() == '+');
+  const char* e = v.data() + v.size();
+  tag.integer = 0;
+  const auto r = std::from_chars(b, e, tag.real);
+  if (r.ec == std::errc::result_out_of_range && r.ptr == e) {
+    // from_chars leaves the value untouched here; strtod tells a value too small, which is 0, from one
+    // too large. The text is known to be a number, so copying it is the rare path.
+    const std::string copy(b, e);
+    errno = 0;
+    const double d = std::strtod(copy.c_str(), nullptr);
+    if (std::fabs(d) < 1.0) {
+      tag.real = d;
       return true;
     }
-    default: {
-      const std::string_view v = trimSpaces(value);
-      const char* b = v.data() + (!v.empty() && v.front() == '+');
-      const auto r = std::from_chars(b, v.data() + v.size(), tag.integer);
-      if (r.ec == std::errc() && r.ptr == v.data() + v.size()) {
-        tag.real = static_cast<double>(tag.integer);
-        return true;
-      }
-      // Some writers put integers as reals ("1.0"): the integral part is taken.
-      double d = 0.0;
-      const auto rd = std::from_chars(b, v.data() + v.size(), d);
-      if (rd.ec == std::errc() && rd.ptr == v.data() + v.size() && d > -9.2e18 && d < 9.2e18) {
-        tag.integer = static_cast<long long>(d);
-        tag.real = static_cast<double>(tag.integer);
-        return true;
-      }
-      return fail("expected an integer for group code " + std::to_string(code) + ", found '" + shown(v) + "'");
-    }
+    return damaged(tag, "the real number '" + shown(v) + "' of group code " + std::to_string(tag.code) +
+                            " is out of range");
   }
+  if (r.ec != std::errc() || r.ptr != e)
+    return fail("expected a real number for group code " + std::to_string(tag.code) + ", found '" + shown(v) + "'");
+  if (!std::isfinite(tag.real))
+    return damaged(tag, "group code " + std::to_string(tag.code) + " holds '" + shown(v) + "', not a finite number");
+  return true;
+}
+
+bool DxfTokenizer::parseInteger(std::string_view v, RawTag& tag) {
+  const char* b = v.data() + (!v.empty() && v.front() == '+');
+  const char* e = v.data() + v.size();
+  const IntegerRange range = rangeOf(tag.type);
+  const auto outOfRange = [&] {
+    return damaged(tag, "the integer '" + shown(v) + "' does not fit group code " + std::to_string(tag.code) +
+                            " (" + std::to_string(range.min) + " to " + std::to_string(range.max) + ")");
+  };
+  const auto r = std::from_chars(b, e, tag.integer);
+  if (r.ptr == e && r.ec == std::errc::result_out_of_range) return outOfRange();
+  if (r.ptr == e && r.ec == std::errc()) {
+    if (tag.integer < range.min || tag.integer > range.max) return outOfRange();
+    tag.real = static_cast<double>(tag.integer);
+    return true;
+  }
+  // Some writers put integers as reals ("1.0"): the integral part is taken.
+  double d = 0.0;
+  const auto rd = std::from_chars(b, e, d);
+  if (rd.ptr != e || (rd.ec != std::errc() && rd.ec != std::errc::result_out_of_range))
+    return fail("expected an integer for group code " + std::to_string(tag.code) + ", found '" + shown(v) + "'");
+  // The bounds are powers of two or their neighbours, exact as doubles; NaN fails both tests.
+  if (rd.ec != std::errc() || !(d > static_cast<double>(range.min) - 1.0 && d < static_cast<double>(range.max) + 1.0) ||
+      d >= 9.2e18 || d <= -9.2e18)
+    return outOfRange();
+  tag.integer = static_cast<long long>(d);
+  tag.real = static_cast<double>(tag.integer);
+  return true;
 }
 
 bool DxfTokenizer::nextBinary(RawTag& tag) {
@@ -253,6 +312,7 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
   }
   tag.code = code;
   tag.type = tagTypeOf(code);
+  tag.damage = {};
   const auto need = [this, code](std::size_t n) {
     return fill(n) || fail("the file ends inside the value of group code " + std::to_string(code));
   };
@@ -268,6 +328,8 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
       const unsigned long long bits = le(8);
       std::memcpy(&tag.real, &bits, 8);
       tag.integer = 0;
+      if (!std::isfinite(tag.real))
+        return damaged(tag, "group code " + std::to_string(code) + " holds a real that is not a finite number");
       return true;
     }
     case TagType::Int16:
@@ -312,6 +374,11 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
           const std::size_t len = static_cast<const char*>(z) - (buf_.data() + pos_);
           tag.text = std::string_view(buf_.data() + pos_, len);
           pos_ += len + 1;
+          if (code < kMinGroupCode || code > kMaxGroupCode) {
+            tag.code = 999;
+            return damaged(tag, "group code " + std::to_string(code) + " is outside the valid range " +
+                                    std::to_string(kMinGroupCode) + " to " + std::to_string(kMaxGroupCode));
+          }
           return true;
         }
         scanned = end_ - pos_;

@@ -25,7 +25,14 @@ struct RawTag {
   long long integer = 0;
   // Texts, handles (hex digits) and binary chunks (hex digits); valid until the next call of next().
   std::string_view text;
+  // Why the group cannot be used (a code outside the valid range, a number that does not fit its type),
+  // empty for a sound group. A damaged group is read whole, so the groups after it stay in step.
+  std::string_view damage;
 };
+
+// Group codes run from -5 to 1071; anything else is not a group this format has.
+constexpr int kMinGroupCode = -5;
+constexpr int kMaxGroupCode = 1071;
 
 class DxfTokenizer {
  public:
@@ -54,6 +61,9 @@ class DxfTokenizer {
   bool nextBinary(RawTag& tag);
   bool readLine(std::string_view& line);
   bool fail(const std::string& what);
+  bool damaged(RawTag& tag, std::string what);
+  bool parseReal(std::string_view v, RawTag& tag);
+  bool parseInteger(std::string_view v, RawTag& tag);
 
   std::FILE* file_;
   std::string path_;
@@ -68,6 +78,7 @@ class DxfTokenizer {
   long long tagOffset_ = 0;     // byte offset of the last group code (binary)
   std::string error_;
   std::string binaryHex_;       // hex text of the last binary chunk
+  std::string damage_;          // what RawTag::damage shows
   long long fileSize_ = -1;
 };
 
