@@ -49,9 +49,9 @@ void CVkAcDbTable::loadDetail(const platform::Entity& entity, platform::Matrix3d
   // compares them.
   const std::vector<double> flags = entity.reals(Accessor::tableFlags);
   tableText_ =
-      platform::fmt("%d,%d,%d,%d,%d,%d", entity.integer(Accessor::flowDirection), static_cast<long long>(at(flags, 0)),
-                    static_cast<long long>(at(flags, 1)), static_cast<long long>(at(flags, 2)),
-                    static_cast<long long>(at(flags, 3)), static_cast<long long>(at(flags, 4)));
+      platform::fmt("%d,%d,%d,%d,%d,%d", entity.integer(Accessor::flowDirection), platform::saturatingInteger(at(flags, 0)),
+                    platform::saturatingInteger(at(flags, 1)), platform::saturatingInteger(at(flags, 2)),
+                    platform::saturatingInteger(at(flags, 3)), platform::saturatingInteger(at(flags, 4)));
   // AcDbTable::width and height: the sums of the column widths and of the row heights.
   const std::vector<double> widths = entity.reals(Accessor::columnWidths);  // AcDbTable::columnWidth
   const std::vector<double> heights = entity.reals(Accessor::rowHeights);   // AcDbTable::rowHeight

@@ -6,6 +6,16 @@
 
 namespace platform {
 
+// A real as an integer, toward zero, as a C cast does; where the cast is undefined the answer saturates
+// (NaN is 0), because a damaged drawing may hold any real where an integer is read.
+constexpr long long saturatingInteger(double v) {
+  constexpr double kLimit = 9223372036854774784.0;  // the largest double below 2^63
+  if (!(v == v)) return 0;
+  if (v >= kLimit) return 9223372036854774784LL;
+  if (v <= -kLimit) return -9223372036854774784LL;
+  return static_cast<long long>(v);
+}
+
 struct Vector3d {
   double x = 0.0, y = 0.0, z = 0.0;
 

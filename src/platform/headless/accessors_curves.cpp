@@ -336,7 +336,7 @@ std::span<const AccessorImpl> curveAccessors() {
 
       // Splines: the groups of the AcDbSpline subclass (a helix adds groups with the same codes after it).
       integerOf(Accessor::degree, DbClass::Spline,
-                [](const EntityView& e) { return static_cast<long long>(realIn(e.g, splineGroups(e), 71, 0.0)); }),
+                [](const EntityView& e) { return platform::saturatingInteger(realIn(e.g, splineGroups(e), 71, 0.0)); }),
       realOf(Accessor::fitTolerance, DbClass::Spline,
              [](const EntityView& e) { return realIn(e.g, splineGroups(e), 44, kDefaultFitTolerance); }),
       realsOf(Accessor::knots, DbClass::Spline, [](const EntityView& e) { return realsIn(e.g, splineGroups(e), 40); }),

@@ -32,7 +32,7 @@ Handle handleOf(std::string_view hex) {
 }
 
 double realOf(const StoredTag& t) { return t.type == TagType::Real ? t.real : static_cast<double>(t.integer); }
-long long integerOf(const StoredTag& t) { return t.type == TagType::Real ? static_cast<long long>(t.real) : t.integer; }
+long long integerOf(const StoredTag& t) { return t.type == TagType::Real ? platform::saturatingInteger(t.real) : t.integer; }
 
 // The first group with this code among the record's own groups, up to an embedded object (101: the
 // multiline part of an attribute, the columns of a multiline text), whose codes mean something else.

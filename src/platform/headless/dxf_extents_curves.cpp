@@ -280,7 +280,7 @@ bool addLwPolyline(const Groups& g, BoxSink& sink) {
   for (std::uint32_t i = r.begin; i < r.end; ++i) {
     const StoredTag& t = g.at(i);
     if (t.code == 38) elevation = numberOf(t);
-    else if (t.code == 70) closed = (static_cast<long long>(numberOf(t)) & 1) != 0;
+    else if (t.code == 70) closed = (platform::saturatingInteger(numberOf(t)) & 1) != 0;
     else if (t.code == 10) vertices.push_back({pointAt(g, i), 0.0});
     else if (t.code == 42 && !vertices.empty()) vertices.back().bulge = numberOf(t);
   }

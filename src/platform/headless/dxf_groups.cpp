@@ -44,7 +44,7 @@ double Groups::real(int code, double def) const {
 long long Groups::integer(int code, long long def) const {
   const StoredTag* t = find(code);
   if (!t) return def;
-  return t->type == TagType::Real ? static_cast<long long>(t->real) : t->integer;
+  return t->type == TagType::Real ? platform::saturatingInteger(t->real) : t->integer;
 }
 
 std::string_view Groups::text(int code, std::string_view def) const {

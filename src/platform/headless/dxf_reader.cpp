@@ -102,6 +102,10 @@ class DxfReader {
     warnings_.add(key, db_.fileName + ": " + tok_.location() + ": " + what);
   }
   int location() const { return static_cast<int>(tok_.position()); }
+  // A position kept from earlier, in the words of location(): "line N" or "byte offset N".
+  std::string place(long long position) const {
+    return (tok_.isBinary() ? "byte offset " : "line ") + std::to_string(position);
+  }
   std::string encodingName() const {
     const std::string codepage = db_.codepage.empty() ? "ANSI_1252" : db_.codepage;
     switch (decoder_->encoding()) {
@@ -163,7 +167,7 @@ void DxfReader::store() {
       if (decoder_->decode(cur_.text, scratch_) > 0 && textWarnedAt_ != recordLine_) {
         // One warning per record, at the record's line.
         textWarnedAt_ = recordLine_;
-        warnings_.add("encoding", db_.fileName + ": line or offset " + std::to_string(recordLine_) +
+        warnings_.add("encoding", db_.fileName + ": " + place(recordLine_) +
                                       ": a text holds bytes that are not valid " + encodingName() +
                                       ", or an escape that names no character; they read as U+FFFD");
       }
@@ -359,7 +363,7 @@ bool DxfReader::readTable() {
     if (!handleTag && type == "DIMSTYLE") handleTag = db_.find(begin, count, 5);
     const Handle handle = handleTag ? parseHandle(db_.text(*handleTag)) : 0;
     if (name.empty() && (type == "LAYER" || type == "LTYPE" || type == "BLOCK_RECORD")) {
-      warnings_.add("noname-" + type, db_.fileName + ": line or offset " + std::to_string(line) + ": a " + type +
+      warnings_.add("noname-" + type, db_.fileName + ": " + place(line) + ": a " + type +
                                           " entry without a name was skipped");
       continue;
     }
@@ -692,7 +696,7 @@ void DxfReader::finish() {
     if (it != db_.byHandle.end() && idKind(it->second) == IdKind::BlockRecord && db_.blocks[idIndex(it->second)].isLayout) {
       db_.entities[index].block = idIndex(it->second);
     } else if (it == db_.byHandle.end()) {
-      warnings_.add("owner", db_.fileName + ": line or offset " + std::to_string(db_.entities[index].line) +
+      warnings_.add("owner", db_.fileName + ": " + place(db_.entities[index].line) +
                                  ": an entity names an owner that does not exist; its space flag places it");
     }
   }
@@ -708,7 +712,7 @@ void DxfReader::finish() {
     if (!db_.byHandle.emplace(e.handle, makeId(IdKind::Entity, i)).second && duplicates++ == 0) firstDuplicateLine = e.line;
   }
   if (duplicates > 0)
-    report_.warnings.push_back(db_.fileName + ": line or offset " + std::to_string(firstDuplicateLine) + ": " +
+    report_.warnings.push_back(db_.fileName + ": " + place(firstDuplicateLine) + ": " +
                                std::to_string(duplicates) + " entities repeat a handle already used; each keeps its place");
   linkMTextColumns();
   for (std::uint32_t i = 0; i < db_.entities.size(); ++i) {
