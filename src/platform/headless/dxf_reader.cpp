@@ -236,6 +236,9 @@ bool DxfReader::run() {
   if (stray > 0)
     warnings_.add("stray", db_.fileName + ": " + strayAt + ": " + std::to_string(stray) +
                                 " groups outside any section were skipped");
+  if (tok_.grew())
+    warnings_.add("grew", db_.fileName + ": the file grew while it was read; only its first " +
+                              std::to_string(tok_.fileSize()) + " bytes were read");
   if (!sawEof) {
     warnings_.add("eof", db_.fileName + ": the file ends without 0/EOF");
   } else if (tok_.hasMoreInput()) {

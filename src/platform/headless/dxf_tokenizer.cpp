@@ -141,8 +141,18 @@ bool DxfTokenizer::fill(std::size_t need) {
   }
   while (end_ - pos_ < need && !eof_) {
     if (buf_.size() - end_ < kChunk / 2) buf_.resize(std::max(buf_.size() * 2, need + kChunk));
-    const std::size_t got = std::fread(buf_.data() + end_, 1, buf_.size() - end_, file_);
-    if (got == 0) eof_ = true;
+    // A file is read up to the size it had when it was opened: one that grows while it is read (a log
+    // being written, a device) would otherwise never end.
+    std::size_t room = buf_.size() - end_;
+    if (fileSize_ >= 0) {
+      const long long unread = fileSize_ - consumed_ - static_cast<long long>(end_);
+      room = std::min(room, static_cast<std::size_t>(std::max(unread, 0LL)));
+    }
+    const std::size_t got = room > 0 ? std::fread(buf_.data() + end_, 1, room, file_) : 0;
+    if (got == 0) {
+      eof_ = true;
+      grew_ = room == 0 && std::fgetc(file_) != EOF;
+    }
     end_ += got;
   }
   return end_ - pos_ >= need;

@@ -53,6 +53,8 @@ class DxfTokenizer {
   long long position() const { return binary_ ? tagOffset_ : tagLine_; }
   // True when bytes remain after the last tag read.
   bool hasMoreInput();
+  // True when the file held more bytes at its end than when it was opened; those were not read.
+  bool grew() const { return grew_; }
 
  private:
   DxfTokenizer(std::FILE* file, std::string path, bool binary);
@@ -72,6 +74,7 @@ class DxfTokenizer {
   std::vector<char> buf_;
   std::size_t pos_ = 0, end_ = 0;
   bool eof_ = false;
+  bool grew_ = false;
   long long line_ = 0;          // lines consumed (ASCII)
   long long tagLine_ = 0;       // line of the last group code
   long long consumed_ = 0;      // bytes before buf_[0]
