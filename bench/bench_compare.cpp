@@ -3,8 +3,14 @@
 //
 // Revision B is revision A with 1 % of its entities edited, deleted or added. The drawings are generated on
 // first use (into VK_BENCH_DIR when set). Memory is the peak resident growth during a comparison.
+//
+// Stacked drawings put many lines on few keys (the same end points), told apart by their thickness only: the
+// pairing of entities sharing a key, all differing, all alike in another order, or ten to a key.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
+
+#include <cstdio>
+#include <functional>
 
 #include "bench_support.h"
 #include "engine/CompareLog.h"
@@ -60,6 +66,57 @@ void BM_Compare(benchmark::State& state) {
   state.counters["peak/files"] = peakKb * 1024.0 / bytes;
 }
 
+// Writes an ASCII DXF of `count` lines: line i runs from (0, y) to (100, y) with y = 10 * (i / perKey), so
+// that perKey lines share each key, and has the thickness thickness(i).
+bool writeStackedDrawing(const std::string& path, int count, int perKey, const std::function<double(int)>& thickness) {
+  std::FILE* f = std::fopen(path.c_str(), "w");
+  if (!f) return false;
+  std::fputs("  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  0\nENDSEC\n  0\nSECTION\n  2\nENTITIES\n", f);
+  for (int i = 0; i < count; ++i) {
+    const double y = 10.0 * (i / perKey);
+    std::fprintf(f, "  0\nLINE\n  5\n%X\n  8\n0\n 39\n%.2f\n 10\n0\n 20\n%g\n 30\n0\n 11\n100\n 21\n%g\n 31\n0\n",
+                 0x100 + i, thickness(i), y, y);
+  }
+  std::fputs("  0\nENDSEC\n  0\nEOF\n", f);
+  return std::fclose(f) == 0;
+}
+
+enum Stack : int { kAllDiffering, kAllAlike, kTenPerKey };
+
+void BM_Stacked(benchmark::State& state) {
+  const int count = static_cast<int>(state.range(0));
+  const auto stack = static_cast<Stack>(state.range(1));
+  const int perKey = stack == kTenPerKey ? 10 : count;
+  const std::string tag = std::to_string(count) + "_" + std::to_string(stack);
+  const std::string src = (folder->path() / ("stacked_a_" + tag + ".dxf")).string();
+  const std::string dst = (folder->path() / ("stacked_b_" + tag + ".dxf")).string();
+  const auto mine = [](int i) { return 0.01 * i; };
+  // Differing: no source line is alike to any destination line. Alike: the same lines, in reverse order.
+  // Ten per key: each key's lines in reverse order, every tenth key with one line thicker.
+  const std::function<double(int)> theirs =
+      stack == kAllDiffering ? std::function<double(int)>([](int i) { return 1000.0 + 0.01 * i; })
+      : stack == kAllAlike   ? std::function<double(int)>([count](int i) { return 0.01 * (count - 1 - i); })
+                             : std::function<double(int)>([](int i) {
+                                 const int key = i / 10, k = 9 - i % 10;
+                                 return 0.01 * (key * 10 + k) + (key % 10 == 0 && k == 0 ? 500.0 : 0.0);
+                               });
+  if (!writeStackedDrawing(src, count, perKey, mine) || !writeStackedDrawing(dst, count, perKey, theirs)) {
+    state.SkipWithError("the stacked drawings could not be written");
+    return;
+  }
+  headless::Console::instance().setEcho(nullptr);
+  LogFolder() = folder->path().string();
+  for (auto _ : state) {
+    RunSilentCompare(src, dst);
+    state.PauseTiming();
+    headless::Console::instance().reset();
+    state.ResumeTiming();
+  }
+  const RunOutcome expected = stack == kAllAlike ? RunOutcome::Identical : RunOutcome::Different;
+  if (CComparisonState::instance().lastOutcome != expected) state.SkipWithError("the comparison ended otherwise");
+  state.counters["entities"] = benchmark::Counter(2.0 * count, benchmark::Counter::kIsIterationInvariantRate);
+}
+
 // A comparison of two million-entity drawings takes seconds: one is enough.
 constexpr int kLargeIterations = 1;
 
@@ -78,6 +135,15 @@ int main(int argc, char** argv) {
       ->Arg(1'000'000)
       ->Unit(benchmark::kMillisecond)
       ->Iterations(kLargeIterations);
+  benchmark::RegisterBenchmark("stacked/differing", BM_Stacked)
+      ->Args({20'000, kAllDiffering})
+      ->Unit(benchmark::kMillisecond)
+      ->Iterations(kLargeIterations);
+  benchmark::RegisterBenchmark("stacked/alike", BM_Stacked)
+      ->Args({20'000, kAllAlike})
+      ->Unit(benchmark::kMillisecond)
+      ->Iterations(kLargeIterations);
+  benchmark::RegisterBenchmark("stacked/ten_per_key", BM_Stacked)->Args({20'000, kTenPerKey})->Unit(benchmark::kMillisecond);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   folder = nullptr;

@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "platform/headless/console.h"
+#include "platform/boundary.h"
 #include "shell/exports.h"
 
 namespace vkcompare {
@@ -20,9 +21,7 @@ std::string currentFolder() {
   return ".";
 }
 
-}  // namespace
-
-int runCompare(const std::string& source, const std::string& destination, const std::string& logFolder) {
+int compareFiles(const std::string& source, const std::string& destination, const std::string& logFolder) {
   headless::Console& console = headless::Console::instance();
   console.setEcho(stdout);
   // The progress bar goes to the terminal only; redirected output stays clean.
@@ -49,6 +48,16 @@ int runCompare(const std::string& source, const std::string& destination, const 
       return 2;
     default: return 2;
   }
+}
+
+}  // namespace
+
+int runCompare(const std::string& source, const std::string& destination, const std::string& logFolder) {
+  return RunGuarded(
+      2, [&] { return compareFiles(source, destination, logFolder); },
+      [&](const char* reason) {
+        std::fprintf(stderr, "vkcompare: %s against %s: %s\n", source.c_str(), destination.c_str(), reason);
+      });
 }
 
 }  // namespace vkcompare

@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "json.h"
 #include "platform/database.h"
+#include "platform/boundary.h"
 
 namespace vkcompare {
 
@@ -138,20 +139,25 @@ int runInfo(int argc, char** argv) {
     std::fprintf(stderr, "usage: vkcompare info [--json] FILE\n");
     return 2;
   }
-  platform::ReadReport report;
-  const auto db = platform::Database::read(file, report);
-  if (!db) {
-    std::fprintf(stderr, "vkcompare: %s\n", report.error.c_str());
-    return 2;
-  }
-  const DrawingInfo info = collect(*db);
-  if (json) {
-    std::fputs(toJson(*db, info, report).c_str(), stdout);
-  } else {
-    for (const std::string& w : report.warnings) std::fprintf(stderr, "vkcompare: warning: %s\n", w.c_str());
-    printTable(*db, info);
-  }
-  return 0;
+  return RunGuarded(
+      2,
+      [&] {
+        platform::ReadReport report;
+        const auto db = platform::Database::read(file, report);
+        if (!db) {
+          std::fprintf(stderr, "vkcompare: %s\n", report.error.c_str());
+          return 2;
+        }
+        const DrawingInfo info = collect(*db);
+        if (json) {
+          std::fputs(toJson(*db, info, report).c_str(), stdout);
+        } else {
+          for (const std::string& w : report.warnings) std::fprintf(stderr, "vkcompare: warning: %s\n", w.c_str());
+          printTable(*db, info);
+        }
+        return 0;
+      },
+      [&](const char* reason) { std::fprintf(stderr, "vkcompare: %s: %s\n", file.c_str(), reason); });
 }
 
 }  // namespace vkcompare

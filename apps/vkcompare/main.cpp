@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "platform/boundary.h"
 #include "shell/version.h"
 
 namespace {
@@ -29,9 +30,7 @@ constexpr const char* kUsage =
     "  --help         show this help and exit\n"
     "  --version      show the version and exit\n";
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   if (argc < 2) {
     std::fputs(kUsage, stderr);
     return 2;
@@ -65,4 +64,12 @@ int main(int argc, char** argv) {
     return 2;
   }
   return vkcompare::runCompare(files[0], files[1], logFolder);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // The commands say which file they were at when something is thrown; this is the last stop.
+  return RunGuarded(2, [&] { return run(argc, argv); },
+                    [](const char* reason) { std::fprintf(stderr, "vkcompare: %s\n", reason); });
 }

@@ -76,6 +76,20 @@ std::string contentDifferences(EntityMap& source, EntityMap& destination, const 
   return out;
 }
 
+// What two contents agree on when pairing them gives no record: the same keys with alike comparers. The
+// sum is independent of the order in which entities of one key were filed.
+std::uint64_t contentDigest(const EntityMap& map) {
+  std::uint64_t sum = 0;
+  for (const auto& [key, comparer] : map) {
+    if (comparer->excluded != 0) continue;
+    TextDigest d;
+    d.add(key);
+    d.add(comparer->commonDigest());
+    sum += d.value();
+  }
+  return sum;
+}
+
 }  // namespace
 
 CVkAcDbBlockReference::CVkAcDbBlockReference() : CVkDetailedEntity(kTraits) {}
@@ -109,6 +123,13 @@ void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform:
     if (c) entities_.emplace(c->keyText(), std::move(c));
   }
   contentLoaded_ = true;
+}
+
+bool CVkAcDbBlockReference::digestOwnTexts(TextDigest& digest) const {
+  if (!CVkDetailedEntity::digestOwnTexts(digest)) return false;
+  digest.add(contentDigest(entities_));
+  digest.add(contentDigest(attributes_));
+  return true;
 }
 
 std::unique_ptr<CDiffType> CVkAcDbBlockReference::compare(const CVkAcadEntityBase& other) {

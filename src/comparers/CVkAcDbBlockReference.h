@@ -14,6 +14,8 @@ class CVkAcDbBlockReference final : public CVkDetailedEntity {
   // "块内[" and the records of the block's entities, then "属性[" and those of the attributes, each group
   // closed by "]"; a record is its own text (an added entity "...新增,", a deleted one "...删除,").
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  // The detail texts and, when details are compared, the keys and common digests of the contents.
+  bool digestOwnTexts(TextDigest& digest) const override;
 
   const EntityMap& blockEntities() const { return entities_; }
   const EntityMap& attributeEntities() const { return attributes_; }

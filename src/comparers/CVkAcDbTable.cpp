@@ -79,6 +79,15 @@ void CVkAcDbTable::loadDetail(const platform::Entity& entity, platform::Matrix3d
     }
 }
 
+bool CVkAcDbTable::digestOwnTexts(TextDigest& digest) const {
+  if (!isCompared(kCodeDetails)) return false;
+  for (const std::string* t : {&rotationText_, &scaleText_, &blockNameText_, &rowsText_, &columnsText_, &widthText_,
+                               &heightText_})
+    digest.add(*t);
+  digest.add(static_cast<std::uint64_t>(cells_.size()));
+  return true;
+}
+
 std::unique_ptr<CDiffType> CVkAcDbTable::compare(const CVkAcadEntityBase& other) {
   extraMessage_.clear();
   auto record = CVkAcadEntityBase::compare(other);

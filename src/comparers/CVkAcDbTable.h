@@ -23,6 +23,8 @@ class CVkAcDbTable final : public CVkAcadEntityBase {
   // With details compared, appends the table's messages, then lists every cell ("第%d行,第%d列:") with
   // the messages of its differences; cell arrays of different lengths give "单元格数量不一样," alone.
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  // The table's texts and its number of cells, when details are compared.
+  bool digestOwnTexts(TextDigest& digest) const override;
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
 
   const std::string& rotationText() const { return rotationText_; }

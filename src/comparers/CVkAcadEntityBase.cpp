@@ -2,6 +2,7 @@
 #include "comparers/CVkAcadEntityBase.h"
 
 #include <cmath>
+#include <typeinfo>
 #include <utility>
 
 #include "platform/text.h"
@@ -108,6 +109,48 @@ void orderCanonically(platform::Point3d& a, platform::Point3d& b) {
   }
 }
 
+void TextDigest::add(std::string_view text) {
+  for (const char c : text) h_ = (h_ ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  add(static_cast<std::uint64_t>(text.size()));
+}
+
+void TextDigest::add(std::uint64_t value) {
+  for (int i = 0; i < 8; ++i, value >>= 8) h_ = (h_ ^ (value & 0xFF)) * 1099511628211ull;
+}
+
+// The common properties compared for every class: the text, its property code and its message.
+struct CVkAcadEntityBase::Common {
+  const std::string CVkAcadEntityBase::*text;
+  int code;
+  const char* message;
+};
+
+const CVkAcadEntityBase::Common CVkAcadEntityBase::kCommon[] = {
+    {&CVkAcadEntityBase::layerText_, kCodeLayer, "所在层不相同,"},
+    {&CVkAcadEntityBase::colorText_, kCodeColor, "颜色不相同,"},
+    {&CVkAcadEntityBase::linetypeText_, kCodeLinetype, "线型或线型比例不相同,"},
+    {&CVkAcadEntityBase::lineweightText_, kCodeLineweight, "线宽不相同,"},
+    {&CVkAcadEntityBase::textStyleText_, kCodeTextStyle, "文本类型不相同,"},
+    {&CVkAcadEntityBase::zText_, kCodeZ, "Z坐标不相同,"},
+};
+
+std::uint64_t CVkAcadEntityBase::commonDigest() const {
+  TextDigest d;
+  for (const Common& c : kCommon) d.add(isCompared(c.code) ? std::string_view(this->*c.text) : std::string_view());
+  return d.value();
+}
+
+CVkAcadEntityBase::Digests CVkAcadEntityBase::digests() const {
+  const std::uint64_t common = commonDigest();
+  TextDigest d;
+  d.add(common);
+  d.add(typeid(*this).name());
+  const bool own = digestOwnTexts(d);
+  return {common, own ? d.value() : common, own};
+}
+
+bool CVkAcadEntityBase::digestOwnTexts(TextDigest&) const { return false; }
+
 const CompareOptions& CVkAcadEntityBase::options() const { return options_ ? *options_ : defaultOptions(); }
 
 double CVkAcadEntityBase::minZ() const {
@@ -167,19 +210,6 @@ std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& o
   auto record = std::make_unique<CDiffType>();
   record->setExtents(placedExtents_);
   message_.assign(description_);
-  struct Common {
-    const std::string CVkAcadEntityBase::*text;
-    int code;
-    const char* message;
-  };
-  static constexpr Common kCommon[] = {
-      {&CVkAcadEntityBase::layerText_, kCodeLayer, "所在层不相同,"},
-      {&CVkAcadEntityBase::colorText_, kCodeColor, "颜色不相同,"},
-      {&CVkAcadEntityBase::linetypeText_, kCodeLinetype, "线型或线型比例不相同,"},
-      {&CVkAcadEntityBase::lineweightText_, kCodeLineweight, "线宽不相同,"},
-      {&CVkAcadEntityBase::textStyleText_, kCodeTextStyle, "文本类型不相同,"},
-      {&CVkAcadEntityBase::zText_, kCodeZ, "Z坐标不相同,"},
-  };
   for (const Common& c : kCommon)
     if (this->*c.text != other.*c.text && isCompared(c.code)) message_ += c.message;
   record->text = message_;

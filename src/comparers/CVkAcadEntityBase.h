@@ -2,6 +2,7 @@
 // extents, key) and the comparison of the common properties.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -11,6 +12,17 @@
 #include "comparers/LayerContext.h"
 #include "platform/database.h"
 #include "platform/geometry.h"
+
+// A running 64-bit FNV-1a digest of texts; each text is closed by its length, so lists never run together.
+class TextDigest {
+ public:
+  void add(std::string_view text);
+  void add(std::uint64_t value);
+  std::uint64_t value() const { return h_; }
+
+ private:
+  std::uint64_t h_ = 14695981039346656037ull;
+};
 
 class CVkAcadEntityBase {
  public:
@@ -48,6 +60,20 @@ class CVkAcadEntityBase {
   double minZ() const;
   double maxZ() const;
 
+  // Digests for finding alike partners among many entities of one key. The common digest covers the compared
+  // common texts; the full digest adds the class and its own compared texts. b.compare(a) can find them
+  // alike only when their common digests are equal and, when b has texts of its own, their full digests too.
+  struct Digests {
+    std::uint64_t common;
+    std::uint64_t full;  // the common digest when the class has no texts of its own
+    bool ownTexts;
+  };
+  std::uint64_t commonDigest() const;
+  Digests digests() const;
+  // Adds the texts this class compares beyond the common ones; false when it compares none, so that a
+  // comparer of another class may still be found alike to this one.
+  virtual bool digestOwnTexts(TextDigest& digest) const;
+
   // Set by the factory before load.
   void setContexts(const void* readerContext, const CLayerContext* layerContext, const platform::Matrix3d* drawingTransform,
                    const CompareOptions* options) {
@@ -78,6 +104,8 @@ class CVkAcadEntityBase {
   std::string message_;
 
  private:
+  struct Common;
+  static const Common kCommon[6];
   platform::ErrorStatus extentsStatus_ = platform::ErrorStatus::eOk;
   platform::Extents3d placedExtents_;
   platform::Extents3d spareExtents_;

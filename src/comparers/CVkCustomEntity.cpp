@@ -83,6 +83,12 @@ void CVkCustomEntity::captureGroups(const platform::ResBufList& list, const plat
   }
 }
 
+bool CVkCustomEntity::digestOwnTexts(TextDigest& digest) const {
+  if (!isCompared(kCodeDetails)) return false;
+  digest.add(groupText_);
+  return true;
+}
+
 std::unique_ptr<CDiffType> CVkCustomEntity::compare(const CVkAcadEntityBase& other) {
   extraMessage_.clear();
   auto record = CVkAcadEntityBase::compare(other);

@@ -11,6 +11,8 @@ class CVkCustomEntity final : public CVkAcadEntityBase {
  public:
   void load(const platform::Entity& entity, platform::Matrix3d transform) override;
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  // The group text, when details are compared.
+  bool digestOwnTexts(TextDigest& digest) const override;
   // Captures the compared groups: every group but those the common properties cover, each whose
   // property code is compared, sorted by group code and joined as ",code,value" pairs.
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;

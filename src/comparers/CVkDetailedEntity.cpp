@@ -55,6 +55,16 @@ void CVkDetailedEntity::appendDetailMessages(const CVkAcadEntityBase& other) {
   }
 }
 
+bool CVkDetailedEntity::digestOwnTexts(TextDigest& digest) const {
+  if (!isCompared(kCodeDetails) || traits_.details.empty()) return false;
+  for (const std::string& t : texts_) digest.add(t);
+  for (const std::vector<std::string>& list : lists_) {
+    digest.add(static_cast<std::uint64_t>(list.size()));
+    for (const std::string& t : list) digest.add(t);
+  }
+  return true;
+}
+
 std::unique_ptr<CDiffType> CVkDetailedEntity::compare(const CVkAcadEntityBase& other) {
   extraMessage_.clear();
   auto record = CVkAcadEntityBase::compare(other);

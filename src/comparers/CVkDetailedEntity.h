@@ -44,6 +44,8 @@ class CVkDetailedEntity : public CVkAcadEntityBase {
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
   // Captures every detail text and list of the class's table.
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
+  // The detail texts and lists, when details are compared and the class's table has any.
+  bool digestOwnTexts(TextDigest& digest) const override;
 
   const std::vector<std::string>& detailTexts() const { return texts_; }
   const std::vector<std::vector<std::string>>& detailLists() const { return lists_; }

@@ -1,6 +1,9 @@
 // The pairing rules.
 #include "comparers/PairingRules.h"
 
+#include <algorithm>
+#include <cstdint>
+
 namespace {
 
 bool handled(const CVkAcadEntityBase& e) { return e.excluded != 0 || e.matched == 1; }
@@ -32,11 +35,68 @@ struct Pairing {
   }
 };
 
+// The sources of one key by digest, so that a destination finds the first source (in filing order) that it
+// is alike to by a lookup: only sources with its digest can be alike to it.
+class AlikeIndex {
+ public:
+  template <class It>
+  void build(It begin, It end) {
+    byCommon_.clear();
+    byFull_.clear();
+    for (auto s = begin; s != end; ++s) {
+      CVkAcadEntityBase* e = s->second.get();
+      const CVkAcadEntityBase::Digests digests = e->digests();
+      byCommon_.push_back({digests.common, 0, e});
+      byFull_.push_back({digests.full, 0, e});
+    }
+    prepare(byCommon_);
+    prepare(byFull_);
+  }
+
+  // Pairs d with the first unhandled source alike to it, by the equality test; false when there is none.
+  bool pairAlike(CVkAcadEntityBase& d) {
+    const CVkAcadEntityBase::Digests digests = d.digests();
+    return digests.ownTexts ? pairIn(byFull_, digests.full, d) : pairIn(byCommon_, digests.common, d);
+  }
+
+ private:
+  struct Entry {
+    std::uint64_t digest;
+    std::uint32_t first;  // at the start of a run of one digest: where its unhandled entries may begin
+    CVkAcadEntityBase* source;
+  };
+
+  static void prepare(std::vector<Entry>& entries) {
+    std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.digest < b.digest; });
+    for (std::size_t i = 0; i < entries.size(); ++i) entries[i].first = static_cast<std::uint32_t>(i);
+  }
+
+  static bool pairIn(std::vector<Entry>& entries, std::uint64_t digest, CVkAcadEntityBase& d) {
+    const auto run = std::lower_bound(entries.begin(), entries.end(), digest,
+                                      [](const Entry& e, std::uint64_t v) { return e.digest < v; });
+    if (run == entries.end() || run->digest != digest) return false;
+    // Handled entries at the front of the run are passed once; unlike ones (digests that collide) are tried.
+    for (std::size_t i = run->first; i < entries.size() && entries[i].digest == digest; ++i) {
+      CVkAcadEntityBase& s = *entries[i].source;
+      if (handled(s)) {
+        if (i == run->first) ++run->first;
+        continue;
+      }
+      if (isSameAs(s, d)) return true;
+    }
+    return false;
+  }
+
+  std::vector<Entry> byCommon_;
+  std::vector<Entry> byFull_;
+};
+
 }  // namespace
 
 void PairEntityMaps(EntityMap& src, EntityMap& dst, std::vector<std::unique_ptr<CDiffType>>& records,
                     std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds) {
   Pairing p{records, sourceIds, destinationIds};
+  AlikeIndex alike;
   // Both collections are ordered by key: the source's range of each key is found by walking the source
   // alongside the destination instead of searching it.
   auto srcNext = src.begin();
@@ -59,19 +119,16 @@ void PairEntityMaps(EntityMap& src, EntityMap& dst, std::vector<std::unique_ptr<
     if (oneSource && oneDestination) {
       p.pair(*srcBegin->second, *dstBegin->second);
     } else if (srcBegin != srcEnd) {
-      // Equal pairs first, whatever their order in the collections; then what is left is paired in order.
+      // Alike pairs first, whatever their order in the collections; then what is left is paired in order.
+      alike.build(srcBegin, srcEnd);
+      for (auto d = dstBegin; d != dstEnd; ++d)
+        if (!handled(*d->second)) alike.pairAlike(*d->second);
+      auto s = srcBegin;
       for (auto d = dstBegin; d != dstEnd; ++d) {
         if (handled(*d->second)) continue;
-        for (auto s = srcBegin; s != srcEnd; ++s)
-          if (!handled(*s->second) && isSameAs(*s->second, *d->second)) break;
-      }
-      for (auto d = dstBegin; d != dstEnd; ++d) {
-        if (handled(*d->second)) continue;
-        for (auto s = srcBegin; s != srcEnd; ++s) {
-          if (handled(*s->second)) continue;
-          p.pair(*s->second, *d->second);
-          break;
-        }
+        while (s != srcEnd && handled(*s->second)) ++s;
+        if (s == srcEnd) break;
+        p.pair(*s->second, *d->second);
       }
     }
     node = dstEnd;  // every entity of this key has been dealt with

@@ -11,8 +11,12 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 
+std::string DefaultLogFolder() {
+  return std::string(platform::parentPath(platform::parentPath(platform::moduleFilePath())));
+}
+
 std::string& LogFolder() {
-  static std::string folder = std::string(platform::parentPath(platform::parentPath(platform::moduleFilePath())));
+  static std::string folder = DefaultLogFolder();
   return folder;
 }
 

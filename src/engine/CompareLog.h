@@ -6,6 +6,8 @@
 // The folder the log goes to. At first use it is the parent of the folder that holds the module file;
 // a front end may set another.
 std::string& LogFolder();
+// That first folder: the parent of the folder that holds the module file.
+std::string DefaultLogFolder();
 
 // Writes the first count records of the comparison state under section "差异内容", keys "差异0", "差异1", ...,
 // then prints the file's path on the command line. Returns the path; written tells whether the file

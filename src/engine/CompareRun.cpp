@@ -4,6 +4,7 @@
 #include "engine/CompareLog.h"
 #include "engine/ComparisonState.h"
 #include "engine/Pairing.h"
+#include "platform/boundary.h"
 #include "platform/host.h"
 #include "platform/text.h"
 #include "ui/CompareConfigFile.h"
@@ -14,7 +15,10 @@ namespace {
 // Reads one side database; the reader's detailed error is kept for front ends.
 std::unique_ptr<platform::Database> readSide(const std::string& path, CComparisonState& state) {
   platform::ReadReport report;
-  auto db = platform::Database::read(path, report);
+  // A drawing too large for the memory left is refused like any drawing that cannot be read.
+  auto db = RunGuarded(
+      std::unique_ptr<platform::Database>(), [&] { return platform::Database::read(path, report); },
+      [&](const char* reason) { report.error = path + ": " + reason; });
   if (!db && state.lastError.empty()) state.lastError = report.error;
   state.lastWarnings.insert(state.lastWarnings.end(), report.warnings.begin(), report.warnings.end());
   return db;

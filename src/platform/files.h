@@ -26,7 +26,8 @@ bool CreateFolderPath(std::string path);
 
 // Reads a whole file; false (and an error text) when it cannot be read.
 bool readWholeFile(const std::string& path, std::string& contents, std::string* error = nullptr);
-// Reads at most count bytes from the start of a file (fewer when it is shorter); false when it cannot be opened.
+// Reads at most count bytes from the start of a file (fewer when it is shorter); false when it cannot be opened
+// or is no regular file (a folder, a FIFO, a device).
 bool readFileHead(const std::string& path, std::size_t count, std::string& bytes);
 // Writes a file whole or not at all: the bytes go to a temporary file beside it, which then replaces the
 // old file in one step. A read-only file, or a folder that cannot be written, leaves the old file intact.

@@ -6,20 +6,34 @@
 #include "engine/CompareLog.h"
 #include "engine/CompareRun.h"
 #include "engine/ComparisonState.h"
+#include "platform/boundary.h"
 #include "platform/host.h"
 
 extern "C" int I_VkCompareCurFile() { return 0; }
 
 extern "C" int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath, double*, double*, double*,
                                        double*, double*, double*) {
-  const std::string source = sourcePath ? sourcePath : "";
-  const std::string destination = destinationPath ? destinationPath : "";
-  if (source.empty() && destination.empty()) {
-    platform::printToCommandLine("文件名不能为空");
-    // Deliberately 1, not -1 as the interactive export answers.
-    return 1;
-  }
-  return RunSilentCompare(source, destination);
+  const char* source = sourcePath ? sourcePath : "";
+  const char* destination = destinationPath ? destinationPath : "";
+  CComparisonState& state = CComparisonState::instance();
+  // A run that throws is trouble: its drawings are let go and the reason kept for the front ends.
+  return RunGuarded(
+      1,
+      [&] {
+        if (!*source && !*destination) {
+          platform::printToCommandLine("文件名不能为空");
+          // Deliberately 1, not -1 as the interactive export answers.
+          return 1;
+        }
+        return RunSilentCompare(source, destination);
+      },
+      [&](const char* reason) {
+        state.EndOnFailure();
+        state.Prepare();
+        state.lastOutcome = RunOutcome::Trouble;
+        state.lastError = std::string(source) + " against " + destination + ": " + reason;
+        platform::printToCommandLine(state.lastError);
+      });
 }
 
 extern "C" int VkLastSilentOutcome() {
@@ -43,4 +57,12 @@ extern "C" const char* VkLastSilentWarning(int index) {
 }
 extern "C" const char* VkLastLogPath() { return CComparisonState::instance().lastLogPath.c_str(); }
 extern "C" int VkLastLogWritten() { return CComparisonState::instance().lastLogWritten ? 1 : 0; }
-extern "C" void VkSetLogFolder(const char* folder) { LogFolder() = folder ? folder : ""; }
+extern "C" void VkSetLogFolder(const char* folder) {
+  RunGuarded(
+      false,
+      [&] {
+        LogFolder() = folder && *folder ? std::string(folder) : DefaultLogFolder();
+        return true;
+      },
+      [&](const char* reason) { platform::printToCommandLine(std::string(folder ? folder : "") + ": " + reason); });
+}

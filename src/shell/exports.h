@@ -8,7 +8,9 @@ int I_VkCompareCurFile();
 
 // The silent comparison of two drawing files (UTF-8 paths). The six points (area corners and base points,
 // three doubles each) are accepted and not used. Returns 1 after printing "文件名不能为空" when both names
-// are empty; else 0 when differences were found (and logged), 1 otherwise.
+// are empty; else 0 when differences were found (and logged), 1 otherwise. Nothing it meets is thrown out
+// of it: a run that fails so ends as trouble, its reason (naming both files) on the command line and in
+// VkLastSilentError.
 int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath, double* point1, double* point2,
                             double* point3, double* point4, double* point5, double* point6);
 
@@ -22,5 +24,6 @@ int VkLastSilentWarningCount();
 const char* VkLastSilentWarning(int index);
 const char* VkLastLogPath();
 int VkLastLogWritten();
+// Null or "" gives logs back to the module's own rule (beside its installation).
 void VkSetLogFolder(const char* folder);
 }

@@ -737,8 +737,9 @@ bool readDxf(const std::string& path, DatabaseData& data, ReadReport& report) {
   data.fileName = path;
   data.format = tok->isBinary() ? "dxf-binary" : "dxf-ascii";
   // Reserving by the file's size spares the copies of growing: a group takes about 12 bytes of ASCII DXF,
-  // an entity about 100 and texts about a quarter of the file.
-  if (const long long size = tok->fileSize(); size > 0) {
+  // an entity about 100 and texts about a quarter of the file. Past a gigabyte the storage grows as it is
+  // filled, so that a huge file that holds little (a sparse one) costs nothing before it is read.
+  if (const long long size = std::min(tok->fileSize(), 1LL << 30); size > 0) {
     data.tags.reserve(static_cast<std::size_t>(size / 12));
     data.entities.reserve(static_cast<std::size_t>(size / 100));
     data.arena.reserve(static_cast<std::size_t>(size / 4));

@@ -1,6 +1,10 @@
 // DXF tag tokenizer for ASCII and binary files.
 #include "platform/headless/dxf_tokenizer.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -83,9 +87,29 @@ TagType tagTypeOf(int code) {
 }
 
 std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::string& error) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
+  // Opened without waiting, so that a FIFO with no writer is refused rather than waited on.
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  struct stat st;
+  if (fd < 0 || ::fstat(fd, &st) != 0) {
+    error = path + ": cannot open the file: " + std::strerror(errno);
+    if (fd >= 0) ::close(fd);
+    return nullptr;
+  }
+  const char* kind = S_ISREG(st.st_mode)   ? nullptr
+                     : S_ISDIR(st.st_mode) ? "a folder"
+                     : S_ISFIFO(st.st_mode) ? "a FIFO"
+                     : S_ISCHR(st.st_mode)  ? "a character device"
+                     : S_ISBLK(st.st_mode)  ? "a block device"
+                                            : "a socket or other special file";
+  if (kind) {
+    error = path + ": not a regular file (" + kind + ")";
+    ::close(fd);
+    return nullptr;
+  }
+  std::FILE* f = ::fdopen(fd, "rb");
   if (!f) {
     error = path + ": cannot open the file: " + std::strerror(errno);
+    ::close(fd);
     return nullptr;
   }
   char head[kSentinelSize + 2] = {};
@@ -94,8 +118,7 @@ std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::s
                       head[kSentinelSize - 1] == '\0';
   std::rewind(f);
   auto t = std::unique_ptr<DxfTokenizer>(new DxfTokenizer(f, path, binary));
-  if (std::fseek(f, 0, SEEK_END) == 0) t->fileSize_ = std::ftell(f);
-  std::rewind(f);
+  t->fileSize_ = st.st_size;
   if (binary) {
     // R12 binary files write the first group code (0) as one byte, followed by "SECTION".
     t->twoByteCodes_ = !(n > kSentinelSize + 1 && head[kSentinelSize + 1] != '\0');

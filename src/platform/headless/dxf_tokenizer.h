@@ -36,7 +36,8 @@ constexpr int kMaxGroupCode = 1071;
 
 class DxfTokenizer {
  public:
-  // Opens a file; null with an error text (naming the file) when it cannot be opened.
+  // Opens a file; null with an error text (naming the file) when it cannot be opened or is no regular file
+  // (a folder, a FIFO, a device), which is refused before anything is read.
   static std::unique_ptr<DxfTokenizer> open(const std::string& path, std::string& error);
   ~DxfTokenizer();
 

@@ -53,8 +53,14 @@ bool readWholeFile(const std::string& path, std::string& contents, std::string* 
 }
 
 bool readFileHead(const std::string& path, std::size_t count, std::string& bytes) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Only regular files: a FIFO is not waited on, a device not read.
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return false;
+  struct stat st;
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    ::close(fd);
+    return false;
+  }
   bytes.assign(count, '\0');
   std::size_t got = 0;
   while (got < count) {
@@ -103,14 +109,19 @@ bool writeWholeFile(const std::string& path, std::string_view contents, std::str
   if (ok && ::fsync(fd) != 0) ok = false;
   if (ok) ::fchmod(fd, mode);
   if (::close(fd) != 0) ok = false;
+  // The temporary file goes before the error text is built: building it may throw when memory runs out.
   if (!ok) {
-    setError(error, path, "cannot write");
+    const int e = errno;
     ::unlink(tmp.c_str());
+    errno = e;
+    setError(error, path, "cannot write");
     return false;
   }
   if (::rename(tmp.c_str(), path.c_str()) != 0) {
-    setError(error, path, "cannot replace");
+    const int e = errno;
     ::unlink(tmp.c_str());
+    errno = e;
+    setError(error, path, "cannot replace");
     return false;
   }
   return true;

@@ -1,0 +1,151 @@
+// The vkcompare command line, run as a program: exit statuses, what it says on stderr and the log it leaves.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "support/TestSupport.h"
+
+namespace {
+
+struct Result {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string quoted(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+struct VkcompareFixture : ::testing::Test {
+  vktest::TempDir dir;
+  void SetUp() override { vktest::isolateSettings(); }
+
+  // Runs vkcompare in the test's folder with the arguments (each quoted), stdin closed, after the shell
+  // command prefix.
+  Result run(const std::vector<std::string>& args, const std::string& prefix = "") {
+    std::string cmd = prefix + "cd " + quoted(dir.path()) + " && timeout 60 " + quoted(VKCOMPARE_PATH);
+    for (const std::string& a : args) cmd += " " + quoted(a);
+    cmd += " </dev/null >" + quoted(dir.file("out.txt")) + " 2>" + quoted(dir.file("err.txt"));
+    const int raw = std::system(cmd.c_str());
+    Result r;
+    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    r.out = vktest::readFile(dir.file("out.txt"));
+    r.err = vktest::readFile(dir.file("err.txt"));
+    std::filesystem::remove(dir.file("out.txt"));
+    std::filesystem::remove(dir.file("err.txt"));
+    return r;
+  }
+  std::string data(const char* name) const { return vktest::dataDir() + "/" + name; }
+  int logs() const {
+    int n = 0;
+    for (const auto& e : std::filesystem::directory_iterator(dir.path())) n += e.path().extension() == ".ini";
+    return n;
+  }
+};
+
+TEST_F(VkcompareFixture, ExitStatusesSayIdenticalDifferentOrTrouble) {
+  const Result same = run({data("two_entities.dxf"), data("two_entities.dxf")});
+  EXPECT_EQ(same.status, 0) << same.err;
+  EXPECT_NE(same.out.find("文件完全相同"), std::string::npos) << same.out;
+  EXPECT_EQ(logs(), 0);
+
+  const Result changed = run({data("two_entities.dxf"), data("two_entities_recoloured.dxf")});
+  EXPECT_EQ(changed.status, 1) << changed.err;
+  EXPECT_NE(changed.out.find("发现有(1)个实体不同"), std::string::npos) << changed.out;
+  EXPECT_EQ(changed.err, "");
+  EXPECT_EQ(logs(), 1);
+
+  const Result missing = run({data("two_entities.dxf"), dir.file("nowhere.dxf")});
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_NE(missing.err.find(dir.file("nowhere.dxf") + ": cannot open the file: No such file"), std::string::npos)
+      << missing.err;
+  EXPECT_EQ(logs(), 1);  // trouble leaves no log
+}
+
+// What cannot be a drawing is refused before it is read, with the file and the reason, by both commands.
+TEST_F(VkcompareFixture, RefusesWhatIsNoRegularFile) {
+  const std::string fifo = dir.file("pipe.dxf");
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  const std::pair<std::string, std::string> cases[] = {
+      {dir.path(), "not a regular file (a folder)"},
+      {fifo, "not a regular file (a FIFO)"},
+      {"/dev/zero", "not a regular file (a character device)"},
+  };
+  for (const auto& [path, reason] : cases) {
+    for (bool asSource : {true, false}) {
+      const Result r = asSource ? run({path, data("two_entities.dxf")}) : run({data("two_entities.dxf"), path});
+      EXPECT_EQ(r.status, 2) << path;
+      EXPECT_NE(r.err.find("vkcompare: " + path + ": " + reason), std::string::npos) << r.err;
+    }
+    const Result info = run({"info", path});
+    EXPECT_EQ(info.status, 2) << path;
+    EXPECT_NE(info.err.find(path + ": " + reason), std::string::npos) << info.err;
+  }
+  EXPECT_EQ(logs(), 0);
+}
+
+TEST_F(VkcompareFixture, TruncatedDrawingIsNamedWithItsLine) {
+  const Result r = run({data("two_entities.dxf"), data("truncated.dxf")});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("vkcompare: " + data("truncated.dxf") + ": line "), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("the file ends inside a record"), std::string::npos) << r.err;
+  const Result info = run({"info", "--json", data("truncated.dxf")});
+  EXPECT_EQ(info.status, 2);
+  EXPECT_EQ(info.out, "");
+  EXPECT_NE(info.err.find(data("truncated.dxf") + ": line "), std::string::npos) << info.err;
+}
+
+// A drawing larger than the memory the process may take: the run ends as trouble naming the file, no log.
+TEST_F(VkcompareFixture, OutOfMemoryIsTroubleNamingTheFile) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the address sanitizer reserves more address space than the limit leaves";
+#else
+  const std::string huge = dir.file("huge.dxf");
+  vktest::writeFile(huge, "  0\nSECTION\n");
+  std::filesystem::resize_file(huge, std::uintmax_t{1} << 40);  // sparse: takes no room on disk
+  const std::string limit = "ulimit -v 2000000 && ";
+  for (bool asSource : {true, false}) {
+    Result r = run({asSource ? huge : data("two_entities.dxf"), asSource ? data("two_entities.dxf") : huge}, limit);
+    EXPECT_EQ(r.status, 2) << r.err;
+    EXPECT_NE(r.err.find("vkcompare: " + huge + ": out of memory"), std::string::npos) << r.err;
+    r = run({"info", huge}, limit);
+    EXPECT_EQ(r.status, 2) << r.err;
+    EXPECT_NE(r.err.find("vkcompare: " + huge + ": out of memory"), std::string::npos) << r.err;
+  }
+  EXPECT_EQ(logs(), 0);
+#endif
+}
+
+TEST_F(VkcompareFixture, OptionsHelpAndVersion) {
+  const Result unknown = run({"--fast", "a.dxf", "b.dxf"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_NE(unknown.err.find("unknown option '--fast'"), std::string::npos) << unknown.err;
+  EXPECT_NE(unknown.err.find("Usage: vkcompare"), std::string::npos);
+  EXPECT_EQ(unknown.out, "");
+
+  const Result none = run({});
+  EXPECT_EQ(none.status, 2);
+  EXPECT_NE(none.err.find("Usage: vkcompare"), std::string::npos);
+
+  const Result one = run({data("two_entities.dxf")});
+  EXPECT_EQ(one.status, 2);
+  EXPECT_NE(one.err.find("give two drawings"), std::string::npos) << one.err;
+
+  const Result help = run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(help.out.rfind("Usage: vkcompare", 0), 0u) << help.out;
+  EXPECT_EQ(help.err, "");
+
+  const Result version = run({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out.rfind("vkcompare (", 0), 0u) << version.out;
+  EXPECT_EQ(version.out.back(), '\n');
+}
+
+}  // namespace
