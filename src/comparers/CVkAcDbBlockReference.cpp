@@ -2,19 +2,20 @@
 // show: the block's entities and the attributes, paired as drawings are.
 #include "comparers/CVkAcDbBlockReference.h"
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 
 #include "comparers/CapturesBlocks.h"
 #include "comparers/ComparerFactory.h"
+#include "comparers/ReadContext.h"
 
 namespace {
 
 using platform::Accessor;
 
-// The block's name. The host numbers anonymous blocks (dynamic block states "*U12", tables "*T3", ...) anew
-// whenever a drawing is saved, so their number is left out and such references compare by their contents.
+// The block's name. The host renumbers anonymous blocks (dynamic block states "*U12", tables "*T3", ...) on
+// every save, so their number means nothing to the user and is left out: two saves of one drawing name the
+// same anonymous block differently.
 std::string blockName(const platform::Entity& e, const platform::Matrix3d&) {
   std::string name = e.text(Accessor::blockName);
   const platform::BlockRecord block = e.database().blockRecord(e.blockTableRecord());
@@ -28,36 +29,8 @@ const DetailProperty kDetails[] = {
     {"比例因子不相同,", capture::vector3<Accessor::blockScaleFactors>},  // AcDbBlockReference::scaleFactors
     {"块名不相同,", blockName},                                         // the block table record's name
 };
-constexpr std::size_t kBlockNameText = 2;
 
 const ComparerTraits kTraits{capture::positionKey, kDetails};
-
-// Blocks nest a few levels in real drawings; deeper nesting only comes from damaged drawings.
-constexpr std::size_t kMaxNesting = 16;
-
-// The blocks whose contents are being loaded, outermost first: a block met again inside itself is not walked.
-struct Expansion {
-  const platform::Database* db;
-  platform::ObjectId block;
-};
-std::vector<Expansion>& expanding() {
-  static thread_local std::vector<Expansion> stack;
-  return stack;
-}
-
-class ExpansionScope {
- public:
-  ExpansionScope(const platform::Database& db, platform::ObjectId block) { expanding().push_back({&db, block}); }
-  ~ExpansionScope() { expanding().pop_back(); }
-  ExpansionScope(const ExpansionScope&) = delete;
-  ExpansionScope& operator=(const ExpansionScope&) = delete;
-};
-
-bool mayExpand(const platform::Database& db, platform::ObjectId block) {
-  const auto& stack = expanding();
-  if (stack.size() >= kMaxNesting) return false;
-  return std::none_of(stack.begin(), stack.end(), [&](const Expansion& e) { return e.db == &db && e.block == block; });
-}
 
 void resetPairing(EntityMap& map) {
   for (auto& [key, comparer] : map) comparer->matched = 0;
@@ -111,8 +84,8 @@ void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform:
   }
 
   const platform::BlockRecord block = db.blockRecord(entity.blockTableRecord());
-  if (!block || !mayExpand(db, block.objectId())) return;
-  const ExpansionScope scope(db, block.objectId());
+  const CBlockWalk walk(readerContext(), block);
+  if (!walk) return;
   const platform::Matrix3d toWcs = entity.blockTransform();
   const platform::Matrix3d contentLoad = transform * toWcs;
   contentDrawingTransform_ = drawing * toWcs;
@@ -136,11 +109,11 @@ std::unique_ptr<CDiffType> CVkAcDbBlockReference::compare(const CVkAcadEntityBas
   auto record = CVkDetailedEntity::compare(other);
   if (!isCompared(kCodeDetails)) return record;
   const auto* source = dynamic_cast<const CVkAcDbBlockReference*>(&other);
-  // References of different blocks differ in their block; their contents are not the same thing to compare.
-  if (!source || source->detailTexts().size() <= kBlockNameText || detailTexts().size() <= kBlockNameText ||
-      source->detailTexts()[kBlockNameText] != detailTexts()[kBlockNameText])
-    return record;
-  extraMessage_ += contentDifferences(source->entities_, entities_, "块内[");
+  if (!source) return record;
+  // The contents are paired whatever the blocks are named: a renamed block showing the same entities is
+  // the same drawing to the user. Contents one side did not walk (cycle, nesting, budget) are not compared.
+  if (source->contentLoaded_ && contentLoaded_)
+    extraMessage_ += contentDifferences(source->entities_, entities_, "块内[");
   extraMessage_ += contentDifferences(source->attributes_, attributes_, "属性[");
   record->text = message_ + extraMessage_;
   return record;

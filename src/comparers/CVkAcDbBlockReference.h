@@ -10,7 +10,8 @@ class CVkAcDbBlockReference final : public CVkDetailedEntity {
   // The detail texts, then a comparer for every visible entity of the block (in drawing coordinates: the
   // drawing transform composed with the block transform) and for every visible attribute.
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
-  // The table's messages, then, when both references show the same block, the differences of their contents:
+  // The table's messages, then, whatever blocks they show, the differences of their contents (when both
+  // sides walked their block):
   // "块内[" and the records of the block's entities, then "属性[" and those of the attributes, each group
   // closed by "]"; a record is its own text (an added entity "...新增,", a deleted one "...删除,").
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
@@ -19,8 +20,8 @@ class CVkAcDbBlockReference final : public CVkDetailedEntity {
 
   const EntityMap& blockEntities() const { return entities_; }
   const EntityMap& attributeEntities() const { return attributes_; }
-  // False when the block's entities were not walked: the block is missing, contains itself, or lies deeper
-  // than the nesting limit.
+  // False when the block's entities were not walked: the block is missing, contains itself, lies deeper
+  // than the nesting limit or past the drawing's work budget, or the comparer was made without a read context.
   bool contentLoaded() const { return contentLoaded_; }
 
  private:

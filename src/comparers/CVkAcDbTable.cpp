@@ -1,6 +1,7 @@
 // Tables: keyed by their insertion point; compared on rotation, scale, block, size, and cell by cell.
 #include "comparers/CVkAcDbTable.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <typeinfo>
@@ -11,9 +12,8 @@ namespace {
 
 using platform::Accessor;
 
-// Tables of the host stay far below this many cells; larger counts come from damaged drawings, whose cells
-// are not listed.
-constexpr long long kMaxCells = 1 << 20;
+// Tables of the host stay far below this many cells; more come from damaged drawings, and no more are listed.
+constexpr std::size_t kMaxCells = 1 << 20;
 
 double at(const std::vector<double>& values, std::size_t i) { return i < values.size() ? values[i] : 0.0; }
 
@@ -57,26 +57,26 @@ void CVkAcDbTable::loadDetail(const platform::Entity& entity, platform::Matrix3d
   const std::vector<double> heights = entity.reals(Accessor::rowHeights);   // AcDbTable::rowHeight
   widthText_ = platform::fmt("%.2f", std::accumulate(widths.begin(), widths.end(), 0.0));
   heightText_ = platform::fmt("%.2f", std::accumulate(heights.begin(), heights.end(), 0.0));
-  // The cells, row by row: the width of their column, the height of their row, their content and date.
+  // The cells, row by row: the width of their column, the height of their row, their content and date. Only
+  // the cells the drawing holds are listed: rows times columns is a claim of the file, which may lie.
   const std::vector<std::string> texts = entity.texts(Accessor::cellTexts);  // AcDbTable::textString
   const std::vector<std::string> dates = entity.texts(Accessor::cellDates);  // the cell value's date
   cells_.clear();
-  const long long cellCount = static_cast<long long>(rows_) * columns_;
-  if (rows_ <= 0 || columns_ <= 0 || cellCount > kMaxCells) return;
-  cells_.reserve(static_cast<std::size_t>(cellCount));
-  for (int r = 0; r < rows_; ++r)
-    for (int c = 0; c < columns_; ++c) {
-      const std::size_t i =
-          static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(c);
-      Cell cell;
-      cell.row = r;
-      cell.column = c;
-      cell.widthText = platform::fmt("%.2f", at(widths, static_cast<std::size_t>(c)));
-      cell.heightText = platform::fmt("%.2f", at(heights, static_cast<std::size_t>(r)));
-      cell.outerCellText = i < texts.size() ? texts[i] : std::string();
-      cell.dateText = i < dates.size() ? dates[i] : std::string();
-      cells_.push_back(std::move(cell));
-    }
+  if (rows_ <= 0 || columns_ <= 0) return;
+  const auto claimed = static_cast<std::size_t>(rows_) * static_cast<std::size_t>(columns_);
+  const std::size_t count = std::min({claimed, std::max(texts.size(), dates.size()), kMaxCells});
+  const auto columns = static_cast<std::size_t>(columns_);
+  cells_.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    Cell cell;
+    cell.row = static_cast<int>(i / columns);
+    cell.column = static_cast<int>(i % columns);
+    cell.widthText = platform::fmt("%.2f", at(widths, i % columns));
+    cell.heightText = platform::fmt("%.2f", at(heights, i / columns));
+    cell.outerCellText = i < texts.size() ? texts[i] : std::string();
+    cell.dateText = i < dates.size() ? dates[i] : std::string();
+    cells_.push_back(std::move(cell));
+  }
 }
 
 bool CVkAcDbTable::digestOwnTexts(TextDigest& digest) const {

@@ -10,6 +10,7 @@
 #include "comparers/CompareOptions.h"
 #include "comparers/DiffRecord.h"
 #include "comparers/LayerContext.h"
+#include "comparers/ReadContext.h"
 #include "platform/database.h"
 #include "platform/geometry.h"
 
@@ -75,7 +76,7 @@ class CVkAcadEntityBase {
   virtual bool digestOwnTexts(TextDigest& digest) const;
 
   // Set by the factory before load.
-  void setContexts(const void* readerContext, const CLayerContext* layerContext, const platform::Matrix3d* drawingTransform,
+  void setContexts(CReadContext* readerContext, const CLayerContext* layerContext, const platform::Matrix3d* drawingTransform,
                    const CompareOptions* options) {
     readerContext_ = readerContext;
     layerContext_ = layerContext;
@@ -97,7 +98,7 @@ class CVkAcadEntityBase {
   void setTextStyleText(std::string s) { textStyleText_ = std::move(s); }
   const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
   // The contexts set by the factory, handed on to comparers made for an entity's contents.
-  const void* readerContext() const { return readerContext_; }
+  CReadContext* readerContext() const { return readerContext_; }
   const CLayerContext* layerContext() const { return layerContext_; }
 
   std::string_view description_;  // a display name of the static table
@@ -123,7 +124,7 @@ class CVkAcadEntityBase {
   std::string keyText_;
   std::string fullKey_;
   const CLayerContext* layerContext_ = nullptr;
-  const void* readerContext_ = nullptr;
+  CReadContext* readerContext_ = nullptr;
   const platform::Matrix3d* drawingTransform_ = nullptr;
   const CompareOptions* options_ = nullptr;
 };

@@ -149,7 +149,7 @@ BlockDecision blockReferenceDecision(const platform::Entity& entity, const Compa
 std::span<const FactoryRow> factoryRows() { return kRows; }
 
 std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
-                                                  const void* readerContext, const CLayerContext* layerContext,
+                                                  CReadContext* readerContext, const CLayerContext* layerContext,
                                                   const platform::Matrix3d* drawingTransform,
                                                   const CompareOptions* options) {
   static const CompareOptions kAll;

@@ -29,8 +29,9 @@ struct FactoryRow {
 std::span<const FactoryRow> factoryRows();
 
 // Makes, sets up and loads the comparer for an entity; null when the entity takes no part (a surface of an
-// unknown kind, a block reference filtered out by the settings or whose block cannot be opened).
+// unknown kind, a block reference filtered out by the settings or whose block cannot be opened). The read
+// context is the drawing's, shared by every comparer made for it; block contents are walked only with one.
 std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
-                                                  const void* readerContext, const CLayerContext* layerContext,
+                                                  CReadContext* readerContext, const CLayerContext* layerContext,
                                                   const platform::Matrix3d* drawingTransform,
                                                   const CompareOptions* options);

@@ -24,6 +24,13 @@ std::unique_ptr<platform::Database> readSide(const std::string& path, CCompariso
   return db;
 }
 
+// Reads one drawing into its record; what walking its blocks survived joins the reader's warnings.
+void readRecord(CDrawingRecord& record, int mode, CComparisonState& state) {
+  ReadDrawing(record, mode, state.options);
+  const auto& warnings = record.readContext->warnings();
+  state.lastWarnings.insert(state.lastWarnings.end(), warnings.begin(), warnings.end());
+}
+
 }  // namespace
 
 int RunSilentCompare(const std::string& sourcePath, const std::string& destinationPath) {
@@ -63,11 +70,11 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
     platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
     platform::restoreStatusBar();
     state.source = CDrawingRecord::fromDatabase(*state.sideSource);
-    ReadDrawing(*state.source, kReadSource, state.options);
+    readRecord(*state.source, kReadSource, state);
     platform::setStatusBarProgressMeter("正在准备读取目标文件：", 0, 100);
     platform::restoreStatusBar();
     state.destination = CDrawingRecord::fromDatabase(*state.sideDestination);
-    ReadDrawing(*state.destination, kReadDestination, state.options);
+    readRecord(*state.destination, kReadDestination, state);
 
     if (state.source->entityCount == 0) {
       platform::printToCommandLine("原图无可比较实体");

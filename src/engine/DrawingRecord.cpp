@@ -71,6 +71,7 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
     for (const std::string& name : ExcludedLayers())
       if (platform::equalsIgnoreCase(name, layer.name)) record.layerFilter.insert(layer.id.value);
   record.layerContext = std::make_unique<CLayerContext>(db);
+  record.readContext = std::make_unique<CReadContext>(db, record.fileName);
 
   const platform::BlockRecord space = db.blockRecord(db.currentSpaceId());
   const std::vector<platform::ObjectId> ids = space.entityIds();
@@ -104,8 +105,9 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
         continue;
       }
     }
-    std::unique_ptr<CVkAcadEntityBase> comparer = createComparer(
-        entity, record.combinedMatrix, &record, record.layerContext.get(), &record.combinedMatrix, &options);
+    std::unique_ptr<CVkAcadEntityBase> comparer =
+        createComparer(entity, record.combinedMatrix, record.readContext.get(), record.layerContext.get(),
+                       &record.combinedMatrix, &options);
     if (!comparer) continue;
     // The comparer's own extents (for a block reference those of its expanded contents) face the area too.
     if (!whole && comparer->extentsStatus() == platform::ErrorStatus::eOk &&

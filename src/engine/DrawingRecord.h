@@ -11,6 +11,7 @@
 #include "comparers/CVkAcadEntityBase.h"
 #include "comparers/LayerContext.h"
 #include "comparers/PairingRules.h"
+#include "comparers/ReadContext.h"
 #include "platform/database.h"
 #include "platform/geometry.h"
 
@@ -34,6 +35,7 @@ struct CDrawingRecord {
   platform::Matrix3d combinedMatrix;
   platform::Matrix3d baseMatrix;
   std::unique_ptr<CLayerContext> layerContext;
+  std::unique_ptr<CReadContext> readContext;  // the last reading's block-walk budget and its warnings
 
   // A record of a drawing read from disk (a side database).
   static std::unique_ptr<CDrawingRecord> fromDatabase(const platform::Database& db);

@@ -47,15 +47,17 @@ TEST_F(BlockFixture, OwnMessagesAndKey) {
   EXPECT_EQ(a.comparers[0]->fullKey(), "INSERT,5.00,6.00");
   EXPECT_EQ(a.comparers[0]->zText(), "1.00");
   EXPECT_EQ(reference(a).detailTexts(), (std::vector<std::string>{"1.57", "2.00,1.00,1.00", "B1"}));
-  EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]), "块或参照图元旋转角度不相同,比例因子不相同,块名不相同,");
+  // Turned and scaled otherwise, the block's line lies elsewhere in the drawing.
+  EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]),
+            "块或参照图元旋转角度不相同,比例因子不相同,块名不相同,块内[直线图元 新增,直线图元 删除,]");
 }
 
-TEST_F(BlockFixture, DifferentBlocksAtOnePointDifferOnlyInTheirName) {
-  // The contents of different blocks are not compared with one another.
-  const std::string blocks = block("B1", kLine) + "|" + block("B2", kRedLine + "|" + kLine);
+TEST_F(BlockFixture, ContentsArePairedWhateverTheBlocksAreNamed) {
+  const std::string blocks = block("B1", kLine) + "|" + block("B2", kRedLine) + "|" + block("B3", kLine);
   auto a = drawing(insert("B1"), blocks);
-  auto b = drawing(insert("B2"), blocks);
-  EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]), "块或参照图元块名不相同,");
+  EXPECT_EQ(compareText(*drawing(insert("B2"), blocks).comparers[0], *a.comparers[0]),
+            "块或参照图元块名不相同,块内[直线图元 颜色不相同,]");
+  EXPECT_EQ(compareText(*drawing(insert("B3"), blocks).comparers[0], *a.comparers[0]), "块或参照图元块名不相同,");
 }
 
 TEST_F(BlockFixture, ChangedAddedAndDeletedBlockEntitiesAreReported) {
@@ -154,4 +156,33 @@ TEST_F(BlockFixture, FactorySettingsForBlockAndExternalReferences) {
   EXPECT_EQ(kinds(false, true), "null,null,null,");
   // With both off they go on to the last rule.
   EXPECT_EQ(kinds(false, false), "custom,custom,custom,");
+}
+
+TEST_F(BlockFixture, NestingBeyondTheDrawingsBudgetIsComparedByTheReferencesOwnProperties) {
+  // Ten references per level, seven levels deep: ten million lines, were every level walked.
+  const std::string nested = vktest::nestedBlocksDrawing(7, 10);
+  auto a = loadComparers(dir, "a.dxf", nested, all);
+  auto b = loadComparers(dir, "b.dxf", nested, all);
+  ASSERT_EQ(a.comparers.size(), 10u);
+  const CReadContext& context = *a.context;
+  EXPECT_EQ(context.budget(), CReadContext::kBudgetFloor);
+  EXPECT_LE(context.used(), context.budget());
+  EXPECT_GT(context.used(), context.budget() / 2);
+  ASSERT_EQ(context.warnings().size(), 1u);
+  EXPECT_TRUE(context.warnings()[0].starts_with(dir.file("a.dxf") + ": block 'N")) << context.warnings()[0];
+  EXPECT_NE(context.warnings()[0].find("beyond the work budget is not compared"), std::string::npos);
+  // The first reference was walked until the budget ran out; the last ones keep their own properties only.
+  EXPECT_TRUE(reference(a, 0).contentLoaded());
+  EXPECT_FALSE(reference(a, 9).contentLoaded());
+  EXPECT_EQ(reference(a, 9).detailTexts(), (std::vector<std::string>{"0.00", "1.00,1.00,1.00", "N0"}));
+  // Both drawings stop at the same place, so equal drawings stay equal.
+  for (std::size_t i = 0; i < 10; ++i) EXPECT_EQ(compareText(*b.comparers[i], *a.comparers[i]), "块或参照图元");
+}
+
+TEST_F(BlockFixture, ReferencesLeftUnwalkedOnOneSideAreNotReportedAsEmptied) {
+  // The destination's block contains itself: its inner reference is not walked, and its contents are not
+  // reported as deleted against the source's walked ones.
+  auto a = drawing(insert("A"), block("A", kLine + "|" + insert("B")) + "|" + block("B", kLine));
+  auto b = drawing(insert("A"), block("A", kLine + "|" + insert("A")) + "|" + block("B", kLine));
+  EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]), "块或参照图元块内[块或参照图元块名不相同,]");
 }

@@ -10,10 +10,12 @@
 
 namespace vktest {
 
-// A drawing read from DXF text, with a comparer made for each entity of its model space.
+// A drawing read from DXF text, with a comparer made for each entity of its model space, sharing one read
+// context as the comparers of a drawing do.
 struct LoadedDrawing {
   std::unique_ptr<platform::Database> db;
   std::unique_ptr<CLayerContext> layers;
+  std::unique_ptr<CReadContext> context;
   std::vector<std::unique_ptr<CVkAcadEntityBase>> comparers;
 };
 
@@ -24,8 +26,10 @@ inline LoadedDrawing loadComparers(const TempDir& dir, const std::string& name, 
   d.db = readDxfText(dir, name, dxf);
   if (!d.db) return d;
   d.layers = std::make_unique<CLayerContext>(*d.db);
+  d.context = std::make_unique<CReadContext>(*d.db, d.db->fileName());
   for (platform::ObjectId id : d.db->blockRecord(d.db->modelSpaceId()).entityIds())
-    d.comparers.push_back(createComparer(d.db->openEntity(id), transform, nullptr, d.layers.get(), nullptr, &options));
+    d.comparers.push_back(
+        createComparer(d.db->openEntity(id), transform, d.context.get(), d.layers.get(), nullptr, &options));
   return d;
 }
 

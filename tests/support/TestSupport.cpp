@@ -129,6 +129,21 @@ std::string dxfDrawing(std::string_view entities, std::string_view version, std:
   return dxfFromPairs(s);
 }
 
+std::string nestedBlocksDrawing(int depth, int references) {
+  const auto inserts = [&](int block) {
+    std::string s;
+    for (int i = 0; i < references; ++i)
+      s += "|0|INSERT|8|0|2|N" + std::to_string(block) + "|10|" + std::to_string(i) + "|20|0|30|0";
+    return s.substr(1);
+  };
+  std::string blocks;
+  for (int k = 0; k < depth; ++k)
+    blocks += "|0|BLOCK|8|0|2|N" + std::to_string(k) + "|70|0|10|0|20|0|30|0|3|N" + std::to_string(k) + "|" +
+              (k + 1 < depth ? inserts(k + 1) : std::string("0|LINE|8|0|10|0|20|0|30|0|11|1|21|0|31|0")) +
+              "|0|ENDBLK|8|0";
+  return dxfDrawing(inserts(0), "AC1015", "", "", blocks.substr(1));
+}
+
 std::unique_ptr<platform::Database> readDxfText(const TempDir& dir, std::string_view name, std::string_view dxf,
                                                 platform::ReadReport* report) {
   const std::string path = dir.file(name);

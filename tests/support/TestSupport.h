@@ -68,6 +68,10 @@ std::string dxfFromPairs(std::string_view pairs);
 std::string dxfDrawing(std::string_view entities, std::string_view version = "AC1015", std::string_view header = "",
                        std::string_view tables = "", std::string_view blocks = "");
 
+// A drawing whose blocks nest depth levels deep with references per level: model space holds that many
+// references of block N0, each block Nk as many of N(k+1) side by side, the last one a line; references to
+// the power depth lines in all.
+std::string nestedBlocksDrawing(int depth, int references);
 // Writes DXF text to a file in dir and reads it with the headless database; fails the test when it cannot
 // be read.
 std::unique_ptr<platform::Database> readDxfText(const TempDir& dir, std::string_view name, std::string_view dxf,

@@ -1,4 +1,5 @@
 // Accessors of block references, hatches, solids, surfaces, meshes, faces, shapes, lights, sections, images, frames, underlays, viewports, answered from the stored groups.
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdint>
@@ -378,10 +379,20 @@ long long meshInteger(const EntityView& e, int code) {
   return t ? t->integer : 0;
 }
 
+// The mesh's vertex count (92), no more than the vertices (10) its record holds.
+long long meshVertexCount(const EntityView& e) {
+  long long present = 0;
+  e.g.visitOwn([&](std::uint32_t i, std::string_view subclass) {
+    if (subclass == "AcDbSubDMesh" && e.g.at(i).code == 10) ++present;
+    return true;
+  });
+  return std::min(meshInteger(e, 92), present);
+}
+
 Mesh readMesh(const EntityView& e) {
   Mesh m;
   m.level = meshInteger(e, 91);
-  m.vertexCount = meshInteger(e, 92);
+  m.vertexCount = meshVertexCount(e);
   for (std::uint32_t i = 0; i < e.g.ownCount(); ++i) {
     const StoredTag& t = e.g.at(i);
     if (t.code == 93) {
@@ -399,7 +410,12 @@ Mesh readMesh(const EntityView& e) {
       }
       i = k - 1;
     } else if (t.code == 94) {
-      m.edgeCount = t.integer;
+      // The edge count, trusted only when the pairs of vertex indices (90) after it list that many edges;
+      // otherwise the edges are counted from the faces.
+      std::uint32_t k = i + 1;
+      while (k < e.g.ownCount() && e.g.at(k).code == 90) ++k;
+      m.edgeCount = static_cast<long long>(k - i - 1) / 2 >= t.integer ? t.integer : -1;
+      i = k - 1;
     }
   }
   return m;
@@ -484,7 +500,9 @@ std::span<const AccessorImpl> blockAccessors() {
       textOf(Accessor::patternName, DbClass::Hatch, [](const EntityView& e) { return std::string(e.g.text(2)); }),
       integerOf(Accessor::numLoops, DbClass::Hatch,
                 [](const EntityView& e) {
-                  return e.g.has(91) ? e.g.integer(91) : static_cast<long long>(hatchLoopTypes(e).size());
+                  // The count (91) says no more than the loops present.
+                  const auto present = static_cast<long long>(hatchLoopTypes(e).size());
+                  return e.g.has(91) ? std::min(e.g.integer(91), present) : present;
                 }),
       realsOf(Accessor::loopTypes, DbClass::Hatch, hatchLoopTypes),
 
@@ -535,7 +553,7 @@ std::span<const AccessorImpl> blockAccessors() {
                 }),
       integerOf(Accessor::numOfFaces, DbClass::SubDMesh,
                 [](const EntityView& e) { return static_cast<long long>(readMesh(e).faces.size()); }),
-      integerOf(Accessor::numOfVertices, DbClass::SubDMesh, [](const EntityView& e) { return meshInteger(e, 92); }),
+      integerOf(Accessor::numOfVertices, DbClass::SubDMesh, meshVertexCount),
       integerOf(Accessor::numOfSubDividedVertices, DbClass::SubDMesh,
                 [](const EntityView& e) { return subdividedVertices(readMesh(e)); }),
       integerOf(Accessor::numOfEdges, DbClass::SubDMesh,

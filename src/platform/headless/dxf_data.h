@@ -2,6 +2,7 @@
 // common entity properties resolved once at reading time.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -79,6 +80,13 @@ struct HeaderVar {
   std::uint32_t tagBegin = 0, tagCount = 0;
 };
 
+// Work shared by every extents computation of one drawing: the boxes of blocks in their own coordinates,
+// computed once, and the entities walked so far against the drawing's budget.
+struct ExtentsWork {
+  std::unordered_map<std::uint32_t, Extents3d> blockBoxes;
+  std::size_t visits = 0;
+};
+
 struct DatabaseData {
   std::string fileName;
   std::string format;
@@ -104,6 +112,7 @@ struct DatabaseData {
   std::unordered_map<Handle, ObjectId> byHandle;
   std::uint32_t modelSpace = 0;
   std::uint32_t paperSpace = 0;
+  mutable ExtentsWork extentsWork;  // filled by extents computations, after reading
 
   std::string_view text(const StoredTag& t) const { return {arena.data() + t.textOffset, t.textLength}; }
   std::string_view name(std::uint32_t i) const { return names[i]; }

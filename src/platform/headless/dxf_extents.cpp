@@ -19,9 +19,18 @@ namespace {
 // Block references nest a few levels in real drawings; deeper nesting only comes from damaged or cyclic
 // references, which this depth stops.
 constexpr std::size_t kMaxBlockDepth = 64;
-// Entities walked in one computation before nested references fall back to their blocks' boxes, transformed
-// as boxes (looser under rotation, but bounded work for deeply nested, widely repeated blocks).
-constexpr long kVisitBudget = 200000;
+// Entities walked before nested references fall back to their blocks' boxes, transformed as boxes (looser
+// under rotation, but bounded work for deeply nested, widely repeated blocks): so many in one computation,
+// and in all computations of a drawing together a number growing with its size, with a floor that drawings
+// of a few entities and many nested references reach only when hostile.
+constexpr std::size_t kVisitBudget = 200000;
+constexpr std::size_t kDrawingVisitFloor = 2000000;
+constexpr std::size_t kDrawingVisitsPerEntity = 256;
+
+bool workSpent(const Context& ctx) {
+  const std::size_t drawing = std::max(kDrawingVisitFloor, kDrawingVisitsPerEntity * ctx.data.entities.size());
+  return ctx.visits > kVisitBudget || ctx.data.extentsWork.visits > drawing;
+}
 // Stands for a group that is absent.
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
@@ -63,7 +72,7 @@ bool addBlock(Context& ctx, std::uint32_t block, const Matrix3d& m, BoxSink& sin
   if (std::find(ctx.blockStack.begin(), ctx.blockStack.end(), block) != ctx.blockStack.end()) return false;
   if (ctx.blockStack.size() >= kMaxBlockDepth) return false;
   BoxSink placed = sink.placed(m);
-  if (ctx.visits > kVisitBudget || isAxisAligned(placed.matrix())) {
+  if (workSpent(ctx) || isAxisAligned(placed.matrix())) {
     placed.addBox(blockBox(ctx, block));
     return true;
   }
@@ -74,16 +83,17 @@ bool addBlock(Context& ctx, std::uint32_t block, const Matrix3d& m, BoxSink& sin
   return true;
 }
 
-// The box of a block's entities in the block's own coordinates, computed once per computation.
+// The box of a block's entities in the block's own coordinates, computed once per drawing.
 Extents3d blockBox(Context& ctx, std::uint32_t block) {
-  if (auto it = ctx.blockBoxes.find(block); it != ctx.blockBoxes.end()) return it->second;
+  auto& boxes = ctx.data.extentsWork.blockBoxes;
+  if (auto it = boxes.find(block); it != boxes.end()) return it->second;
   Extents3d box;
   BoxSink sink(box);
   ctx.blockStack.push_back(block);
   for (std::uint32_t e : ctx.data.blocks[block].entities)
     if (shownInReference(ctx.data, e)) addEntity(ctx, e, sink);
   ctx.blockStack.pop_back();
-  ctx.blockBoxes.emplace(block, box);
+  boxes.emplace(block, box);
   return box;
 }
 
@@ -323,6 +333,7 @@ bool addEntity(Context& ctx, std::uint32_t index, BoxSink& sink) {
   const EntityRec& e = data.entities[index];
   const Groups g(data, e);
   ++ctx.visits;
+  ++data.extentsWork.visits;
   switch (e.cls) {
     case DbClass::Line: return addPoints(g, sink, {10, 11});
     case DbClass::Point:
@@ -408,7 +419,7 @@ bool addEntity(Context& ctx, std::uint32_t index, BoxSink& sink) {
 ErrorStatus computeGeomExtents(const DatabaseData& data, std::uint32_t index, Extents3d& extents) {
   extents = Extents3d();
   if (index >= data.entities.size()) return ErrorStatus::eInvalidExtents;
-  extents::Context ctx{data, {}, 0, {}};
+  extents::Context ctx{data, {}, 0};
   Extents3d box;
   extents::BoxSink sink(box);
   if (!extents::addEntity(ctx, index, sink) || box.isEmpty()) return ErrorStatus::eInvalidExtents;

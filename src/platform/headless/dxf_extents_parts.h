@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/database.h"
@@ -99,13 +98,12 @@ GroupRange subclassRange(const Groups& g, std::string_view subclass);
 
 // ---- the per-type entry points; each adds what it finds to the sink and returns whether it found geometry ----
 
-// Shared state of one extents computation: blocks being walked (cycle guard), the nesting depth and a work
-// budget for deeply nested references, and the boxes of blocks already computed in their own frame.
+// State of one extents computation: blocks being walked (cycle guard and nesting depth) and the entities
+// walked, against the computation's share of the work; the drawing's own work lives in data.extentsWork.
 struct Context {
   const platform::DatabaseData& data;
   std::vector<std::uint32_t> blockStack;
-  long visits = 0;
-  std::unordered_map<std::uint32_t, platform::Extents3d> blockBoxes;
+  std::size_t visits = 0;
 };
 
 // Any entity: dispatches on its class.

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/headless/codepage.h"
+#include "platform/headless/dxf_counts.h"
 #include "platform/headless/dxf_tokenizer.h"
 #include "platform/text.h"
 
@@ -577,6 +578,9 @@ void DxfReader::finishEntity(EntityRec& e) {
     if (radius && !(radius->real > 0.0))
       warn("radius", "a circle or arc with a radius of 0 or less is read as written");
   }
+  checkCounts(db_, e, [&](const std::string& key, const std::string& text) {
+    warnings_.add(key, db_.fileName + ": " + place(e.line) + ": " + text);
+  });
 }
 
 std::uint32_t DxfReader::layerFor(std::string_view name) {

@@ -1,0 +1,53 @@
+// What the comparers of one drawing share while it is read: the work budget for walking into blocks, the
+// blocks being walked, and the warnings the walk gives.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/database.h"
+
+class CReadContext {
+ public:
+  // The budget grows with the drawing: every entity of every block record may be loaded a number of times
+  // over, with a floor ten times what the most nested drawings we know load (a comparer loaded costs about
+  // a kilobyte and a few microseconds).
+  static constexpr std::size_t kBudgetFloor = 20000;
+  static constexpr std::size_t kBudgetPerEntity = 32;
+
+  CReadContext(const platform::Database& db, std::string drawingName);
+
+  // The entities loaded inside blocks so far, and how many the drawing allows.
+  std::size_t used() const { return used_; }
+  std::size_t budget() const { return budget_; }
+  // What the walk survived, for the run's warnings.
+  const std::vector<std::string>& warnings() const { return warnings_; }
+
+ private:
+  friend class CBlockWalk;
+  std::string drawingName_;
+  std::size_t budget_;
+  std::size_t used_ = 0;
+  bool spent_ = false;
+  std::vector<platform::ObjectId> walking_;  // the blocks being walked, outermost first
+  std::vector<std::string> warnings_;
+};
+
+// One walk into a block's contents, for as long as it lives. It is allowed when the block is not already
+// being walked (a reference cycle), nesting stays within bounds, and the block's entities fit in what is
+// left of the budget; once they do not, no later walk of the drawing is allowed and the context carries
+// one warning naming the block. Without a context nothing is walked.
+class CBlockWalk {
+ public:
+  CBlockWalk(CReadContext* context, const platform::BlockRecord& block);
+  ~CBlockWalk();
+  CBlockWalk(const CBlockWalk&) = delete;
+  CBlockWalk& operator=(const CBlockWalk&) = delete;
+
+  explicit operator bool() const { return entered_; }
+
+ private:
+  CReadContext* context_;
+  bool entered_ = false;
+};
