@@ -9,16 +9,11 @@
 
 using namespace platform;
 using vktest::dxfDrawing;
+using vktest::modelEntities;
 using vktest::readDxfText;
 using vktest::TempDir;
 
 namespace {
-
-std::vector<Entity> modelEntities(const Database& db) {
-  std::vector<Entity> out;
-  for (ObjectId id : db.blockRecord(db.modelSpaceId()).entityIds()) out.push_back(db.openEntity(id));
-  return out;
-}
 
 std::string allWarnings(const ReadReport& report) {
   std::string all;

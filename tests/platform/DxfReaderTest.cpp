@@ -12,17 +12,12 @@
 
 using namespace platform;
 using vktest::dxfDrawing;
+using vktest::modelEntities;
 using vktest::dxfFromPairs;
 using vktest::readDxfText;
 using vktest::TempDir;
 
 namespace {
-
-std::vector<Entity> modelEntities(const Database& db) {
-  std::vector<Entity> out;
-  for (ObjectId id : db.blockRecord(db.modelSpaceId()).entityIds()) out.push_back(db.openEntity(id));
-  return out;
-}
 
 // Binary DXF writer for tests: R13+ files use two-byte group codes, R12 files one byte.
 class BinaryDxf {

@@ -155,4 +155,10 @@ std::unique_ptr<platform::Database> readDxfText(const TempDir& dir, std::string_
   return db;
 }
 
+std::vector<platform::Entity> modelEntities(const platform::Database& db) {
+  std::vector<platform::Entity> out;
+  for (platform::ObjectId id : db.blockRecord(db.modelSpaceId()).entityIds()) out.push_back(db.openEntity(id));
+  return out;
+}
+
 }  // namespace vktest

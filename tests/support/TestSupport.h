@@ -77,4 +77,7 @@ std::string nestedBlocksDrawing(int depth, int references);
 std::unique_ptr<platform::Database> readDxfText(const TempDir& dir, std::string_view name, std::string_view dxf,
                                                 platform::ReadReport* report = nullptr);
 
+// The entities of a drawing's model space, in drawing order.
+std::vector<platform::Entity> modelEntities(const platform::Database& db);
+
 }  // namespace vktest
