@@ -2,6 +2,7 @@
 // tree, the group list, and clear errors or warnings for damaged files.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <set>
@@ -108,6 +109,28 @@ TEST(DxfReader, BinaryFilesOfBothCodeWidthsReadAlike) {
     EXPECT_EQ(ents[1].dxfName(), "CIRCLE");
     EXPECT_TRUE(report.warnings.empty());
   }
+}
+
+TEST(DxfReader, BinaryDamagedGroupsAreDroppedAtTheirByteOffset) {
+  TempDir dir;
+  BinaryDxf b(true);
+  b.text(0, "SECTION").text(2, "HEADER").text(9, "$ACADVER").text(1, "AC1015").text(0, "ENDSEC");
+  b.text(0, "SECTION").text(2, "ENTITIES");
+  const std::size_t nanAt = b.bytes().size() + 2 + 5;  // after the LINE record: its code and "LINE" with a NUL
+  b.text(0, "LINE").real(10, std::nan("")).real(20, 2).real(11, 3).real(21, 4).text(-100, "lost").real(31, 5);
+  b.text(0, "ENDSEC").text(0, "EOF");
+  vktest::writeFile(dir.file("damaged.dxf"), b.bytes());
+  ReadReport report;
+  auto db = Database::read(dir.file("damaged.dxf"), report);
+  ASSERT_TRUE(db) << report.error;
+  const auto ents = modelEntities(*db);
+  ASSERT_EQ(ents.size(), 1u);
+  EXPECT_EQ(ents[0].point(Accessor::endPoint), Point3d(3, 4, 5)) << "the groups after the damaged ones stay in step";
+  ASSERT_EQ(report.warnings.size(), 2u);
+  EXPECT_NE(report.warnings[0].find("byte offset " + std::to_string(nanAt) +
+                                    ": group code 10 holds a real that is not a finite number; the group is dropped"),
+            std::string::npos) << report.warnings[0];
+  EXPECT_NE(report.warnings[1].find("group code -100 is outside the valid range"), std::string::npos) << report.warnings[1];
 }
 
 TEST(DxfReader, TextsAreDecodedByCodePageAndEscapes) {

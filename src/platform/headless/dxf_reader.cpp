@@ -81,8 +81,9 @@ class DxfReader {
       if (!tok_.next(cur_)) return false;
       // A damaged group is dropped whole: its record keeps the groups around it, never a neighbour's value
       // in its place, and is kept or dropped by the rules for the groups that remain.
-      if (!cur_.damage.empty()) {
-        warn("damaged-group", std::string(cur_.damage) + "; the group is dropped");
+      if (cur_.damage != RawTag::Damage::None) {
+        warn(cur_.damage == RawTag::Damage::Code ? "damaged-code" : "damaged-value",
+             std::string(cur_.damageText) + "; the group is dropped");
         continue;
       }
       if (cur_.code != 999) return true;  // comments are skipped

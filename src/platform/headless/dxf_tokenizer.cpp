@@ -146,9 +146,17 @@ bool DxfTokenizer::fail(const std::string& what) {
   return false;
 }
 
-bool DxfTokenizer::damaged(RawTag& tag, std::string what) {
+bool DxfTokenizer::codeOutOfRange(RawTag& tag, std::string_view written) {
+  tag.code = 999;  // a comment's code: never mistaken for a group the reader looks for
+  return damaged(tag, RawTag::Damage::Code,
+                 "group code " + std::string(written) + " is outside the valid range " + std::to_string(kMinGroupCode) +
+                     " to " + std::to_string(kMaxGroupCode));
+}
+
+bool DxfTokenizer::damaged(RawTag& tag, RawTag::Damage kind, std::string what) {
   damage_ = std::move(what);
-  tag.damage = damage_;
+  tag.damage = kind;
+  tag.damageText = damage_;
   return true;
 }
 
@@ -249,13 +257,11 @@ bool DxfTokenizer::nextAscii(RawTag& tag) {
   if (negative) code = -code;
   std::string_view value;
   if (!readLine(value)) return fail("the file ends after group code " + shown(c) + ", before its value");
-  tag.damage = {};
+  tag.damage = RawTag::Damage::None;
   if (code < kMinGroupCode || code > kMaxGroupCode) {
-    tag.code = 999;  // never mistaken for a group the reader looks for
     tag.type = TagType::Text;
     tag.text = value;
-    return damaged(tag, "group code " + shown(c) + " is outside the valid range " + std::to_string(kMinGroupCode) +
-                            " to " + std::to_string(kMaxGroupCode));
+    return codeOutOfRange(tag, shown(c));
   }
   tag.code = static_cast<int>(code);
   tag.type = tagTypeOf(tag.code);
@@ -287,13 +293,14 @@ bool DxfTokenizer::parseReal(std::string_view v, RawTag& tag) {
       tag.real = d;
       return true;
     }
-    return damaged(tag, "the real number '" + shown(v) + "' of group code " + std::to_string(tag.code) +
-                            " is out of range");
+    return damaged(tag, RawTag::Damage::Value,
+                   "the real number '" + shown(v) + "' of group code " + std::to_string(tag.code) + " is out of range");
   }
   if (r.ec != std::errc() || r.ptr != e)
     return fail("expected a real number for group code " + std::to_string(tag.code) + ", found '" + shown(v) + "'");
   if (!std::isfinite(tag.real))
-    return damaged(tag, "group code " + std::to_string(tag.code) + " holds '" + shown(v) + "', not a finite number");
+    return damaged(tag, RawTag::Damage::Value,
+                   "group code " + std::to_string(tag.code) + " holds '" + shown(v) + "', not a finite number");
   return true;
 }
 
@@ -302,8 +309,9 @@ bool DxfTokenizer::parseInteger(std::string_view v, RawTag& tag) {
   const char* e = v.data() + v.size();
   const IntegerRange range = rangeOf(tag.type);
   const auto outOfRange = [&] {
-    return damaged(tag, "the integer '" + shown(v) + "' does not fit group code " + std::to_string(tag.code) +
-                            " (" + std::to_string(range.min) + " to " + std::to_string(range.max) + ")");
+    return damaged(tag, RawTag::Damage::Value,
+                   "the integer '" + shown(v) + "' does not fit group code " + std::to_string(tag.code) + " (" +
+                       std::to_string(range.min) + " to " + std::to_string(range.max) + ")");
   };
   const auto r = std::from_chars(b, e, tag.integer);
   if (r.ptr == e && r.ec == std::errc::result_out_of_range) return outOfRange();
@@ -345,7 +353,7 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
   }
   tag.code = code;
   tag.type = tagTypeOf(code);
-  tag.damage = {};
+  tag.damage = RawTag::Damage::None;
   const auto need = [this, code](std::size_t n) {
     return fill(n) || fail("the file ends inside the value of group code " + std::to_string(code));
   };
@@ -362,7 +370,8 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
       std::memcpy(&tag.real, &bits, 8);
       tag.integer = 0;
       if (!std::isfinite(tag.real))
-        return damaged(tag, "group code " + std::to_string(code) + " holds a real that is not a finite number");
+        return damaged(tag, RawTag::Damage::Value,
+                       "group code " + std::to_string(code) + " holds a real that is not a finite number");
       return true;
     }
     case TagType::Int16:
@@ -407,11 +416,7 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
           const std::size_t len = static_cast<const char*>(z) - (buf_.data() + pos_);
           tag.text = std::string_view(buf_.data() + pos_, len);
           pos_ += len + 1;
-          if (code < kMinGroupCode || code > kMaxGroupCode) {
-            tag.code = 999;
-            return damaged(tag, "group code " + std::to_string(code) + " is outside the valid range " +
-                                    std::to_string(kMinGroupCode) + " to " + std::to_string(kMaxGroupCode));
-          }
+          if (code < kMinGroupCode || code > kMaxGroupCode) return codeOutOfRange(tag, std::to_string(code));
           return true;
         }
         scanned = end_ - pos_;

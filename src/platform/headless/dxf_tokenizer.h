@@ -25,9 +25,11 @@ struct RawTag {
   long long integer = 0;
   // Texts, handles (hex digits) and binary chunks (hex digits); valid until the next call of next().
   std::string_view text;
-  // Why the group cannot be used (a code outside the valid range, a number that does not fit its type),
-  // empty for a sound group. A damaged group is read whole, so the groups after it stay in step.
-  std::string_view damage;
+  // Whether the group cannot be used, and why in words (valid until the next call of next()). A damaged
+  // group is read whole, so the groups after it stay in step.
+  enum class Damage : std::uint8_t { None, Code, Value };
+  Damage damage = Damage::None;  // Code: outside the valid range; Value: a number that does not fit its type
+  std::string_view damageText;
 };
 
 // Group codes run from -5 to 1071; anything else is not a group this format has.
@@ -64,7 +66,8 @@ class DxfTokenizer {
   bool nextBinary(RawTag& tag);
   bool readLine(std::string_view& line);
   bool fail(const std::string& what);
-  bool damaged(RawTag& tag, std::string what);
+  bool damaged(RawTag& tag, RawTag::Damage kind, std::string what);
+  bool codeOutOfRange(RawTag& tag, std::string_view written);
   bool parseReal(std::string_view v, RawTag& tag);
   bool parseInteger(std::string_view v, RawTag& tag);
 
@@ -82,7 +85,7 @@ class DxfTokenizer {
   long long tagOffset_ = 0;     // byte offset of the last group code (binary)
   std::string error_;
   std::string binaryHex_;       // hex text of the last binary chunk
-  std::string damage_;          // what RawTag::damage shows
+  std::string damage_;          // what RawTag::damageText shows
   long long fileSize_ = -1;
 };
 
