@@ -117,6 +117,40 @@ void BM_Stacked(benchmark::State& state) {
   state.counters["entities"] = benchmark::Counter(2.0 * count, benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// Writes an ASCII DXF of one light polyline of `vertices` bulged vertices, the last one at height `lastY`.
+bool writePolylineDrawing(const std::string& path, int vertices, double lastY) {
+  std::FILE* f = std::fopen(path.c_str(), "w");
+  if (!f) return false;
+  std::fputs("  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  0\nENDSEC\n  0\nSECTION\n  2\nENTITIES\n", f);
+  std::fprintf(f, "  0\nLWPOLYLINE\n  5\n100\n  8\n0\n 90\n%d\n 70\n0\n", vertices);
+  for (int i = 0; i < vertices; ++i)
+    std::fprintf(f, " 10\n%d\n 20\n%g\n 42\n0.5\n", i, i + 1 == vertices ? lastY : 0.1 * (i % 7));
+  std::fputs("  0\nENDSEC\n  0\nEOF\n", f);
+  return std::fclose(f) == 0;
+}
+
+// One polyline of many vertices, its last vertex moved: what every vertex costs, which must not grow with
+// their number.
+void BM_OnePolyline(benchmark::State& state) {
+  const int vertices = static_cast<int>(state.range(0));
+  const std::string src = (folder->path() / ("polyline_a_" + std::to_string(vertices) + ".dxf")).string();
+  const std::string dst = (folder->path() / ("polyline_b_" + std::to_string(vertices) + ".dxf")).string();
+  if (!writePolylineDrawing(src, vertices, 0.0) || !writePolylineDrawing(dst, vertices, 5.0)) {
+    state.SkipWithError("the polyline drawings could not be written");
+    return;
+  }
+  headless::Console::instance().setEcho(nullptr);
+  LogFolder() = folder->path().string();
+  for (auto _ : state) {
+    RunSilentCompare(src, dst);
+    state.PauseTiming();
+    headless::Console::instance().reset();
+    state.ResumeTiming();
+  }
+  if (CComparisonState::instance().lastOutcome != RunOutcome::Different) state.SkipWithError("the comparison ended otherwise");
+  state.counters["vertices"] = benchmark::Counter(2.0 * vertices, benchmark::Counter::kIsIterationInvariantRate);
+}
+
 // A comparison of two million-entity drawings takes seconds: one is enough.
 constexpr int kLargeIterations = 1;
 
@@ -144,6 +178,7 @@ int main(int argc, char** argv) {
       ->Unit(benchmark::kMillisecond)
       ->Iterations(kLargeIterations);
   benchmark::RegisterBenchmark("stacked/ten_per_key", BM_Stacked)->Args({20'000, kTenPerKey})->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark("one_polyline", BM_OnePolyline)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   folder = nullptr;

@@ -296,7 +296,8 @@ std::span<const AccessorImpl> curveAccessors() {
                [](const EntityView& e) {
                  std::vector<Point3d> pts = lwVertices2d(e);
                  const double elevation = e.g.real(38);
-                 for (Point3d& p : pts) p = e.toWcs({p.x, p.y, elevation});
+                 const platform::Vector3d normal = e.normal();  // looked up once: a polyline may have 10^5 vertices
+                 for (Point3d& p : pts) p = platform::ocsToWcs({p.x, p.y, elevation}, normal);
                  return pts;
                }),
       integerOf(Accessor::isClosed, DbClass::Polyline, [](const EntityView& e) { return e.g.integer(70) & 1; }),
