@@ -24,8 +24,20 @@ CReadContext::CReadContext(const platform::Database& db, std::string drawingName
 CBlockWalk::CBlockWalk(CReadContext* context, const platform::BlockRecord& block) : context_(context) {
   if (!context || !block || context->spent_) return;
   auto& walking = context->walking_;
-  if (walking.size() >= kMaxNesting || std::find(walking.begin(), walking.end(), block.objectId()) != walking.end())
+  // A block that holds itself, directly or through others, cannot be drawn: the host refuses to make one,
+  // so the drawing is damaged. Its inner references are compared on their own properties, as are
+  // references nested deeper than any real drawing nests them.
+  const bool cycle = std::find(walking.begin(), walking.end(), block.objectId()) != walking.end();
+  if (cycle || walking.size() >= kMaxNesting) {
+    bool& warned = cycle ? context->warnedCycle_ : context->warnedNesting_;
+    if (!warned)
+      context->warnings_.push_back(context->drawingName_ + ": block '" + std::string(block.name()) +
+                                   (cycle ? "' holds a reference to itself, directly or through other blocks"
+                                          : "' is nested more than " + std::to_string(kMaxNesting) + " levels deep") +
+                                   "; such references are compared on their own properties");
+    warned = true;
     return;
+  }
   const std::size_t cost = block.entityCount();
   if (cost > context->budget_ - context->used_) {
     context->spent_ = true;

@@ -30,6 +30,7 @@ class CReadContext {
   std::size_t budget_;
   std::size_t used_ = 0;
   bool spent_ = false;
+  bool warnedCycle_ = false, warnedNesting_ = false;
   std::vector<platform::ObjectId> walking_;  // the blocks being walked, outermost first
   std::vector<std::string> warnings_;
 };
