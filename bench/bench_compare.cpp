@@ -81,6 +81,19 @@ bool writeStackedDrawing(const std::string& path, int count, int perKey, const s
   return std::fclose(f) == 0;
 }
 
+// Times silent comparisons of src with dst, logs in the run's folder; the last must end as expected.
+void runSilentComparisons(benchmark::State& state, const std::string& src, const std::string& dst, RunOutcome expected) {
+  headless::Console::instance().setEcho(nullptr);
+  LogFolder() = folder->path().string();
+  for (auto _ : state) {
+    RunSilentCompare(src, dst);
+    state.PauseTiming();
+    headless::Console::instance().reset();
+    state.ResumeTiming();
+  }
+  if (CComparisonState::instance().lastOutcome != expected) state.SkipWithError("the comparison ended otherwise");
+}
+
 enum Stack : int { kAllDiffering, kAllAlike, kTenPerKey };
 
 void BM_Stacked(benchmark::State& state) {
@@ -104,16 +117,7 @@ void BM_Stacked(benchmark::State& state) {
     state.SkipWithError("the stacked drawings could not be written");
     return;
   }
-  headless::Console::instance().setEcho(nullptr);
-  LogFolder() = folder->path().string();
-  for (auto _ : state) {
-    RunSilentCompare(src, dst);
-    state.PauseTiming();
-    headless::Console::instance().reset();
-    state.ResumeTiming();
-  }
-  const RunOutcome expected = stack == kAllAlike ? RunOutcome::Identical : RunOutcome::Different;
-  if (CComparisonState::instance().lastOutcome != expected) state.SkipWithError("the comparison ended otherwise");
+  runSilentComparisons(state, src, dst, stack == kAllAlike ? RunOutcome::Identical : RunOutcome::Different);
   state.counters["entities"] = benchmark::Counter(2.0 * count, benchmark::Counter::kIsIterationInvariantRate);
 }
 
@@ -139,15 +143,7 @@ void BM_OnePolyline(benchmark::State& state) {
     state.SkipWithError("the polyline drawings could not be written");
     return;
   }
-  headless::Console::instance().setEcho(nullptr);
-  LogFolder() = folder->path().string();
-  for (auto _ : state) {
-    RunSilentCompare(src, dst);
-    state.PauseTiming();
-    headless::Console::instance().reset();
-    state.ResumeTiming();
-  }
-  if (CComparisonState::instance().lastOutcome != RunOutcome::Different) state.SkipWithError("the comparison ended otherwise");
+  runSilentComparisons(state, src, dst, RunOutcome::Different);
   state.counters["vertices"] = benchmark::Counter(2.0 * vertices, benchmark::Counter::kIsIterationInvariantRate);
 }
 
