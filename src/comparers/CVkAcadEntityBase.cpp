@@ -110,12 +110,17 @@ void orderCanonically(platform::Point3d& a, platform::Point3d& b) {
 }
 
 void TextDigest::add(std::string_view text) {
-  for (const char c : text) h_ = (h_ ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  fnv_.add(text);
   add(static_cast<std::uint64_t>(text.size()));
 }
 
 void TextDigest::add(std::uint64_t value) {
-  for (int i = 0; i < 8; ++i, value >>= 8) h_ = (h_ ^ (value & 0xFF)) * 1099511628211ull;
+  char bytes[8];  // least significant first
+  for (char& b : bytes) {
+    b = static_cast<char>(value & 0xFF);
+    value >>= 8;
+  }
+  fnv_.add({bytes, sizeof bytes});
 }
 
 // The common properties compared for every class: the text, its property code and its message.

@@ -13,16 +13,17 @@
 #include "comparers/ReadContext.h"
 #include "platform/database.h"
 #include "platform/geometry.h"
+#include "platform/text.h"
 
 // A running 64-bit FNV-1a digest of texts; each text is closed by its length, so lists never run together.
 class TextDigest {
  public:
   void add(std::string_view text);
   void add(std::uint64_t value);
-  std::uint64_t value() const { return h_; }
+  std::uint64_t value() const { return fnv_.value(); }
 
  private:
-  std::uint64_t h_ = 14695981039346656037ull;
+  platform::Fnv1a fnv_;
 };
 
 class CVkAcadEntityBase {

@@ -24,6 +24,10 @@ bool makeFolder(const std::string& path);
 // (the file is left alone) and fails.
 bool CreateFolderPath(std::string path);
 
+// Opens a file for reading without waiting on it (a FIFO with no writer is refused, not waited on): its
+// descriptor and size, or -1 with an error text naming the file when it cannot be opened or is no regular
+// file ("not a regular file (a folder)", a FIFO, a device).
+int openRegularFile(const std::string& path, long long& size, std::string* error = nullptr);
 // Reads a whole file; false (and an error text) when it cannot be read.
 bool readWholeFile(const std::string& path, std::string& contents, std::string* error = nullptr);
 // Reads at most count bytes from the start of a file (fewer when it is shorter); false when it cannot be opened

@@ -8,6 +8,18 @@
 
 namespace platform {
 
+// A running 64-bit FNV-1a digest of bytes: equal for equal bytes, and cheap to take of long texts.
+class Fnv1a {
+ public:
+  void add(std::string_view bytes) {
+    for (const unsigned char c : bytes) h_ = (h_ ^ c) * 1099511628211ull;
+  }
+  std::uint64_t value() const { return h_; }
+
+ private:
+  std::uint64_t h_ = 14695981039346656037ull;
+};
+
 // Strings are UTF-8 inside the system; the host's strings are UTF-16, so digests and buffer limits
 // count UTF-16 code units. Malformed UTF-8 bytes convert to U+FFFD.
 std::u16string utf8ToUtf16(std::string_view utf8);

@@ -55,11 +55,9 @@ Point3d ocsPosition(const EntityView& e) { return e.ocsPoint(10); }
 
 // 64-bit FNV-1a, written as 16 hex digits: a digest of stored data that is equal for equal data.
 std::string digestOf(std::string_view data) {
-  std::uint64_t h = 14695981039346656037ull;
-  for (unsigned char c : data) {
-    h ^= c;
-    h *= 1099511628211ull;
-  }
+  platform::Fnv1a fnv;
+  fnv.add(data);
+  std::uint64_t h = fnv.value();
   static constexpr char kHex[] = "0123456789ABCDEF";
   std::string out(16, '0');
   for (int i = 15; i >= 0; --i, h >>= 4) out[static_cast<std::size_t>(i)] = kHex[h & 15];

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
 
 #include "platform/headless/dxf_groups.h"
@@ -52,6 +53,9 @@ long long countOf(const platform::StoredTag& t) { return std::clamp(t.integer, 0
 void checkCounts(const platform::DatabaseData& data, const platform::EntityRec& e,
                  const std::function<void(const std::string& key, const std::string& text)>& warn) {
   const std::string_view dxfName = data.name(e.dxfName);
+  // Most entities (lines, circles, texts) state no count: they are done without a look at their groups.
+  const auto stated = [&](const CountRule& r) { return r.dxfName == dxfName; };
+  if (std::none_of(std::begin(kRules), std::end(kRules), stated)) return;
   const Groups g(data, e);
   bool linksDictionary = false;
   for (std::uint32_t i = 0; i < g.ownCount() && !linksDictionary; ++i)

@@ -104,10 +104,7 @@ class DxfReader {
     warnings_.add(key, db_.fileName + ": " + tok_.location() + ": " + what);
   }
   int location() const { return static_cast<int>(tok_.position()); }
-  // A position kept from earlier, in the words of location(): "line N" or "byte offset N".
-  std::string place(long long position) const {
-    return (tok_.isBinary() ? "byte offset " : "line ") + std::to_string(position);
-  }
+  std::string place(long long position) const { return tok_.place(position); }
   std::string encodingName() const {
     const std::string codepage = db_.codepage.empty() ? "ANSI_1252" : db_.codepage;
     switch (decoder_->encoding()) {

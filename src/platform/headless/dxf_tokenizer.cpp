@@ -1,8 +1,6 @@
 // DXF tag tokenizer for ASCII and binary files.
 #include "platform/headless/dxf_tokenizer.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+
+#include "platform/files.h"
 
 namespace headless {
 
@@ -87,25 +87,9 @@ TagType tagTypeOf(int code) {
 }
 
 std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::string& error) {
-  // Opened without waiting, so that a FIFO with no writer is refused rather than waited on.
-  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  struct stat st;
-  if (fd < 0 || ::fstat(fd, &st) != 0) {
-    error = path + ": cannot open the file: " + std::strerror(errno);
-    if (fd >= 0) ::close(fd);
-    return nullptr;
-  }
-  const char* kind = S_ISREG(st.st_mode)   ? nullptr
-                     : S_ISDIR(st.st_mode) ? "a folder"
-                     : S_ISFIFO(st.st_mode) ? "a FIFO"
-                     : S_ISCHR(st.st_mode)  ? "a character device"
-                     : S_ISBLK(st.st_mode)  ? "a block device"
-                                            : "a socket or other special file";
-  if (kind) {
-    error = path + ": not a regular file (" + kind + ")";
-    ::close(fd);
-    return nullptr;
-  }
+  long long size = 0;
+  const int fd = platform::openRegularFile(path, size, &error);
+  if (fd < 0) return nullptr;
   std::FILE* f = ::fdopen(fd, "rb");
   if (!f) {
     error = path + ": cannot open the file: " + std::strerror(errno);
@@ -118,7 +102,7 @@ std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::s
                       head[kSentinelSize - 1] == '\0';
   std::rewind(f);
   auto t = std::unique_ptr<DxfTokenizer>(new DxfTokenizer(f, path, binary));
-  t->fileSize_ = st.st_size;
+  t->fileSize_ = size;
   if (binary) {
     // R12 binary files write the first group code (0) as one byte, followed by "SECTION".
     t->twoByteCodes_ = !(n > kSentinelSize + 1 && head[kSentinelSize + 1] != '\0');
@@ -137,9 +121,11 @@ DxfTokenizer::~DxfTokenizer() {
   if (file_) std::fclose(file_);
 }
 
-std::string DxfTokenizer::location() const {
-  return binary_ ? "byte offset " + std::to_string(tagOffset_) : "line " + std::to_string(tagLine_);
+std::string DxfTokenizer::place(long long position) const {
+  return (binary_ ? "byte offset " : "line ") + std::to_string(position);
 }
+
+std::string DxfTokenizer::location() const { return place(position()); }
 
 bool DxfTokenizer::fail(const std::string& what) {
   if (error_.empty()) error_ = path_ + ": " + location() + ": " + what;

@@ -54,6 +54,8 @@ class DxfTokenizer {
   std::string location() const;
   // The same as a number: the line (ASCII) or byte offset (binary) where the last tag began.
   long long position() const { return binary_ ? tagOffset_ : tagLine_; }
+  // A position kept from earlier, in the words of location().
+  std::string place(long long position) const;
   // True when bytes remain after the last tag read.
   bool hasMoreInput();
   // True when the file held more bytes at its end than when it was opened; those were not read.

@@ -52,15 +52,33 @@ bool readWholeFile(const std::string& path, std::string& contents, std::string* 
   return true;
 }
 
-bool readFileHead(const std::string& path, std::size_t count, std::string& bytes) {
-  // Only regular files: a FIFO is not waited on, a device not read.
+int openRegularFile(const std::string& path, long long& size, std::string* error) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) return false;
   struct stat st;
-  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-    ::close(fd);
-    return false;
+  if (fd < 0 || ::fstat(fd, &st) != 0) {
+    setError(error, path, "cannot open the file");
+    if (fd >= 0) ::close(fd);
+    return -1;
   }
+  const char* kind = S_ISREG(st.st_mode)    ? nullptr
+                     : S_ISDIR(st.st_mode)  ? "a folder"
+                     : S_ISFIFO(st.st_mode) ? "a FIFO"
+                     : S_ISCHR(st.st_mode)  ? "a character device"
+                     : S_ISBLK(st.st_mode)  ? "a block device"
+                                            : "a socket or other special file";
+  if (kind) {
+    if (error) *error = path + ": not a regular file (" + kind + ")";
+    ::close(fd);
+    return -1;
+  }
+  size = st.st_size;
+  return fd;
+}
+
+bool readFileHead(const std::string& path, std::size_t count, std::string& bytes) {
+  long long size = 0;
+  const int fd = openRegularFile(path, size);
+  if (fd < 0) return false;
   bytes.assign(count, '\0');
   std::size_t got = 0;
   while (got < count) {
