@@ -32,28 +32,27 @@ const DetailProperty kDetails[] = {
 
 const ComparerTraits kTraits{capture::positionKey, kDetails};
 
-void resetPairing(EntityMap& map) {
-  for (auto& [key, comparer] : map) comparer->matched = 0;
+void resetPairing(KeyedComparers& comparers) {
+  for (auto& [key, comparer] : comparers) comparer->matched = 0;
 }
 
 // The records of pairing two contents, as "<label>[<record texts>]", or nothing when they are alike.
-std::string contentDifferences(EntityMap& source, EntityMap& destination, const char* label) {
+void appendContentDifferences(std::string& out, KeyedComparers& source, KeyedComparers& destination, const char* label) {
   resetPairing(source);
   resetPairing(destination);
   std::vector<std::unique_ptr<CDiffType>> records;
-  PairEntityMaps(source, destination, records);
-  if (records.empty()) return {};
-  std::string out = label;
+  PairKeyedComparers(source, destination, records);
+  if (records.empty()) return;
+  out += label;
   for (const auto& r : records) out += r->text;
   out += ']';
-  return out;
 }
 
 // What two contents agree on when pairing them gives no record: the same keys with alike comparers. The
 // sum is independent of the order in which entities of one key were filed.
-std::uint64_t contentDigest(const EntityMap& map) {
+std::uint64_t contentDigest(const KeyedComparers& comparers) {
   std::uint64_t sum = 0;
-  for (const auto& [key, comparer] : map) {
+  for (const auto& [key, comparer] : comparers) {
     if (comparer->excluded != 0) continue;
     TextDigest d;
     d.add(key);
@@ -80,8 +79,9 @@ void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform:
     const platform::Entity attribute = db.openEntity(id);
     if (!attribute || !attribute.isVisible()) continue;
     auto c = createComparer(attribute, transform, readerContext(), layerContext(), drawingTransform(), &options());
-    if (c) attributes_.emplace(c->keyText(), std::move(c));
+    if (c) addByKey(attributes_, std::move(c));
   }
+  sortByKey(attributes_);
 
   const platform::BlockRecord block = db.blockRecord(entity.blockTableRecord());
   const CBlockWalk walk(readerContext(), block);
@@ -93,8 +93,9 @@ void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform:
     const platform::Entity inner = db.openEntity(id);
     if (!inner || !inner.isVisible()) continue;
     auto c = createComparer(inner, contentLoad, readerContext(), layerContext(), &contentDrawingTransform_, &options());
-    if (c) entities_.emplace(c->keyText(), std::move(c));
+    if (c) addByKey(entities_, std::move(c));
   }
+  sortByKey(entities_);
   contentLoaded_ = true;
 }
 
@@ -113,8 +114,7 @@ std::unique_ptr<CDiffType> CVkAcDbBlockReference::compare(const CVkAcadEntityBas
   // The contents are paired whatever the blocks are named: a renamed block showing the same entities is
   // the same drawing to the user. Contents one side did not walk (cycle, nesting, budget) are not compared.
   if (source->contentLoaded_ && contentLoaded_)
-    extraMessage_ += contentDifferences(source->entities_, entities_, "块内[");
-  extraMessage_ += contentDifferences(source->attributes_, attributes_, "属性[");
-  record->text = message_ + extraMessage_;
+    appendContentDifferences(record->text, source->entities_, entities_, "块内[");
+  appendContentDifferences(record->text, source->attributes_, attributes_, "属性[");
   return record;
 }

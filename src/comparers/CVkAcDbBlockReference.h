@@ -18,16 +18,16 @@ class CVkAcDbBlockReference final : public CVkDetailedEntity {
   // The detail texts and, when details are compared, the keys and common digests of the contents.
   bool digestOwnTexts(TextDigest& digest) const override;
 
-  const EntityMap& blockEntities() const { return entities_; }
-  const EntityMap& attributeEntities() const { return attributes_; }
+  const KeyedComparers& blockEntities() const { return entities_; }
+  const KeyedComparers& attributeEntities() const { return attributes_; }
   // False when the block's entities were not walked: the block is missing, contains itself, lies deeper
   // than the nesting limit or past the drawing's work budget, or the comparer was made without a read context.
   bool contentLoaded() const { return contentLoaded_; }
 
  private:
   // Pairing marks the comparers of both sides, so the contents of the compared side change as well.
-  mutable EntityMap entities_;
-  mutable EntityMap attributes_;
+  mutable KeyedComparers entities_;
+  mutable KeyedComparers attributes_;
   platform::Matrix3d contentDrawingTransform_;
   bool contentLoaded_ = false;
 };

@@ -13,10 +13,10 @@ class CVkAcDbTable final : public CVkAcadEntityBase {
   struct Cell {
     int row = 0;
     int column = 0;
-    std::string widthText;
-    std::string heightText;
-    std::string outerCellText;
-    std::string dateText;
+    CTextPool::Id widthText = CTextPool::kEmpty;
+    CTextPool::Id heightText = CTextPool::kEmpty;
+    CTextPool::Id outerCellText = CTextPool::kEmpty;
+    CTextPool::Id dateText = CTextPool::kEmpty;
   };
 
   void load(const platform::Entity& entity, platform::Matrix3d transform) override;
@@ -27,27 +27,28 @@ class CVkAcDbTable final : public CVkAcadEntityBase {
   bool digestOwnTexts(TextDigest& digest) const override;
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
 
-  const std::string& rotationText() const { return rotationText_; }
-  const std::string& scaleText() const { return scaleText_; }
-  const std::string& blockNameText() const { return blockNameText_; }
-  const std::string& rowsText() const { return rowsText_; }
-  const std::string& columnsText() const { return columnsText_; }
-  const std::string& tableText() const { return tableText_; }
-  const std::string& widthText() const { return widthText_; }
-  const std::string& heightText() const { return heightText_; }
+  std::string_view rotationText() const { return text(rotationText_); }
+  std::string_view scaleText() const { return text(scaleText_); }
+  std::string_view blockNameText() const { return text(blockNameText_); }
+  std::string_view rowsText() const { return text(rowsText_); }
+  std::string_view columnsText() const { return text(columnsText_); }
+  std::string_view tableText() const { return text(tableText_); }
+  std::string_view widthText() const { return text(widthText_); }
+  std::string_view heightText() const { return text(heightText_); }
   const std::vector<Cell>& cells() const { return cells_; }
+  // A cell's text by its id.
+  std::string_view cellText(CTextPool::Id id) const { return text(id); }
 
  private:
-  std::string rotationText_;
-  std::string scaleText_;
-  std::string blockNameText_;
-  std::string rowsText_;
-  std::string columnsText_;
-  std::string tableText_;
-  std::string widthText_;
-  std::string heightText_;
+  TextId rotationText_ = CTextPool::kEmpty;
+  TextId scaleText_ = CTextPool::kEmpty;
+  TextId blockNameText_ = CTextPool::kEmpty;
+  TextId rowsText_ = CTextPool::kEmpty;
+  TextId columnsText_ = CTextPool::kEmpty;
+  TextId tableText_ = CTextPool::kEmpty;
+  TextId widthText_ = CTextPool::kEmpty;
+  TextId heightText_ = CTextPool::kEmpty;
   int columns_ = 0;
   int rows_ = 0;
   std::vector<Cell> cells_;
-  std::string extraMessage_;
 };

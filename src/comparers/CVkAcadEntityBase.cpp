@@ -2,6 +2,7 @@
 #include "comparers/CVkAcadEntityBase.h"
 
 #include <cmath>
+#include <stdexcept>
 #include <typeinfo>
 #include <utility>
 
@@ -80,7 +81,7 @@ std::string_view typeDisplayName(std::string_view dxfName) {
   return kOtherDisplayName;
 }
 
-std::string keyDigest(std::string_view text) {
+std::uint32_t keyDigestValue(std::string_view text) {
   std::uint32_t h = 0;
   const auto isAscii = [](std::string_view s) {
     for (char c : s)
@@ -93,7 +94,21 @@ std::string keyDigest(std::string_view text) {
   } else {
     for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
   }
-  return fmt("%d", static_cast<long long>(h & 0x7FFFFFFFu));
+  return h & 0x7FFFFFFFu;
+}
+
+std::string keyDigest(std::string_view text) { return fmt("%d", static_cast<long long>(keyDigestValue(text))); }
+
+std::uint64_t keyOrderOf(std::uint32_t digest) {
+  char digits[10];
+  int n = 0;
+  do {
+    digits[n++] = static_cast<char>(digest % 10);
+    digest /= 10;
+  } while (digest != 0);
+  std::uint64_t order = 0;
+  for (int place = 0; place < 10; ++place) order = order * 11 + (place < n ? static_cast<std::uint64_t>(digits[n - 1 - place]) + 1 : 0);
+  return order + 1;
 }
 
 void orderCanonically(platform::Point3d& a, platform::Point3d& b) {
@@ -125,7 +140,7 @@ void TextDigest::add(std::uint64_t value) {
 
 // The common properties compared for every class: the text, its property code and its message.
 struct CVkAcadEntityBase::Common {
-  const std::string CVkAcadEntityBase::*text;
+  CTextPool::Id CVkAcadEntityBase::*text;
   int code;
   const char* message;
 };
@@ -141,7 +156,7 @@ const CVkAcadEntityBase::Common CVkAcadEntityBase::kCommon[] = {
 
 std::uint64_t CVkAcadEntityBase::commonDigest() const {
   TextDigest d;
-  for (const Common& c : kCommon) d.add(isCompared(c.code) ? std::string_view(this->*c.text) : std::string_view());
+  for (const Common& c : kCommon) d.add(isCompared(c.code) ? text(this->*c.text) : std::string_view());
   return d.value();
 }
 
@@ -158,52 +173,57 @@ bool CVkAcadEntityBase::digestOwnTexts(TextDigest&) const { return false; }
 
 const CompareOptions& CVkAcadEntityBase::options() const { return options_ ? *options_ : defaultOptions(); }
 
-double CVkAcadEntityBase::minZ() const {
-  const double z = loadExtents_.min.z;
-  return std::fabs(z) < kZeroZ ? 0.0 : z;
+std::string CVkAcadEntityBase::keyText() const {
+  if (keyOrder_ == 0) return {};
+  return "0," + keyDigest(fullKey());
 }
 
-double CVkAcadEntityBase::maxZ() const {
-  const double z = loadExtents_.max.z;
-  return std::fabs(z) < kZeroZ ? 0.0 : z;
+CTextPool::Id CVkAcadEntityBase::intern(std::string_view t) {
+  if (t.empty()) return CTextPool::kEmpty;
+  if (!readerContext_) throw std::logic_error("a comparer with texts needs its drawing's read context");
+  return readerContext_->texts().intern(t);
 }
 
-void CVkAcadEntityBase::setFullKey(std::string fullKey) {
-  fullKey_ = std::move(fullKey);
-  keyText_ = "0," + keyDigest(fullKey_);
+void CVkAcadEntityBase::setFullKey(std::string_view fullKey) {
+  fullKey_ = intern(fullKey);
+  keyOrder_ = keyOrderOf(keyDigestValue(fullKey));
 }
 
 void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) {
   // The DXF name is group 0 of the entity's group list.
-  dxfName_ = std::string(entity.dxfName());
+  const std::string_view dxfName = entity.dxfName();
+  dxfName_ = intern(dxfName);
   // The message is set to the description by every compare, which is where it is read.
-  description_ = typeDisplayName(dxfName_);
-  layerText_ = std::string(entity.layer());
+  description_ = typeDisplayName(dxfName);
+  const std::string_view layerName = entity.layer();
+  layerText_ = intern(layerName);
 
   static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
-  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(entity.layerId(), layerText_) : kNoLayerContext;
+  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(entity.layerId(), layerName) : kNoLayerContext;
 
   const int color = entity.colorIndex();
-  if (color == 256) colorText_ = layer.colorText;
-  else if (color == 0) colorText_ = "ByBlock";
-  else colorText_ = fmt("%d", color);
+  if (color == 256) colorText_ = intern(layer.colorText);
+  else if (color == 0) colorText_ = intern("ByBlock");
+  else colorText_ = intern(fmt("%d", color));
 
   const std::string_view linetype = entity.linetype();
-  if (linetype == "ByLayer") linetypeText_ = fmt("%s,%.2f", layer.linetypeName, entity.linetypeScale());
-  else if (linetype == "ByBlock") linetypeText_ = "ByBlock";
-  else linetypeText_ = fmt("%s,%.2f", linetype, entity.linetypeScale());
+  if (linetype == "ByLayer") linetypeText_ = intern(fmt("%s,%.2f", layer.linetypeName, entity.linetypeScale()));
+  else if (linetype == "ByBlock") linetypeText_ = intern("ByBlock");
+  else linetypeText_ = intern(fmt("%s,%.2f", linetype, entity.linetypeScale()));
 
   const int weight = entity.lineWeight();
-  if (weight == -1) lineweightText_ = layer.lineweightText;
-  else if (weight == -2) lineweightText_ = "ByBlock";
-  else lineweightText_ = fmt("%d", weight);
+  if (weight == -1) lineweightText_ = intern(layer.lineweightText);
+  else if (weight == -2) lineweightText_ = intern("ByBlock");
+  else lineweightText_ = intern(fmt("%d", weight));
 
-  textStyleText_.clear();
+  textStyleText_ = CTextPool::kEmpty;
 
   platform::Extents3d geom;
   extentsStatus_ = entity.getGeomExtents(geom);
   placedExtents_ = geom.transformed(drawingTransform_ ? *drawingTransform_ : transform);
-  loadExtents_ = geom.transformed(transform);
+  const platform::Extents3d loaded = geom.transformed(transform);
+  minZ_ = std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z;
+  maxZ_ = std::fabs(loaded.max.z) < kZeroZ ? 0.0 : loaded.max.z;
 
   handle_ = entity.handle();
   objectId_ = entity.objectId();
@@ -214,10 +234,9 @@ void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) 
 std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& other) {
   auto record = std::make_unique<CDiffType>();
   record->setExtents(placedExtents_);
-  message_.assign(description_);
+  record->text.assign(description_);
   for (const Common& c : kCommon)
-    if (this->*c.text != other.*c.text && isCompared(c.code)) message_ += c.message;
-  record->text = message_;
+    if (!sameText(this->*c.text, other, other.*c.text) && isCompared(c.code)) record->text += c.message;
   return record;
 }
 

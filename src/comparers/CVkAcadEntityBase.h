@@ -11,6 +11,7 @@
 #include "comparers/DiffRecord.h"
 #include "comparers/LayerContext.h"
 #include "comparers/ReadContext.h"
+#include "comparers/TextPool.h"
 #include "platform/database.h"
 #include "platform/geometry.h"
 #include "platform/text.h"
@@ -41,26 +42,27 @@ class CVkAcadEntityBase {
   virtual void loadDetail(const platform::Entity& entity, platform::Matrix3d transform);
 
   std::string_view description() const { return description_; }
-  const std::string& keyText() const { return keyText_; }
-  const std::string& fullKey() const { return fullKey_; }
-  const std::string& dxfName() const { return dxfName_; }
-  const std::string& message() const { return message_; }
-  const std::string& colorText() const { return colorText_; }
-  const std::string& layerText() const { return layerText_; }
-  const std::string& linetypeText() const { return linetypeText_; }
-  const std::string& lineweightText() const { return lineweightText_; }
-  const std::string& zText() const { return zText_; }
-  const std::string& textStyleText() const { return textStyleText_; }
+  // "0,<digest of the full key>", or empty for a comparer that never set a key.
+  std::string keyText() const;
+  // The order of key texts as a number: equal keys give equal numbers, and numbers compare as the texts do.
+  std::uint64_t keyOrder() const { return keyOrder_; }
+  std::string_view fullKey() const { return text(fullKey_); }
+  std::string_view dxfName() const { return text(dxfName_); }
+  std::string_view colorText() const { return text(colorText_); }
+  std::string_view layerText() const { return text(layerText_); }
+  std::string_view linetypeText() const { return text(linetypeText_); }
+  std::string_view lineweightText() const { return text(lineweightText_); }
+  std::string_view zText() const { return text(zText_); }
+  std::string_view textStyleText() const { return text(textStyleText_); }
   platform::ErrorStatus extentsStatus() const { return extentsStatus_; }
   const platform::Extents3d& placedExtents() const { return placedExtents_; }
-  const platform::Extents3d& loadExtents() const { return loadExtents_; }
   platform::Handle handle() const { return handle_; }
   platform::ObjectId objectId() const { return objectId_; }
 
-  // The minimum and maximum Z of the load extents; a magnitude below 0.009 reads 0.0 so that no
-  // "-0.00" is ever printed.
-  double minZ() const;
-  double maxZ() const;
+  // The minimum and maximum Z of the extents under the load transform; a magnitude below 0.009 reads 0.0 so
+  // that no "-0.00" is ever printed.
+  double minZ() const { return minZ_; }
+  double maxZ() const { return maxZ_; }
 
   // Digests for finding alike partners among many entities of one key. The common digest covers the compared
   // common texts; the full digest adds the class and its own compared texts. b.compare(a) can find them
@@ -93,37 +95,44 @@ class CVkAcadEntityBase {
   int excluded = 0;
 
  protected:
-  // Stores the full key and its key text "0,<digest>".
-  void setFullKey(std::string fullKey);
-  void setZText(std::string z) { zText_ = std::move(z); }
-  void setTextStyleText(std::string s) { textStyleText_ = std::move(s); }
+  using TextId = CTextPool::Id;
+  // Stores the full key and the number of its key text "0,<digest>".
+  void setFullKey(std::string_view fullKey);
+  void setZText(std::string_view z) { zText_ = intern(z); }
+  void setTextStyleText(std::string_view s) { textStyleText_ = intern(s); }
   const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
   // The contexts set by the factory, handed on to comparers made for an entity's contents.
   CReadContext* readerContext() const { return readerContext_; }
   const CLayerContext* layerContext() const { return layerContext_; }
 
+  // The drawing's texts. A comparer made without a read context holds no texts but the empty one.
+  TextId intern(std::string_view text);
+  std::string_view text(TextId id) const { return readerContext_ ? readerContext_->texts().view(id) : std::string_view(); }
+  // Whether this comparer's text `mine` equals the other comparer's text `theirs`.
+  bool sameText(TextId mine, const CVkAcadEntityBase& other, TextId theirs) const {
+    if (readerContext_ == other.readerContext_) return mine == theirs;
+    return text(mine) == other.text(theirs);
+  }
+
   std::string_view description_;  // a display name of the static table
-  std::string message_;
 
  private:
   struct Common;
   static const Common kCommon[6];
   platform::ErrorStatus extentsStatus_ = platform::ErrorStatus::eOk;
   platform::Extents3d placedExtents_;
-  platform::Extents3d spareExtents_;
-  platform::Extents3d loadExtents_;
+  double minZ_ = 0.0, maxZ_ = 0.0;
   platform::Handle handle_ = 0;
   platform::ObjectId objectId_;
-  std::string spareText_;
-  std::string colorText_;
-  std::string dxfName_;
-  std::string layerText_;
-  std::string linetypeText_;
-  std::string lineweightText_;
-  std::string zText_;
-  std::string textStyleText_;
-  std::string keyText_;
-  std::string fullKey_;
+  std::uint64_t keyOrder_ = 0;
+  TextId colorText_ = CTextPool::kEmpty;
+  TextId dxfName_ = CTextPool::kEmpty;
+  TextId layerText_ = CTextPool::kEmpty;
+  TextId linetypeText_ = CTextPool::kEmpty;
+  TextId lineweightText_ = CTextPool::kEmpty;
+  TextId zText_ = CTextPool::kEmpty;
+  TextId textStyleText_ = CTextPool::kEmpty;
+  TextId fullKey_ = CTextPool::kEmpty;
   const CLayerContext* layerContext_ = nullptr;
   CReadContext* readerContext_ = nullptr;
   const platform::Matrix3d* drawingTransform_ = nullptr;
@@ -135,6 +144,11 @@ std::string_view typeDisplayName(std::string_view dxfName);
 // The decimal digest of a key: h = h * 131 + unit over its UTF-16 code units (32 bits, wrapping), then
 // h & 0x7FFFFFFF; "0" for the empty text.
 std::string keyDigest(std::string_view text);
+// The same digest as a number.
+std::uint32_t keyDigestValue(std::string_view text);
+// The order number of the key text "0,<digest>": the digest's decimal digits as base-11 places (a digit d
+// as d + 1, a missing one as 0), plus one so that the empty key comes first.
+std::uint64_t keyOrderOf(std::uint32_t digest);
 // Brings two points whose order does not matter into one order (the end points of a line): swapped when
 // a.x - b.x > 1e-5; with x equal within 1e-5 their y and z are swapped when a.y - b.y > 1e-5; with y equal
 // too, their z when a.z - b.z > 1e-5.

@@ -74,27 +74,26 @@ void CVkCustomEntity::captureGroups(const platform::ResBufList& list, const plat
   }
   std::stable_sort(groups.begin(), groups.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   // "%s,%d,%s" folded over the list: the text starts with a comma and alternates codes and values.
-  groupText_.clear();
+  std::string text;
   for (const auto& [code, value] : groups) {
-    groupText_ += ',';
-    platform::appendInt(groupText_, code);
-    groupText_ += ',';
-    groupText_ += value;
+    text += ',';
+    platform::appendInt(text, code);
+    text += ',';
+    text += value;
   }
+  groupText_ = intern(text);
 }
 
 bool CVkCustomEntity::digestOwnTexts(TextDigest& digest) const {
   if (!isCompared(kCodeDetails)) return false;
-  digest.add(groupText_);
+  digest.add(text(groupText_));
   return true;
 }
 
 std::unique_ptr<CDiffType> CVkCustomEntity::compare(const CVkAcadEntityBase& other) {
-  extraMessage_.clear();
   auto record = CVkAcadEntityBase::compare(other);
   const auto* custom = dynamic_cast<const CVkCustomEntity*>(&other);
-  if (isCompared(kCodeDetails) && (!custom || custom->groupText_ != groupText_))
-    extraMessage_ += platform::fmt("%s不同", groupText_);
-  record->text = message_ + extraMessage_;
+  if (isCompared(kCodeDetails) && (!custom || !sameText(groupText_, *custom, custom->groupText_)))
+    record->text.append(text(groupText_)).append("不同");
   return record;
 }

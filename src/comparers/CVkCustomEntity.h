@@ -17,12 +17,11 @@ class CVkCustomEntity final : public CVkAcadEntityBase {
   // property code is compared, sorted by group code and joined as ",code,value" pairs.
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
 
-  const std::string& groupText() const { return groupText_; }
+  std::string_view groupText() const { return text(groupText_); }
 
  private:
   // Builds the group text from the group list; the list itself is not kept, only its text is compared.
   void captureGroups(const platform::ResBufList& groups, const platform::Matrix3d& transform);
 
-  std::string extraMessage_;
-  std::string groupText_;
+  TextId groupText_ = CTextPool::kEmpty;
 };

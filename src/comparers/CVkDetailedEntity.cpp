@@ -9,70 +9,124 @@ void CVkDetailedEntity::load(const platform::Entity& entity, platform::Matrix3d 
   CVkAcadEntityBase::load(entity, transform);
   KeyTexts keys;
   traits_.key(entity, transform, *this, keys);
-  setFullKey(std::move(keys.fullKey));
-  setZText(std::move(keys.zText));
-  setTextStyleText(std::move(keys.textStyle));
+  setFullKey(keys.fullKey);
+  setZText(keys.zText);
+  setTextStyleText(keys.textStyle);
   if (isCompared(kCodeDetails)) loadDetail(entity, transform);
 }
 
 void CVkDetailedEntity::loadDetail(const platform::Entity& entity, platform::Matrix3d transform) {
-  texts_.clear();
-  lists_.clear();
-  for (const DetailProperty& p : traits_.details) {
-    if (p.list) lists_.push_back(p.list(entity, transform));
-    else texts_.push_back(p.text(entity, transform));
-  }
-}
-
-void appendListMessages(std::string& out, const std::vector<std::string>& mine, const std::vector<std::string>& theirs,
-                        const char* message) {
-  if (mine.size() != theirs.size()) {
-    out += "顶点个数不一样,";
-    return;
-  }
-  for (std::size_t i = 0; i < mine.size(); ++i) {
-    if (mine[i] == theirs[i]) continue;
-    platform::formatTo(out, "第%d个", {static_cast<long long>(i)});
-    out += message;
-  }
-}
-
-void CVkDetailedEntity::appendDetailMessages(const CVkAcadEntityBase& other) {
-  // Entities of different classes can meet when their key digests collide: every detail then differs.
-  const auto* same = typeid(other) == typeid(*this) ? static_cast<const CVkDetailedEntity*>(&other) : nullptr;
-  std::size_t text = 0, list = 0;
+  details_ = {};
+  if (traits_.details.empty()) return;
+  // The ids of one comparer lie together at the end of the pool's id store.
+  CTextPool& pool = readerContext()->texts();
+  const std::uint32_t begin = pool.openRun();
   for (const DetailProperty& p : traits_.details) {
     if (p.list) {
-      const std::vector<std::string>& mine = list < lists_.size() ? lists_[list] : std::vector<std::string>();
-      if (same && list < same->lists_.size()) appendListMessages(extraMessage_, mine, same->lists_[list], p.message);
-      else extraMessage_ += "顶点个数不一样,";
-      ++list;
+      const std::vector<std::string> list = p.list(entity, transform);
+      pool.push(static_cast<CTextPool::Id>(list.size()));
+      for (const std::string& t : list) pool.push(intern(t));
     } else {
-      const bool equal = same && text < texts_.size() && text < same->texts_.size() && texts_[text] == same->texts_[text];
-      if (!equal) extraMessage_ += p.message;
-      ++text;
+      pool.push(intern(p.text(entity, transform)));
+    }
+  }
+  details_ = pool.closeRun(begin);
+}
+
+// A cursor over a comparer's captured details.
+struct CVkDetailedEntity::DetailCursor {
+  const CTextPool::Id* at = nullptr;
+  const CTextPool::Id* end = nullptr;
+  // The next text's id (the empty text past the end).
+  CTextPool::Id text() { return at < end ? *at++ : CTextPool::kEmpty; }
+  // The next list: its ids and length (none past the end).
+  std::pair<const CTextPool::Id*, std::size_t> list() {
+    if (at >= end) return {at, 0};
+    const std::size_t count = *at++;
+    const CTextPool::Id* ids = at;
+    at += count;
+    return {ids, count};
+  }
+};
+
+CVkDetailedEntity::DetailCursor CVkDetailedEntity::cursor() const {
+  if (details_.size == 0) return {};
+  const CTextPool::Id* ids = readerContext()->texts().run(details_);
+  return {ids, ids + details_.size};
+}
+
+template <class Text, class List>
+void CVkDetailedEntity::forEachDetail(Text text, List list) const {
+  DetailCursor c = cursor();
+  for (const DetailProperty& p : traits_.details) {
+    if (c.at == c.end) return;
+    if (p.list) {
+      const auto [ids, count] = c.list();
+      list(ids, count);
+    } else {
+      text(c.text());
+    }
+  }
+}
+
+std::vector<std::string> CVkDetailedEntity::detailTexts() const {
+  std::vector<std::string> out;
+  forEachDetail([&](CTextPool::Id id) { out.emplace_back(text(id)); }, [](const CTextPool::Id*, std::size_t) {});
+  return out;
+}
+
+std::vector<std::vector<std::string>> CVkDetailedEntity::detailLists() const {
+  std::vector<std::vector<std::string>> out;
+  forEachDetail([](CTextPool::Id) {},
+                [&](const CTextPool::Id* ids, std::size_t count) {
+                  auto& list = out.emplace_back();
+                  for (std::size_t i = 0; i < count; ++i) list.emplace_back(text(ids[i]));
+                });
+  return out;
+}
+
+void CVkDetailedEntity::appendDetailMessages(std::string& out, const CVkAcadEntityBase& other) const {
+  // Entities of different classes can meet when their key digests collide: every detail then differs.
+  const auto* same = typeid(other) == typeid(*this) ? static_cast<const CVkDetailedEntity*>(&other) : nullptr;
+  DetailCursor mine = cursor();
+  DetailCursor theirs = same ? same->cursor() : DetailCursor();
+  for (const DetailProperty& p : traits_.details) {
+    if (p.list) {
+      // Lists are compared element by element: "顶点个数不一样," once when their lengths differ, else
+      // "第%d个" and the message for each index whose texts differ.
+      const bool theirsHeld = theirs.at < theirs.end;
+      const auto [myIds, myCount] = mine.list();
+      const auto [theirIds, theirCount] = theirs.list();
+      if (!same || !theirsHeld || myCount != theirCount) {
+        out += "顶点个数不一样,";
+        continue;
+      }
+      for (std::size_t i = 0; i < myCount; ++i) {
+        if (sameText(myIds[i], *same, theirIds[i])) continue;
+        platform::formatTo(out, "第%d个", {static_cast<long long>(i)});
+        out += p.message;
+      }
+    } else {
+      const bool held = mine.at < mine.end && theirs.at < theirs.end;
+      const CTextPool::Id a = mine.text(), b = theirs.text();
+      if (!same || !held || !sameText(a, *same, b)) out += p.message;
     }
   }
 }
 
 bool CVkDetailedEntity::digestOwnTexts(TextDigest& digest) const {
   if (!isCompared(kCodeDetails) || traits_.details.empty()) return false;
-  for (const std::string& t : texts_) digest.add(t);
-  for (const std::vector<std::string>& list : lists_) {
-    digest.add(static_cast<std::uint64_t>(list.size()));
-    for (const std::string& t : list) digest.add(t);
-  }
+  forEachDetail([&](CTextPool::Id id) { digest.add(text(id)); }, [](const CTextPool::Id*, std::size_t) {});
+  forEachDetail([](CTextPool::Id) {},
+                [&](const CTextPool::Id* ids, std::size_t count) {
+                  digest.add(static_cast<std::uint64_t>(count));
+                  for (std::size_t i = 0; i < count; ++i) digest.add(text(ids[i]));
+                });
   return true;
 }
 
 std::unique_ptr<CDiffType> CVkDetailedEntity::compare(const CVkAcadEntityBase& other) {
-  extraMessage_.clear();
   auto record = CVkAcadEntityBase::compare(other);
-  if (!isCompared(kCodeDetails)) {
-    record->text = message_;
-    return record;
-  }
-  appendDetailMessages(other);
-  record->text = message_ + extraMessage_;
+  if (isCompared(kCodeDetails)) appendDetailMessages(record->text, other);
   return record;
 }

@@ -15,7 +15,7 @@ using ListCapture = std::vector<std::string> (*)(const platform::Entity&, const 
 
 // One detail property. A text property appends its message when the two texts differ. A list property
 // appends "顶点个数不一样," once when the lists differ in length, else "第%d个" and its message for each
-// index whose texts differ.
+// index whose texts differ. Captures return their texts; the comparer keeps them in its drawing's pool.
 struct DetailProperty {
   const char* message;
   TextCapture text = nullptr;
@@ -47,22 +47,24 @@ class CVkDetailedEntity : public CVkAcadEntityBase {
   // The detail texts and lists, when details are compared and the class's table has any.
   bool digestOwnTexts(TextDigest& digest) const override;
 
-  const std::vector<std::string>& detailTexts() const { return texts_; }
-  const std::vector<std::vector<std::string>>& detailLists() const { return lists_; }
+  // The detail texts and lists in the order of the class's table (texts and lists apart).
+  std::vector<std::string> detailTexts() const;
+  std::vector<std::vector<std::string>> detailLists() const;
 
  protected:
   explicit CVkDetailedEntity(const ComparerTraits& traits) : traits_(traits) {}
-  // Appends the detail messages of this class's table, comparing with other (of the same class or not).
-  void appendDetailMessages(const CVkAcadEntityBase& other);
-  // The detail messages of the last compare.
-  std::string extraMessage_;
+  // Appends to out the detail messages of this class's table, comparing with other (of the same class or not).
+  void appendDetailMessages(std::string& out, const CVkAcadEntityBase& other) const;
 
  private:
+  struct DetailCursor;
+  DetailCursor cursor() const;
+  // Calls text(id) for each detail text and list(ids, count) for each list, in the table's order.
+  template <class Text, class List>
+  void forEachDetail(Text text, List list) const;
+
   const ComparerTraits& traits_;
-  std::vector<std::string> texts_;
-  std::vector<std::vector<std::string>> lists_;
+  // The captured details, in the table's order: a text's id; a list's length, then its ids.
+  CTextPool::Run details_;
 };
 
-// Appends the messages for two lists of texts compared element by element.
-void appendListMessages(std::string& out, const std::vector<std::string>& mine, const std::vector<std::string>& theirs,
-                        const char* message);

@@ -23,7 +23,7 @@ struct Pairing {
     if (destinationIds) destinationIds->push_back(dst.objectId());
   }
 
-  void unpaired(const EntityMap& map, int kind, const char* suffix) {
+  void unpaired(const KeyedComparers& map, int kind, const char* suffix) {
     for (const auto& [key, e] : map) {
       if (handled(*e)) continue;
       auto record = std::make_unique<CDiffType>();
@@ -44,7 +44,7 @@ class AlikeIndex {
     byCommon_.clear();
     byFull_.clear();
     for (auto s = begin; s != end; ++s) {
-      CVkAcadEntityBase* e = s->second.get();
+      CVkAcadEntityBase* e = s->comparer.get();
       const CVkAcadEntityBase::Digests digests = e->digests();
       byCommon_.push_back({digests.common, 0, e});
       byFull_.push_back({digests.full, 0, e});
@@ -93,42 +93,52 @@ class AlikeIndex {
 
 }  // namespace
 
-void PairEntityMaps(EntityMap& src, EntityMap& dst, std::vector<std::unique_ptr<CDiffType>>& records,
-                    std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds) {
+void addByKey(KeyedComparers& comparers, std::unique_ptr<CVkAcadEntityBase> comparer) {
+  const std::uint64_t key = comparer->keyOrder();
+  comparers.push_back({key, std::move(comparer)});
+}
+
+void sortByKey(KeyedComparers& comparers) {
+  std::stable_sort(comparers.begin(), comparers.end(),
+                   [](const KeyedComparer& a, const KeyedComparer& b) { return a.key < b.key; });
+}
+
+void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<std::unique_ptr<CDiffType>>& records,
+                        std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds) {
   Pairing p{records, sourceIds, destinationIds};
   AlikeIndex alike;
   // Both collections are ordered by key: the source's range of each key is found by walking the source
   // alongside the destination instead of searching it.
   auto srcNext = src.begin();
   for (auto node = dst.begin(); node != dst.end();) {
-    const std::string& key = node->first;
+    const std::uint64_t key = node->key;
     // Only destination entities are tested for an empty key: such an entity is never compared.
-    if (key.empty() || handled(*node->second)) {
+    if (key == 0 || handled(*node->comparer)) {
       ++node;
       continue;
     }
     auto dstBegin = node, dstEnd = node;
-    while (dstBegin != dst.begin() && std::prev(dstBegin)->first == key) --dstBegin;
-    while (dstEnd != dst.end() && dstEnd->first == key) ++dstEnd;
-    while (srcNext != src.end() && srcNext->first < key) ++srcNext;
+    while (dstBegin != dst.begin() && std::prev(dstBegin)->key == key) --dstBegin;
+    while (dstEnd != dst.end() && dstEnd->key == key) ++dstEnd;
+    while (srcNext != src.end() && srcNext->key < key) ++srcNext;
     const auto srcBegin = srcNext;
     auto srcEnd = srcBegin;
-    while (srcEnd != src.end() && srcEnd->first == key) ++srcEnd;
+    while (srcEnd != src.end() && srcEnd->key == key) ++srcEnd;
     const bool oneSource = srcBegin != srcEnd && std::next(srcBegin) == srcEnd;
     const bool oneDestination = std::next(dstBegin) == dstEnd;
     if (oneSource && oneDestination) {
-      p.pair(*srcBegin->second, *dstBegin->second);
+      p.pair(*srcBegin->comparer, *dstBegin->comparer);
     } else if (srcBegin != srcEnd) {
       // Alike pairs first, whatever their order in the collections; then what is left is paired in order.
       alike.build(srcBegin, srcEnd);
       for (auto d = dstBegin; d != dstEnd; ++d)
-        if (!handled(*d->second)) alike.pairAlike(*d->second);
+        if (!handled(*d->comparer)) alike.pairAlike(*d->comparer);
       auto s = srcBegin;
       for (auto d = dstBegin; d != dstEnd; ++d) {
-        if (handled(*d->second)) continue;
-        while (s != srcEnd && handled(*s->second)) ++s;
+        if (handled(*d->comparer)) continue;
+        while (s != srcEnd && handled(*s->comparer)) ++s;
         if (s == srcEnd) break;
-        p.pair(*s->second, *d->second);
+        p.pair(*s->comparer, *d->comparer);
       }
     }
     node = dstEnd;  // every entity of this key has been dealt with

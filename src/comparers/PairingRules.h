@@ -2,20 +2,29 @@
 // recorded as added or deleted. Drawings use them, and so do block references for their contents.
 #pragma once
 
-#include <map>
+#include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "comparers/CVkAcadEntityBase.h"
 #include "comparers/DiffRecord.h"
 
-// Key text to comparer; entities sharing a key keep the order in which they were filed.
-using EntityMap = std::multimap<std::string, std::unique_ptr<CVkAcadEntityBase>>;
+// A comparer with the order number of its key text.
+struct KeyedComparer {
+  std::uint64_t key = 0;
+  std::unique_ptr<CVkAcadEntityBase> comparer;
+};
+// A drawing's (or a block's) comparers in key order; entities sharing a key keep the order in which they
+// were added.
+using KeyedComparers = std::vector<KeyedComparer>;
 
-// Pairs the two collections and appends their records, unsorted: changed pairs in the order the
-// destination's keys are walked, then added entities, then deleted ones. The ids of each changed pair are
-// appended to the id lists when they are given.
-void PairEntityMaps(EntityMap& source, EntityMap& destination, std::vector<std::unique_ptr<CDiffType>>& records,
-                    std::vector<platform::ObjectId>* sourceIds = nullptr,
-                    std::vector<platform::ObjectId>* destinationIds = nullptr);
+// Appends a comparer under its key; the collection is in key order again once sortByKey has run.
+void addByKey(KeyedComparers& comparers, std::unique_ptr<CVkAcadEntityBase> comparer);
+void sortByKey(KeyedComparers& comparers);
+
+// Pairs the two collections (each in key order) and appends their records, unsorted: changed pairs in the
+// order the destination's keys are walked, then added entities, then deleted ones. The ids of each changed
+// pair are appended to the id lists when they are given.
+void PairKeyedComparers(KeyedComparers& source, KeyedComparers& destination, std::vector<std::unique_ptr<CDiffType>>& records,
+                        std::vector<platform::ObjectId>* sourceIds = nullptr,
+                        std::vector<platform::ObjectId>* destinationIds = nullptr);

@@ -21,6 +21,8 @@ CReadContext::CReadContext(const platform::Database& db, std::string drawingName
     : drawingName_(std::move(drawingName)),
       budget_(std::max(kBudgetFloor, kBudgetPerEntity * drawingSize(db))) {}
 
+CReadContext::CReadContext(std::string drawingName) : drawingName_(std::move(drawingName)), budget_(kBudgetFloor) {}
+
 CBlockWalk::CBlockWalk(CReadContext* context, const platform::BlockRecord& block) : context_(context) {
   if (!context || !block || context->spent_) return;
   auto& walking = context->walking_;

@@ -1,11 +1,12 @@
-// What the comparers of one drawing share while it is read: the work budget for walking into blocks, the
-// blocks being walked, and the warnings the walk gives.
+// What the comparers of one drawing share: the pool of their texts, and while it is read the work budget for
+// walking into blocks, the blocks being walked, and the warnings the walk gives.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
+#include "comparers/TextPool.h"
 #include "platform/database.h"
 
 class CReadContext {
@@ -17,12 +18,17 @@ class CReadContext {
   static constexpr std::size_t kBudgetPerEntity = 32;
 
   CReadContext(const platform::Database& db, std::string drawingName);
+  // A context with the floor budget, for comparers made outside a drawing's reading.
+  explicit CReadContext(std::string drawingName);
 
   // The entities loaded inside blocks so far, and how many the drawing allows.
   std::size_t used() const { return used_; }
   std::size_t budget() const { return budget_; }
   // What the walk survived, for the run's warnings.
   const std::vector<std::string>& warnings() const { return warnings_; }
+  // The texts of the drawing's comparers; they live as long as this context.
+  CTextPool& texts() { return texts_; }
+  const CTextPool& texts() const { return texts_; }
 
  private:
   friend class CBlockWalk;
@@ -33,6 +39,7 @@ class CReadContext {
   bool warnedCycle_ = false, warnedNesting_ = false;
   std::vector<platform::ObjectId> walking_;  // the blocks being walked, outermost first
   std::vector<std::string> warnings_;
+  CTextPool texts_;
 };
 
 // One walk into a block's contents, for as long as it lives. It is allowed when the block is not already

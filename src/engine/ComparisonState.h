@@ -23,8 +23,8 @@ class CComparisonState {
   // Releases what a failed or finished run opened (the side databases of the silent run).
   void EndOnFailure();
 
-  EntityMap& sourceMap() { return source->entityMap; }
-  EntityMap& destinationMap() { return destination->entityMap; }
+  KeyedComparers& sourceMap() { return source->entityMap; }
+  KeyedComparers& destinationMap() { return destination->entityMap; }
 
   std::unique_ptr<CDrawingRecord> source;
   std::unique_ptr<CDrawingRecord> destination;

@@ -87,10 +87,9 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
   record.baseMatrix = platform::Matrix3d::translation({-b.x, -b.y, -b.z});
   record.combinedMatrix = record.baseMatrix * record.placementMatrix;
 
-  // Comparers are gathered first and filed at the end in key order: a stable sort keeps the reading order of
-  // equal keys, and filing in order lets each insertion go straight to the end of the map.
-  std::vector<std::pair<std::string, std::unique_ptr<CVkAcadEntityBase>>> filed;
-  filed.reserve(ids.size());
+  // Comparers are gathered in reading order and sorted by key at the end: a stable sort keeps the reading
+  // order of equal keys.
+  record.entityMap.reserve(ids.size());
   int position = 0;
   for (const platform::ObjectId id : ids) {
     platform::setStatusBarProgressMeterPos(position++);
@@ -115,11 +114,9 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
       record.outsideSet.push_back(entity.handle());
       continue;
     }
-    std::string key = comparer->keyText();
-    filed.emplace_back(std::move(key), std::move(comparer));
+    addByKey(record.entityMap, std::move(comparer));
   }
-  std::stable_sort(filed.begin(), filed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-  for (auto& [key, comparer] : filed) record.entityMap.emplace_hint(record.entityMap.end(), std::move(key), std::move(comparer));
+  sortByKey(record.entityMap);
   platform::restoreStatusBar();
   record.namesBeingRead.clear();
 }

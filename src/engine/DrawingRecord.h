@@ -2,7 +2,6 @@
 // layers and the compare area, and moved by the base-point transform.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -22,7 +21,9 @@ enum ReadMode : int { kReadSource = 1, kReadDestination = 2 };
 struct CDrawingRecord {
   void* document = nullptr;  // the host document, or none for a side database of the silent run
   std::string fileName;
-  EntityMap entityMap;
+  // The drawing's texts and walk budget; declared before the comparers that point into it.
+  std::unique_ptr<CReadContext> readContext;
+  KeyedComparers entityMap;
   std::vector<std::string> namesBeingRead;
   std::unordered_set<std::uint64_t> layerFilter;  // ids of the layers whose entities are left out
   platform::Point3d areaCorner1;
@@ -35,7 +36,6 @@ struct CDrawingRecord {
   platform::Matrix3d combinedMatrix;
   platform::Matrix3d baseMatrix;
   std::unique_ptr<CLayerContext> layerContext;
-  std::unique_ptr<CReadContext> readContext;  // the last reading's block-walk budget and its warnings
 
   // A record of a drawing read from disk (a side database).
   static std::unique_ptr<CDrawingRecord> fromDatabase(const platform::Database& db);

@@ -26,12 +26,12 @@ void SortRecords(std::vector<std::unique_ptr<CDiffType>>& records) {
 }
 
 unsigned PairAndCompare(CComparisonState& state) {
-  EntityMap& src = state.sourceMap();
-  EntityMap& dst = state.destinationMap();
+  KeyedComparers& src = state.sourceMap();
+  KeyedComparers& dst = state.destinationMap();
   // The meter only flashes its label: the position is never advanced here.
   platform::setStatusBarProgressMeter("3/3 实体比较", 0, static_cast<int>(src.size() + dst.size()));
   platform::restoreStatusBar();
-  PairEntityMaps(src, dst, state.differences, &state.sourceIds, &state.destinationIds);
+  PairKeyedComparers(src, dst, state.differences, &state.sourceIds, &state.destinationIds);
   SortRecords(state.differences);
   platform::restoreStatusBar();
   return static_cast<unsigned>(state.differences.size());

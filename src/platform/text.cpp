@@ -243,8 +243,8 @@ void formatTo(std::string& out, std::string_view pattern, std::initializer_list<
 }
 
 std::string format(std::string_view pattern, std::initializer_list<FormatArg> args) {
+  // No reservation: most results are short enough to stay inside the string itself.
   std::string out;
-  out.reserve(pattern.size() + 16 * args.size());
   formatTo(out, pattern, args);
   return out;
 }

@@ -2,6 +2,8 @@
 // underlays, viewports and proxies: their messages in order, keys and the factory's choices.
 #include <gtest/gtest.h>
 
+#include <deque>
+
 #include "comparers/CVkAcDbLight.h"
 #include "comparers/CVkAcDbOle2Frame.h"
 #include "comparers/CVkAcDbOleFrame.h"
@@ -43,10 +45,17 @@ struct EntitiesFixture : ::testing::Test {
   template <typename T>
   std::unique_ptr<T> direct(const vktest::LoadedDrawing& d, std::size_t i = 0) {
     auto c = std::make_unique<T>();
-    c->setContexts(nullptr, d.layers.get(), nullptr, &all);
+    c->setContexts(d.context.get(), d.layers.get(), nullptr, &all);
     c->load(d.db->openEntity(d.db->blockRecord(d.db->modelSpaceId()).entityIds().at(i)), platform::Matrix3d());
     return c;
   }
+  // The same for a drawing of its own, kept as long as the fixture: a comparer lives no longer than its
+  // drawing's texts.
+  template <typename T>
+  std::unique_ptr<T> direct(vktest::LoadedDrawing&& d) {
+    return direct<T>(kept.emplace_back(std::move(d)));
+  }
+  std::deque<vktest::LoadedDrawing> kept;
 };
 
 }  // namespace

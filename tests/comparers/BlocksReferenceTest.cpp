@@ -81,8 +81,8 @@ TEST_F(BlockFixture, ContentsAreInDrawingCoordinates) {
   const CVkAcDbBlockReference& ref = reference(d);
   ASSERT_TRUE(ref.contentLoaded());
   ASSERT_EQ(ref.blockEntities().size(), 1u);
-  EXPECT_EQ(ref.blockEntities().begin()->second->fullKey(), "LINE,10.00,20.00,10.00,21.00");
-  EXPECT_NE(dynamic_cast<const CVkAcDbLine*>(ref.blockEntities().begin()->second.get()), nullptr);
+  EXPECT_EQ(ref.blockEntities().begin()->comparer->fullKey(), "LINE,10.00,20.00,10.00,21.00");
+  EXPECT_NE(dynamic_cast<const CVkAcDbLine*>(ref.blockEntities().begin()->comparer.get()), nullptr);
 }
 
 TEST_F(BlockFixture, NestedReferencesRecurse) {

@@ -3,6 +3,8 @@
 // of leading points, the load transform, vertices opened on their own, and the family's factory rows.
 #include <gtest/gtest.h>
 
+#include <deque>
+
 #include "comparers/CVkAcDb2dPolyline.h"
 #include "comparers/CVkAcDb2dVertex.h"
 #include "comparers/CVkAcDb3dPolylineVertex.h"
@@ -78,10 +80,12 @@ struct CurvesFixture : ::testing::Test {
                              const platform::Matrix3d& transform = platform::Matrix3d()) {
     return vktest::loadComparers(dir, fmt("d%d.dxf", files++), vktest::dxfDrawing(entities), options, transform);
   }
-  std::unique_ptr<CVkAcadEntityBase> one(const std::string& entity, const CompareOptions& options,
-                                         const platform::Matrix3d& transform = platform::Matrix3d()) {
-    auto d = load(entity, options, transform);
-    return d.comparers.size() == 1 ? std::move(d.comparers[0]) : nullptr;
+  // The drawings read so far: a comparer lives no longer than its drawing's texts.
+  std::deque<vktest::LoadedDrawing> drawings;
+  CVkAcadEntityBase* one(const std::string& entity, const CompareOptions& options,
+                         const platform::Matrix3d& transform = platform::Matrix3d()) {
+    vktest::LoadedDrawing& d = drawings.emplace_back(load(entity, options, transform));
+    return d.comparers.size() == 1 ? d.comparers[0].get() : nullptr;
   }
   // destination.compare(source).
   std::string compare(const std::string& source, const std::string& destination, const CompareOptions& options) {
@@ -296,7 +300,7 @@ TEST_F(CurvesFixture, VerticesOpenedOnTheirOwn) {
   const auto ids = d.db->blockRecord(d.db->modelSpaceId()).entityIds();
   auto vertex = [&](std::size_t entity, std::size_t i) {
     const platform::Entity v = d.db->openEntity(d.db->openEntity(ids[entity]).vertices().at(i));
-    return createComparer(v, platform::Matrix3d(), nullptr, d.layers.get(), nullptr, &all);
+    return createComparer(v, platform::Matrix3d(), d.context.get(), d.layers.get(), nullptr, &all);
   };
   auto plain = vertex(0, 0), rich = vertex(0, 1);
   ASSERT_NE(dynamic_cast<CVkAcDb2dVertex*>(rich.get()), nullptr);

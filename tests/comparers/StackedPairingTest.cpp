@@ -42,12 +42,14 @@ Outcome pairOneByOne(std::vector<std::unique_ptr<CVkAcadEntityBase>>& src,
 
 Outcome pairMaps(std::vector<std::unique_ptr<CVkAcadEntityBase>>& src,
                  std::vector<std::unique_ptr<CVkAcadEntityBase>>& dst) {
-  EntityMap srcMap, dstMap;
-  for (auto& c : src) srcMap.emplace(c->keyText(), std::move(c));
-  for (auto& c : dst) dstMap.emplace(c->keyText(), std::move(c));
+  KeyedComparers srcMap, dstMap;
+  for (auto& c : src) addByKey(srcMap, std::move(c));
+  for (auto& c : dst) addByKey(dstMap, std::move(c));
+  sortByKey(srcMap);
+  sortByKey(dstMap);
   std::vector<std::unique_ptr<CDiffType>> records;
   std::vector<platform::ObjectId> srcIds, dstIds;
-  PairEntityMaps(srcMap, dstMap, records, &srcIds, &dstIds);
+  PairKeyedComparers(srcMap, dstMap, records, &srcIds, &dstIds);
   Outcome out;
   for (std::size_t i = 0; i < srcIds.size(); ++i) out.changed.emplace_back(srcIds[i], dstIds[i]);
   for (const auto& r : records) {

@@ -32,7 +32,7 @@ struct AnnotationFixture : ::testing::Test {
     auto b = load(dst, "", "", "", options);
     return compareText(*b.comparers.at(0), *a.comparers.at(0));
   }
-  const std::vector<std::string>& details(const vktest::LoadedDrawing& d) {
+  std::vector<std::string> details(const vktest::LoadedDrawing& d) {
     return dynamic_cast<const CVkDetailedEntity&>(*d.comparers.at(0)).detailTexts();
   }
 };
@@ -151,13 +151,14 @@ TEST_F(AnnotationFixture, CellValuesOfLaterDrawingsGiveTextAndDate) {
   const std::string b = table(1, 3, {1}, {1, 1, 1},
                               {value("4", "1|abc", "abc"), value("2", "140|0.5", "0.50"), value("8", "92|16", "1/3/2024")});
   auto d = load(a);
-  const auto& cells = dynamic_cast<CVkAcDbTable&>(*d.comparers.at(0)).cells();
+  const auto& t = dynamic_cast<CVkAcDbTable&>(*d.comparers.at(0));
+  const auto& cells = t.cells();
   ASSERT_EQ(cells.size(), 3u);
-  EXPECT_EQ(cells[0].outerCellText, "abc");
-  EXPECT_EQ(cells[1].outerCellText, "0.50");
-  EXPECT_EQ(cells[2].outerCellText, "1/2/2024");
-  EXPECT_EQ(cells[2].dateText, "1/2/2024");
-  EXPECT_EQ(cells[0].dateText, "");
+  EXPECT_EQ(t.cellText(cells[0].outerCellText), "abc");
+  EXPECT_EQ(t.cellText(cells[1].outerCellText), "0.50");
+  EXPECT_EQ(t.cellText(cells[2].outerCellText), "1/2/2024");
+  EXPECT_EQ(t.cellText(cells[2].dateText), "1/2/2024");
+  EXPECT_EQ(t.cellText(cells[0].dateText), "");
   EXPECT_EQ(compare(a, b), "表格图元 第0行,第0列:第0行,第1列:第0行,第2列:外部单元格不一样,日期不一样,");
 }
 
@@ -183,10 +184,10 @@ TEST_F(AnnotationFixture, TableWithoutCellDataIsReadFromItsTableContent) {
   auto d = load(entity, "", blockRecords, objects);
   const auto& t = dynamic_cast<CVkAcDbTable&>(*d.comparers.at(0));
   ASSERT_EQ(t.cells().size(), 2u);
-  EXPECT_EQ(t.cells()[0].outerCellText, "left");
-  EXPECT_EQ(t.cells()[1].outerCellText, "Bolt");  // a block cell shows its block's name
-  EXPECT_EQ(t.cells()[1].widthText, "6.00");
-  EXPECT_EQ(t.cells()[1].heightText, "3.00");
+  EXPECT_EQ(t.cellText(t.cells()[0].outerCellText), "left");
+  EXPECT_EQ(t.cellText(t.cells()[1].outerCellText), "Bolt");  // a block cell shows its block's name
+  EXPECT_EQ(t.cellText(t.cells()[1].widthText), "6.00");
+  EXPECT_EQ(t.cellText(t.cells()[1].heightText), "3.00");
   EXPECT_EQ(t.widthText(), "10.00");
   EXPECT_EQ(t.heightText(), "3.00");
   EXPECT_EQ(t.tableText(), "1,22,0,0,0,0");

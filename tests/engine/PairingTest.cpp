@@ -13,9 +13,12 @@ namespace {
 // A comparer with chosen texts: its key, its colour (the one property that can differ) and its extents.
 class FakeComparer : public CVkAcadEntityBase {
  public:
-  FakeComparer(std::string key, std::string color, std::string name, platform::Extents3d ext)
+  FakeComparer(CReadContext& context, std::string key, std::string color, std::string name, platform::Extents3d ext)
       : key_(std::move(key)), color_(std::move(color)), name_(name + " "), ext_(ext) {
     description_ = name_;
+    setContexts(&context, nullptr, nullptr, nullptr);
+    // An empty key stays unset, as with comparers that never key their entity.
+    if (!key_.empty()) setFullKey(key_);
   }
   std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override {
     auto r = std::make_unique<CDiffType>();
@@ -34,6 +37,7 @@ class FakeComparer : public CVkAcadEntityBase {
 
 struct PairingFixture : ::testing::Test {
   CComparisonState& state = CComparisonState::instance();
+  CReadContext context{"fake"};
   void SetUp() override {
     vktest::quietConsole();
     state.Prepare();
@@ -41,13 +45,14 @@ struct PairingFixture : ::testing::Test {
     state.destination = std::make_unique<CDrawingRecord>();
   }
   void TearDown() override { state.Prepare(); }
-  FakeComparer* add(EntityMap& map, const std::string& key, const std::string& color, const std::string& name,
+  FakeComparer* add(KeyedComparers& map, const std::string& key, const std::string& color, const std::string& name,
                     double x = 0, double y = 0) {
-    auto c = std::make_unique<FakeComparer>(key, color, name, platform::Extents3d({x, y, 0}, {x + 1, y + 1, 0}));
+    auto c = std::make_unique<FakeComparer>(context, key, color, name, platform::Extents3d({x, y, 0}, {x + 1, y + 1, 0}));
     FakeComparer* raw = c.get();
     // The description of added and deleted records comes from the placed extents of the comparer; fakes
     // keep theirs in ext(), which the records of changed pairs carry.
-    map.emplace(key, std::move(c));
+    addByKey(map, std::move(c));
+    sortByKey(map);
     return raw;
   }
   std::vector<std::string> texts() const {

@@ -23,6 +23,7 @@ bool isAnnotation(std::string_view dxfName) {
 struct Annotations {
   std::unique_ptr<platform::Database> db;
   std::unique_ptr<CLayerContext> layers;
+  std::unique_ptr<CReadContext> context;
   std::vector<std::unique_ptr<CVkAcadEntityBase>> comparers;
 };
 
@@ -32,10 +33,11 @@ Annotations loadAnnotations(const std::string& path, const CompareOptions& optio
   a.db = platform::Database::read(path, report);
   if (!a.db) return a;
   a.layers = std::make_unique<CLayerContext>(*a.db);
+  a.context = std::make_unique<CReadContext>(*a.db, path);
   auto add = [&](platform::ObjectId id) {
     const platform::Entity e = a.db->openEntity(id);
     if (isAnnotation(e.dxfName()))
-      a.comparers.push_back(createComparer(e, platform::Matrix3d(), nullptr, a.layers.get(), nullptr, &options));
+      a.comparers.push_back(createComparer(e, platform::Matrix3d(), a.context.get(), a.layers.get(), nullptr, &options));
   };
   for (platform::ObjectId record : a.db->blockRecordIds())
     for (platform::ObjectId id : a.db->blockRecord(record).entityIds()) {

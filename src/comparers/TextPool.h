@@ -1,0 +1,46 @@
+// The texts of one drawing's comparers, each distinct text stored once and named by a 32-bit id.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Comparers capture hundreds of thousands of short texts, most of them repeated ("0.00", layer names,
+// "ByBlock"). Each distinct text is kept once in one buffer; a comparer keeps ids. Equal texts of one pool
+// have equal ids. A pool belongs to one drawing and is used by one thread at a time.
+class CTextPool {
+ public:
+  using Id = std::uint32_t;
+  static constexpr Id kEmpty = 0;  // the empty text, in every pool
+
+  CTextPool();
+  CTextPool(const CTextPool&) = delete;
+  CTextPool& operator=(const CTextPool&) = delete;
+
+  // The id of the text, adding it when it is new. Throws std::length_error past 4 GB of texts.
+  Id intern(std::string_view text);
+  std::string_view view(Id id) const { return {bytes_.data() + starts_[id], starts_[id + 1] - starts_[id]}; }
+
+  // Runs of ids (a comparer's detail texts and lists): the run's first position and its length.
+  struct Run {
+    std::uint32_t begin = 0;
+    std::uint32_t size = 0;
+  };
+  // Opens a run at the end of the id store; ids pushed until closeRun() belong to it.
+  std::uint32_t openRun() const { return static_cast<std::uint32_t>(runs_.size()); }
+  void push(Id id) { runs_.push_back(id); }
+  Run closeRun(std::uint32_t begin) const { return {begin, static_cast<std::uint32_t>(runs_.size()) - begin}; }
+  const Id* run(Run r) const { return runs_.data() + r.begin; }
+
+  std::size_t size() const { return starts_.size() - 1; }
+  std::size_t bytes() const { return bytes_.size(); }
+
+ private:
+  void grow();
+
+  std::string bytes_;
+  std::vector<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])
+  std::vector<Id> slots_;              // open addressing over the ids; kEmpty marks a free slot
+  std::vector<Id> runs_;
+};
