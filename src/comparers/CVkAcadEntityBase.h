@@ -110,7 +110,7 @@ class CVkAcadEntityBase {
   std::string_view text(TextId id) const { return readerContext_ ? readerContext_->texts().view(id) : std::string_view(); }
   // Whether this comparer's text `mine` equals the other comparer's text `theirs`.
   bool sameText(TextId mine, const CVkAcadEntityBase& other, TextId theirs) const {
-    if (readerContext_ == other.readerContext_) return mine == theirs;
+    if (readerContext_ == other.readerContext_ && mine == theirs) return true;
     return text(mine) == other.text(theirs);
   }
 

@@ -6,9 +6,11 @@
 #include <string_view>
 #include <vector>
 
-// Comparers capture hundreds of thousands of short texts, most of them repeated ("0.00", layer names,
-// "ByBlock"). Each distinct text is kept once in one buffer; a comparer keeps ids. Equal texts of one pool
-// have equal ids. A pool belongs to one drawing and is used by one thread at a time.
+// Comparers capture hundreds of thousands of short texts, many of them repeated ("0.00", layer names,
+// "ByBlock") and many unique (coordinates). Texts are appended to one buffer and a comparer keeps ids; a
+// small cache of recent texts lets a repeated text reuse its id, without the cost of indexing every unique
+// one. Equal ids are equal texts; unequal ids may still be equal texts. A pool belongs to one drawing and
+// is used by one thread at a time.
 class CTextPool {
  public:
   using Id = std::uint32_t;
@@ -18,7 +20,8 @@ class CTextPool {
   CTextPool(const CTextPool&) = delete;
   CTextPool& operator=(const CTextPool&) = delete;
 
-  // The id of the text, adding it when it is new. Throws std::length_error past 4 GB of texts.
+  // An id for the text: the id of an equal text the cache remembers, else a new one. Throws
+  // std::length_error past 4 GB of texts.
   Id intern(std::string_view text);
   std::string_view view(Id id) const { return {bytes_.data() + starts_[id], starts_[id + 1] - starts_[id]}; }
 
@@ -37,10 +40,8 @@ class CTextPool {
   std::size_t bytes() const { return bytes_.size(); }
 
  private:
-  void grow();
-
   std::string bytes_;
   std::vector<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])
-  std::vector<Id> slots_;              // open addressing over the ids; kEmpty marks a free slot
+  std::vector<Id> recent_;             // by hash: the last text added with it (kEmpty: none)
   std::vector<Id> runs_;
 };

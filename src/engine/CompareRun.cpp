@@ -1,6 +1,9 @@
 // The silent compare run.
 #include "engine/CompareRun.h"
 
+#include <future>
+#include <system_error>
+
 #include "engine/CompareLog.h"
 #include "engine/ComparisonState.h"
 #include "engine/Pairing.h"
@@ -12,23 +15,61 @@
 
 namespace {
 
-// Reads one side database; the reader's detailed error is kept for front ends.
-std::unique_ptr<platform::Database> readSide(const std::string& path, CComparisonState& state) {
+// One drawing read from disk, with what the reader said of it.
+struct SideRead {
+  std::unique_ptr<platform::Database> database;
   platform::ReadReport report;
+};
+
+// Reads one side database. Touches nothing shared: the two drawings are read on two threads.
+SideRead readSide(const std::string& path) {
+  SideRead side;
   // A drawing too large for the memory left is refused like any drawing that cannot be read.
-  auto db = RunGuarded(
-      std::unique_ptr<platform::Database>(), [&] { return platform::Database::read(path, report); },
-      [&](const char* reason) { report.error = path + ": " + reason; });
-  if (!db && state.lastError.empty()) state.lastError = report.error;
-  state.lastWarnings.insert(state.lastWarnings.end(), report.warnings.begin(), report.warnings.end());
-  return db;
+  side.database = RunGuarded(
+      std::unique_ptr<platform::Database>(), [&] { return platform::Database::read(path, side.report); },
+      [&](const char* reason) { side.report.error = path + ": " + reason; });
+  return side;
 }
 
-// Reads one drawing into its record; what walking its blocks survived joins the reader's warnings.
-void readRecord(CDrawingRecord& record, int mode, CComparisonState& state) {
-  ReadDrawing(record, mode, state.options);
-  const auto& warnings = record.readContext->warnings();
-  state.lastWarnings.insert(state.lastWarnings.end(), warnings.begin(), warnings.end());
+// Keeps a side's database; the reader's detailed error is kept for front ends.
+std::unique_ptr<platform::Database> takeSide(SideRead side, CComparisonState& state) {
+  if (!side.database && state.lastError.empty()) state.lastError = side.report.error;
+  state.lastWarnings.insert(state.lastWarnings.end(), side.report.warnings.begin(), side.report.warnings.end());
+  return std::move(side.database);
+}
+
+// Runs work on a thread of its own where one can be started, else when its result is asked for.
+template <class Work>
+auto startBeside(const Work& work) {
+  try {
+    return std::async(std::launch::async, work);
+  } catch (const std::system_error&) {
+    return std::async(std::launch::deferred, work);
+  }
+}
+
+// Collects the comparers of both drawings, the destination's on a thread of its own; the host hears of the
+// source's reading, then of the destination's, as if they were read one after the other. What walking
+// their blocks survived joins the reader's warnings.
+void readRecords(CComparisonState& state) {
+  CDrawingRecord& source = *state.source;
+  CDrawingRecord& destination = *state.destination;
+  const std::vector<platform::ObjectId> sourceIds = PrepareReading(source);
+  const std::vector<platform::ObjectId> destinationIds = PrepareReading(destination);
+  auto collectDestination =
+      startBeside([&] { CollectComparers(destination, destinationIds, state.options, false); });
+  AnnounceReading(source, kReadSource);
+  CollectComparers(source, sourceIds, state.options, true);
+  EndReading(source);
+  platform::setStatusBarProgressMeter("正在准备读取目标文件：", 0, 100);
+  platform::restoreStatusBar();
+  AnnounceReading(destination, kReadDestination);
+  collectDestination.get();
+  EndReading(destination);
+  for (const CDrawingRecord* record : {&source, &destination}) {
+    const auto& warnings = record->readContext->warnings();
+    state.lastWarnings.insert(state.lastWarnings.end(), warnings.begin(), warnings.end());
+  }
 }
 
 }  // namespace
@@ -49,8 +90,12 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
   }
   state.sourceFileName = sourcePath;
   state.destinationFileName = destinationPath;
-  state.sideSource = readSide(sourcePath, state);
-  state.sideDestination = state.sideSource ? readSide(destinationPath, state) : nullptr;
+  // The destination is read beside the source; what it gives counts only when the source could be read.
+  auto readDestination = startBeside([&] { return readSide(destinationPath); });
+  SideRead source = readSide(sourcePath);
+  SideRead destination = readDestination.get();
+  state.sideSource = takeSide(std::move(source), state);
+  state.sideDestination = state.sideSource ? takeSide(std::move(destination), state) : nullptr;
 
   int result = 1;
   if (!state.sideSource) {
@@ -70,11 +115,8 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
     platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
     platform::restoreStatusBar();
     state.source = CDrawingRecord::fromDatabase(*state.sideSource);
-    readRecord(*state.source, kReadSource, state);
-    platform::setStatusBarProgressMeter("正在准备读取目标文件：", 0, 100);
-    platform::restoreStatusBar();
     state.destination = CDrawingRecord::fromDatabase(*state.sideDestination);
-    readRecord(*state.destination, kReadDestination, state);
+    readRecords(state);
 
     if (state.source->entityCount == 0) {
       platform::printToCommandLine("原图无可比较实体");

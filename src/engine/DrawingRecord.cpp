@@ -57,12 +57,9 @@ bool PassesAreaTest(const platform::Extents3d& entity, const platform::Point3d& 
   return true;
 }
 
-void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options) {
-  if (!record.database) return;
+std::vector<platform::ObjectId> PrepareReading(CDrawingRecord& record) {
+  if (!record.database) return {};
   const platform::Database& db = *record.database;
-  const bool source = mode == kReadSource;
-  record.namesBeingRead.push_back(record.fileName);
-
   record.entityMap.clear();
   record.outsideSet.clear();
   // The layer filter: the layers of this drawing named in the excluded-layer list.
@@ -72,27 +69,35 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
       if (platform::equalsIgnoreCase(name, layer.name)) record.layerFilter.insert(layer.id.value);
   record.layerContext = std::make_unique<CLayerContext>(db);
   record.readContext = std::make_unique<CReadContext>(db, record.fileName);
-
-  const platform::BlockRecord space = db.blockRecord(db.currentSpaceId());
-  const std::vector<platform::ObjectId> ids = space.entityIds();
-
-  platform::setStatusBarProgressMeter(source ? "正在计算源文件实体数量：" : "正在计算目标文件实体数量：", 0, 100);
-  record.entityCount = static_cast<int>(ids.size());
-  platform::restoreStatusBar();
-  platform::printToCommandLine(platform::fmt("\n实体数量：%d个", record.entityCount));
-
-  platform::setStatusBarProgressMeter(source ? "1/3 正在读取源文件：" : "2/3 正在读取目标文件：", 0, record.entityCount);
-  const bool whole = IsWholeDrawing(record.areaCorner1, record.areaCorner2);
   const platform::Point3d& b = record.basePoint;
   record.baseMatrix = platform::Matrix3d::translation({-b.x, -b.y, -b.z});
   record.combinedMatrix = record.baseMatrix * record.placementMatrix;
+  std::vector<platform::ObjectId> ids = db.blockRecord(db.currentSpaceId()).entityIds();
+  record.entityCount = static_cast<int>(ids.size());
+  return ids;
+}
 
+void AnnounceReading(CDrawingRecord& record, int mode) {
+  if (!record.database) return;
+  const bool source = mode == kReadSource;
+  record.namesBeingRead.push_back(record.fileName);
+  platform::setStatusBarProgressMeter(source ? "正在计算源文件实体数量：" : "正在计算目标文件实体数量：", 0, 100);
+  platform::restoreStatusBar();
+  platform::printToCommandLine(platform::fmt("\n实体数量：%d个", record.entityCount));
+  platform::setStatusBarProgressMeter(source ? "1/3 正在读取源文件：" : "2/3 正在读取目标文件：", 0, record.entityCount);
+}
+
+void CollectComparers(CDrawingRecord& record, const std::vector<platform::ObjectId>& ids, const CompareOptions& options,
+                      bool showProgress) {
+  if (!record.database) return;
+  const platform::Database& db = *record.database;
+  const bool whole = IsWholeDrawing(record.areaCorner1, record.areaCorner2);
   // Comparers are gathered in reading order and sorted by key at the end: a stable sort keeps the reading
   // order of equal keys.
   record.entityMap.reserve(ids.size());
   int position = 0;
   for (const platform::ObjectId id : ids) {
-    platform::setStatusBarProgressMeterPos(position++);
+    if (showProgress) platform::setStatusBarProgressMeterPos(position++);
     const platform::Entity entity = db.openEntity(id);
     if (!entity) continue;
     if (!entity.isVisible() || record.layerFilter.count(entity.layerId().value)) continue;
@@ -117,6 +122,17 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
     addByKey(record.entityMap, std::move(comparer));
   }
   sortByKey(record.entityMap);
+}
+
+void EndReading(CDrawingRecord& record) {
+  if (!record.database) return;
   platform::restoreStatusBar();
   record.namesBeingRead.clear();
+}
+
+void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options) {
+  const std::vector<platform::ObjectId> ids = PrepareReading(record);
+  AnnounceReading(record, mode);
+  CollectComparers(record, ids, options, true);
+  EndReading(record);
 }

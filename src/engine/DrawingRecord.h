@@ -45,9 +45,24 @@ struct CDrawingRecord {
 // settings dialog). Names match without regard to case, as layer names do in the host.
 std::vector<std::string>& ExcludedLayers();
 
-// Reads the record's current space into its entity map and entity count. Mode 1 is the source, any
-// other value the destination. A record without a database is not read.
+// Reads the record's current space into its entity map and entity count: the four stages below in order.
+// Mode 1 is the source, any other value the destination. A record without a database is not read.
 void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options);
+
+// The stages of reading. Preparing and collecting make no call to the host: the two drawings of a
+// comparison may collect on two threads, each touching only its own record and database. Announcing and
+// ending talk to the host (the count on the command line, the progress meter) and belong on its thread.
+//
+// Prepares the layer filter, the contexts and the transforms, and answers the current space's entities.
+std::vector<platform::ObjectId> PrepareReading(CDrawingRecord& record);
+// Shows the entity count and opens the progress meter of the reading.
+void AnnounceReading(CDrawingRecord& record, int mode);
+// Makes a comparer for every entity that takes part and files them by key; with showProgress the meter
+// follows (host thread only).
+void CollectComparers(CDrawingRecord& record, const std::vector<platform::ObjectId>& ids, const CompareOptions& options,
+                      bool showProgress);
+// Closes the progress meter.
+void EndReading(CDrawingRecord& record);
 
 // The area is the whole drawing when its two corners are equal within 0.0001 in x, y and z.
 bool IsWholeDrawing(const platform::Point3d& corner1, const platform::Point3d& corner2);
