@@ -185,7 +185,8 @@ CTextPool::Id CVkAcadEntityBase::intern(std::string_view t) {
 }
 
 void CVkAcadEntityBase::setFullKey(std::string_view fullKey) {
-  fullKey_ = intern(fullKey);
+  // Keys are made of coordinates and are seldom repeated.
+  fullKey_ = fullKey.empty() || !readerContext_ ? intern(fullKey) : readerContext_->texts().add(fullKey);
   keyOrder_ = keyOrderOf(keyDigestValue(fullKey));
 }
 

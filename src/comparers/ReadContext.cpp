@@ -18,10 +18,15 @@ std::size_t drawingSize(const platform::Database& db) {
 }  // namespace
 
 CReadContext::CReadContext(const platform::Database& db, std::string drawingName)
-    : drawingName_(std::move(drawingName)),
-      budget_(std::max(kBudgetFloor, kBudgetPerEntity * drawingSize(db))) {}
+    : CReadContext(std::move(drawingName), drawingSize(db)) {}
 
-CReadContext::CReadContext(std::string drawingName) : drawingName_(std::move(drawingName)), budget_(kBudgetFloor) {}
+CReadContext::CReadContext(std::string drawingName, std::size_t entities)
+    : drawingName_(std::move(drawingName)), budget_(std::max(kBudgetFloor, kBudgetPerEntity * entities)) {
+  // A comparer captures a dozen texts of some ten bytes each, half of them new.
+  texts_.reserve(96 * entities, 16 * entities);
+}
+
+
 
 CBlockWalk::CBlockWalk(CReadContext* context, const platform::BlockRecord& block) : context_(context) {
   if (!context || !block || context->spent_) return;

@@ -18,8 +18,8 @@ class CReadContext {
   static constexpr std::size_t kBudgetPerEntity = 32;
 
   CReadContext(const platform::Database& db, std::string drawingName);
-  // A context with the floor budget, for comparers made outside a drawing's reading.
-  explicit CReadContext(std::string drawingName);
+  // A context for a drawing of so many entities in all its block records.
+  explicit CReadContext(std::string drawingName, std::size_t entities = 0);
 
   // The entities loaded inside blocks so far, and how many the drawing allows.
   std::size_t used() const { return used_; }

@@ -23,6 +23,8 @@ class CTextPool {
   // An id for the text: the id of an equal text the cache remembers, else a new one. Throws
   // std::length_error past 4 GB of texts.
   Id intern(std::string_view text);
+  // A new id for a text that is unlikely to be repeated (a key of coordinates), without the cache.
+  Id add(std::string_view text);
   std::string_view view(Id id) const { return {bytes_.data() + starts_[id], starts_[id + 1] - starts_[id]}; }
 
   // Runs of ids (a comparer's detail texts and lists): the run's first position and its length.
@@ -35,6 +37,9 @@ class CTextPool {
   void push(Id id) { runs_.push_back(id); }
   Run closeRun(std::uint32_t begin) const { return {begin, static_cast<std::uint32_t>(runs_.size()) - begin}; }
   const Id* run(Run r) const { return runs_.data() + r.begin; }
+
+  // Room for what a drawing is expected to hold. Capacity that is never written costs address space only.
+  void reserve(std::size_t bytes, std::size_t texts);
 
   std::size_t size() const { return starts_.size() - 1; }
   std::size_t bytes() const { return bytes_.size(); }
