@@ -60,6 +60,15 @@ constexpr std::array<const char*, kKinds> kKindNames = {"LINE",  "CIRCLE",  "ARC
                                                          "HATCH", "DIMENSION", "POLYLINE", "SOLID"};
 // How often each kind occurs, in percent: lines and polylines dominate plans, then text and blocks.
 constexpr std::array<int, kKinds> kKindWeights = {24, 8, 8, 12, 10, 5, 3, 3, 3, 9, 4, 5, 3, 3};
+// The simple mix: the five plainest kinds, mostly lines, in percent; about 180 bytes an entity in R2000.
+constexpr std::array<int, kKinds> kSimpleKindWeights = {45, 20, 15, 5, 15, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+
+constexpr int weightTotal(const std::array<int, kKinds>& weights) {
+  int total = 0;
+  for (const int w : weights) total += w;
+  return total;
+}
+static_assert(weightTotal(kKindWeights) == 100 && weightTotal(kSimpleKindWeights) == 100, "weights are percentages");
 
 struct LayerDef {
   const char* name;
@@ -299,7 +308,13 @@ class Writer {
 class Generator {
  public:
   Generator(const GeneratorOptions& options, Writer& out, GeneratorStats& stats)
-      : opt_(options), out_(out), stats_(stats), modern_(options.version != "AC1009"), utf8_(options.version >= "AC1021") {}
+      : opt_(options),
+        out_(out),
+        stats_(stats),
+        modern_(options.version != "AC1009"),
+        utf8_(options.version >= "AC1021"),
+        weights_(options.mix == "simple" ? kSimpleKindWeights : kKindWeights),
+        weightTotal_(weightTotal(weights_)) {}
 
   void run();
 
@@ -331,6 +346,8 @@ class Generator {
   GeneratorStats& stats_;
   const bool modern_;  // R2000 and later: handles, owners and subclass markers
   const bool utf8_;    // R2007 and later store texts as UTF-8
+  const std::array<int, kKinds>& weights_;  // how often each kind occurs, out of weightTotal_
+  const int weightTotal_;
   std::uint64_t nextFixed_ = 0x20;
   std::uint64_t cols_ = 1, rows_ = 1, added_ = 0;
   // Handles of the records the entities point to.
@@ -747,8 +764,8 @@ void Generator::makeEntity(Ent& e, std::uint64_t slot, Rng& rng) const {
   e.reset();
   e.slot = slot;
   // The kind, by weight; R12 lacks some kinds and writes their older relatives instead.
-  int pick = rng.below(100), k = 0;
-  while (pick >= kKindWeights[static_cast<std::size_t>(k)]) pick -= kKindWeights[static_cast<std::size_t>(k++)];
+  int pick = rng.below(weightTotal_), k = 0;
+  while (pick >= weights_[static_cast<std::size_t>(k)]) pick -= weights_[static_cast<std::size_t>(k++)];
   e.kind = static_cast<Kind>(k);
   if (!modern_) {
     switch (e.kind) {
@@ -1265,12 +1282,18 @@ bool isSupportedVersion(std::string_view version) {
   return version == "AC1009" || version == "AC1015" || version == "AC1032";
 }
 
+bool isSupportedMix(std::string_view mix) { return mix == "full" || mix == "simple"; }
+
 std::uint64_t entityHandle(std::uint64_t slot) { return kFirstEntityHandle + slot * kHandlesPerEntity; }
 
 bool generateDrawing(const GeneratorOptions& options, const std::string& path, GeneratorStats& stats, std::string& error) {
   stats = GeneratorStats();
   if (!isSupportedVersion(options.version)) {
     error = "unsupported version '" + options.version + "' (AC1009, AC1015 or AC1032)";
+    return false;
+  }
+  if (!isSupportedMix(options.mix)) {
+    error = "unknown mix '" + options.mix + "' (full or simple)";
     return false;
   }
   if (options.revision && !(options.editFraction >= 0.0 && options.editFraction <= 1.0)) {

@@ -12,6 +12,9 @@ struct GeneratorOptions {
   std::uint64_t entities = 1000;  // top-level model-space entities (of the base drawing, for a revision)
   std::uint64_t seed = 1;
   std::string version = "AC1015";  // AC1009 (R12), AC1015 (R2000) or AC1032 (R2018)
+  // The kinds of entities: "full" (every kind, by the weights of a plan) or "simple" (LINE, CIRCLE, ARC,
+  // LWPOLYLINE and TEXT only, mostly lines).
+  std::string mix = "full";
   // A revision: the drawing of baseSeed with a fraction of its entities edited, deleted or added, the
   // edits chosen by seed. Entities the edits leave alone are written exactly as in the base drawing.
   bool revision = false;
@@ -32,6 +35,8 @@ struct GeneratorStats {
 
 // True for the versions the generator writes.
 bool isSupportedVersion(std::string_view version);
+// True for the mixes the generator writes.
+bool isSupportedMix(std::string_view mix);
 
 // The handle of the top-level entity in slot `slot` (the entity's position in the base drawing; added
 // entities take the slots after it). Its attributes, vertices and SEQEND take the handles right after it.

@@ -234,6 +234,42 @@ TEST_F(GeneratorTest, RevisionWithoutEditsIsTheBaseDrawing) {
   EXPECT_EQ(contents(base), contents(rev));
 }
 
+TEST_F(GeneratorTest, SimpleMixAndItsRevisionHoldOnlyTheFivePlainKinds) {
+  vkbench::GeneratorOptions opt;
+  opt.entities = 3000;
+  opt.mix = "simple";
+  vkbench::GeneratorStats baseStats, revStats;
+  const auto base = read(generate(opt, "base.dxf", baseStats));
+  opt.revision = true;
+  opt.baseSeed = opt.seed;
+  opt.seed = 2;
+  opt.editFraction = 0.2;
+  const auto rev = read(generate(opt, "rev.dxf", revStats));
+  ASSERT_TRUE(base && rev);
+  const std::set<std::string> plain = {"ARC", "CIRCLE", "LINE", "LWPOLYLINE", "TEXT"};
+  for (const auto* db : {base.get(), rev.get()}) {
+    std::map<std::string, std::uint64_t> byType;
+    std::set<std::string> layers;
+    for (platform::ObjectId id : db->blockRecord(db->modelSpaceId()).entityIds()) {
+      const platform::Entity e = db->openEntity(id);
+      ++byType[std::string(e.dxfName())];
+      layers.insert(std::string(e.layer()));
+      EXPECT_TRUE(e.attributes().empty() && e.vertices().empty());
+    }
+    std::set<std::string> kinds;
+    for (const auto& [kind, count] : byType) kinds.insert(kind);
+    EXPECT_EQ(kinds, plain);
+    EXPECT_EQ(byType, db == base.get() ? baseStats.byType : revStats.byType);
+    EXPECT_GE(layers.size(), 15u);
+  }
+  EXPECT_EQ(baseStats.subEntities, 0u);
+  EXPECT_GT(revStats.moved, 0u);
+  EXPECT_GT(revStats.retexted, 0u);
+  EXPECT_GT(revStats.deleted, 0u);
+  EXPECT_GT(revStats.added, 0u);
+  EXPECT_EQ(revStats.entities, 3000 - revStats.deleted + revStats.added);
+}
+
 TEST_F(GeneratorTest, RefusesWhatItCannotWrite) {
   vkbench::GeneratorOptions opt;
   vkbench::GeneratorStats stats;
@@ -242,6 +278,11 @@ TEST_F(GeneratorTest, RefusesWhatItCannotWrite) {
   EXPECT_FALSE(vkbench::generateDrawing(opt, (dir_ / "x.dxf").string(), stats, error));
   EXPECT_NE(error.find("AC1018"), std::string::npos);
   opt.version = "AC1015";
+  opt.mix = "plain";
+  error.clear();
+  EXPECT_FALSE(vkbench::generateDrawing(opt, (dir_ / "x.dxf").string(), stats, error));
+  EXPECT_NE(error.find("plain"), std::string::npos);
+  opt.mix = "full";
   opt.revision = true;
   opt.editFraction = 1.5;
   error.clear();

@@ -13,13 +13,14 @@ namespace {
 
 constexpr const char* kUsage =
     "Usage: vk_gen_drawing --entities N [--seed S] [--version AC1015|AC1009|AC1032]\n"
-    "                      [--edit-fraction F --base-seed S0] [--crlf] OUT.dxf\n"
+    "                      [--mix full|simple] [--edit-fraction F --base-seed S0] [--crlf] OUT.dxf\n"
     "\n"
     "Writes an ASCII DXF drawing of N top-level entities of mixed types on a grid.\n"
     "\n"
     "  --entities N       top-level entities in model space (1e6 and 1000000 both work)\n"
     "  --seed S           random seed (default 1); the same seed gives the same file\n"
     "  --version V        AC1015 (R2000, default), AC1009 (R12) or AC1032 (R2018)\n"
+    "  --mix M            full (default): every kind; simple: LINE, CIRCLE, ARC, LWPOLYLINE and TEXT\n"
     "  --edit-fraction F  write revision B of the drawing of --base-seed S0: a fraction F of its\n"
     "                     entities moved, recoloured, retexted, resized or deleted, and some added;\n"
     "                     --seed chooses the edits\n"
@@ -89,6 +90,13 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "vk_gen_drawing: --version must be AC1015, AC1009 or AC1032, not '%s'\n", opt.version.c_str());
         return 2;
       }
+    } else if (arg == "--mix") {
+      if (!value(v)) return 2;
+      opt.mix = std::string(v);
+      if (!vkbench::isSupportedMix(opt.mix)) {
+        std::fprintf(stderr, "vk_gen_drawing: --mix must be full or simple, not '%s'\n", opt.mix.c_str());
+        return 2;
+      }
     } else if (arg == "--edit-fraction") {
       if (!value(v)) return 2;
       char* end = nullptr;
@@ -128,7 +136,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-  std::printf("%s: %s, %llu entities (%llu attributes and vertices), %.1f MB in %.2f s\n", out.c_str(), opt.version.c_str(),
+  std::printf("%s: %s, %s mix, %llu entities (%llu attributes and vertices), %.1f MB in %.2f s\n", out.c_str(), opt.version.c_str(), opt.mix.c_str(),
               static_cast<unsigned long long>(stats.entities), static_cast<unsigned long long>(stats.subEntities),
               static_cast<double>(stats.bytes) / 1e6, seconds);
   for (const auto& [name, count] : stats.byType) std::printf("  %-12s %llu\n", name.c_str(), static_cast<unsigned long long>(count));
