@@ -106,15 +106,14 @@ bool CVkAcDbBlockReference::digestOwnTexts(TextDigest& digest) const {
   return true;
 }
 
-std::unique_ptr<CDiffType> CVkAcDbBlockReference::compare(const CVkAcadEntityBase& other) {
-  auto record = CVkDetailedEntity::compare(other);
-  if (!isCompared(kCodeDetails)) return record;
+void CVkAcDbBlockReference::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
+  CVkDetailedEntity::appendDifferences(other, out);
+  if (!isCompared(kCodeDetails)) return;
   const auto* source = dynamic_cast<const CVkAcDbBlockReference*>(&other);
-  if (!source) return record;
+  if (!source) return;
   // The contents are paired whatever the blocks are named: a renamed block showing the same entities is
   // the same drawing to the user. Contents one side did not walk (cycle, nesting, budget) are not compared.
   if (source->contentLoaded_ && contentLoaded_)
-    appendContentDifferences(record->text, source->entities_, entities_, "块内[");
-  appendContentDifferences(record->text, source->attributes_, attributes_, "属性[");
-  return record;
+    appendContentDifferences(out, source->entities_, entities_, "块内[");
+  appendContentDifferences(out, source->attributes_, attributes_, "属性[");
 }

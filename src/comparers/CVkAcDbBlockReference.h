@@ -14,7 +14,7 @@ class CVkAcDbBlockReference final : public CVkDetailedEntity {
   // sides walked their block):
   // "块内[" and the records of the block's entities, then "属性[" and those of the attributes, each group
   // closed by "]"; a record is its own text (an added entity "...新增,", a deleted one "...删除,").
-  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  void appendDifferences(const CVkAcadEntityBase& other, std::string& out) override;
   // The detail texts and, when details are compared, the keys and common digests of the contents.
   bool digestOwnTexts(TextDigest& digest) const override;
 

@@ -86,10 +86,9 @@ bool CVkAcDbTable::digestOwnTexts(TextDigest& digest) const {
   return true;
 }
 
-std::unique_ptr<CDiffType> CVkAcDbTable::compare(const CVkAcadEntityBase& other) {
-  auto record = CVkAcadEntityBase::compare(other);
-  if (!isCompared(kCodeDetails)) return record;
-  std::string& out = record->text;
+void CVkAcDbTable::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
+  CVkAcadEntityBase::appendDifferences(other, out);
+  if (!isCompared(kCodeDetails)) return;
   // Entities of other classes meet a table only when their key digests collide: every text then differs.
   static const CVkAcDbTable kNothing;
   const CVkAcDbTable& o = typeid(other) == typeid(*this) ? static_cast<const CVkAcDbTable&>(other) : kNothing;
@@ -121,5 +120,4 @@ std::unique_ptr<CDiffType> CVkAcDbTable::compare(const CVkAcadEntityBase& other)
       if (!sameText(mine.dateText, o, theirs.dateText)) out += "日期不一样,";
     }
   }
-  return record;
 }

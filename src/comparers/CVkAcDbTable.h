@@ -22,7 +22,7 @@ class CVkAcDbTable final : public CVkAcadEntityBase {
   void load(const platform::Entity& entity, platform::Matrix3d transform) override;
   // With details compared, appends the table's messages, then lists every cell ("第%d行,第%d列:") with
   // the messages of its differences; cell arrays of different lengths give "单元格数量不一样," alone.
-  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  void appendDifferences(const CVkAcadEntityBase& other, std::string& out) override;
   // The table's texts and its number of cells, when details are compared.
   bool digestOwnTexts(TextDigest& digest) const override;
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;

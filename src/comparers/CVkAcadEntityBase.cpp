@@ -4,6 +4,8 @@
 #include <cmath>
 #include <stdexcept>
 #include <typeinfo>
+#include <memory>
+#include <vector>
 #include <utility>
 
 #include "platform/text.h"
@@ -235,27 +237,62 @@ void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) 
 std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& other) {
   auto record = std::make_unique<CDiffType>();
   record->setExtents(placedExtents_);
-  record->text.assign(description_);
-  for (const Common& c : kCommon)
-    if (!sameText(this->*c.text, other, other.*c.text) && isCompared(c.code)) record->text += c.message;
+  appendDifferences(other, record->text);
   return record;
 }
 
+void CVkAcadEntityBase::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
+  out.append(description_);
+  for (const Common& c : kCommon)
+    if (!sameText(this->*c.text, other, other.*c.text) && isCompared(c.code)) out += c.message;
+}
+
+namespace {
+
+// A text buffer for one pair test, reused by the pair tests of the thread: most pairs are alike and need no
+// record. A block reference's test runs the tests of its contents inside it, each level with its own buffer.
+class PairText {
+ public:
+  PairText() {
+    if (depth_ == levels_.size()) levels_.push_back(std::make_unique<std::string>());
+    text_ = levels_[depth_++].get();
+    text_->clear();
+  }
+  ~PairText() { --depth_; }
+  PairText(const PairText&) = delete;
+  PairText& operator=(const PairText&) = delete;
+  std::string& text() { return *text_; }
+
+ private:
+  static thread_local std::vector<std::unique_ptr<std::string>> levels_;
+  static thread_local std::size_t depth_;
+  std::string* text_;
+};
+
+thread_local std::vector<std::unique_ptr<std::string>> PairText::levels_;
+thread_local std::size_t PairText::depth_ = 0;
+
+}  // namespace
+
 bool isSameAs(CVkAcadEntityBase& a, CVkAcadEntityBase& b) {
-  const std::unique_ptr<CDiffType> record = b.compare(a);
-  if (record->text != b.description()) return false;
+  PairText pair;
+  b.appendDifferences(a, pair.text());
+  if (pair.text() != b.description()) return false;
   a.matched = 1;
   b.matched = 1;
   return true;
 }
 
 bool compareWith(CVkAcadEntityBase& a, CVkAcadEntityBase& b, std::unique_ptr<CDiffType>& record) {
-  record = b.compare(a);
+  PairText pair;
+  b.appendDifferences(a, pair.text());
+  const std::string& text = pair.text();
   a.matched = 1;
   b.matched = 1;
-  if (record->text == b.description()) {
-    record.reset();
-    return true;
-  }
+  record.reset();
+  if (text == b.description()) return true;
+  record = std::make_unique<CDiffType>();
+  record->setExtents(b.placedExtents());
+  record->text = text;
   return false;
 }

@@ -37,7 +37,10 @@ class CVkAcadEntityBase {
   // Captures the entity; transform is the load transform (the drawing's base-point transform).
   virtual void load(const platform::Entity& entity, platform::Matrix3d transform);
   // Compares this comparer (destination) with another of the same class (source); the caller owns the record.
-  virtual std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other);
+  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other);
+  // Appends the record text of compare() to out: the description, then the message of every difference.
+  // The pairing compares through it, so that pairs found alike cost no record.
+  virtual void appendDifferences(const CVkAcadEntityBase& other, std::string& out);
   // Captures the type-specific detail texts; nothing in the base.
   virtual void loadDetail(const platform::Entity& entity, platform::Matrix3d transform);
 

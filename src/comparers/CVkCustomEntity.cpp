@@ -90,10 +90,9 @@ bool CVkCustomEntity::digestOwnTexts(TextDigest& digest) const {
   return true;
 }
 
-std::unique_ptr<CDiffType> CVkCustomEntity::compare(const CVkAcadEntityBase& other) {
-  auto record = CVkAcadEntityBase::compare(other);
+void CVkCustomEntity::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
+  CVkAcadEntityBase::appendDifferences(other, out);
   const auto* custom = dynamic_cast<const CVkCustomEntity*>(&other);
   if (isCompared(kCodeDetails) && (!custom || !sameText(groupText_, *custom, custom->groupText_)))
-    record->text.append(text(groupText_)).append("不同");
-  return record;
+    out.append(text(groupText_)).append("不同");
 }

@@ -10,7 +10,7 @@
 class CVkCustomEntity final : public CVkAcadEntityBase {
  public:
   void load(const platform::Entity& entity, platform::Matrix3d transform) override;
-  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  void appendDifferences(const CVkAcadEntityBase& other, std::string& out) override;
   // The group text, when details are compared.
   bool digestOwnTexts(TextDigest& digest) const override;
   // Captures the compared groups: every group but those the common properties cover, each whose

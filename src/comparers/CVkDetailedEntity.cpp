@@ -125,8 +125,7 @@ bool CVkDetailedEntity::digestOwnTexts(TextDigest& digest) const {
   return true;
 }
 
-std::unique_ptr<CDiffType> CVkDetailedEntity::compare(const CVkAcadEntityBase& other) {
-  auto record = CVkAcadEntityBase::compare(other);
-  if (isCompared(kCodeDetails)) appendDetailMessages(record->text, other);
-  return record;
+void CVkDetailedEntity::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
+  CVkAcadEntityBase::appendDifferences(other, out);
+  if (isCompared(kCodeDetails)) appendDetailMessages(out, other);
 }

@@ -41,7 +41,7 @@ class CVkDetailedEntity : public CVkAcadEntityBase {
   // Runs the base part, builds the key and Z text, and captures the details when they are compared.
   void load(const platform::Entity& entity, platform::Matrix3d transform) override;
   // Runs the base part, then, with details compared, appends the message of every differing detail.
-  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override;
+  void appendDifferences(const CVkAcadEntityBase& other, std::string& out) override;
   // Captures every detail text and list of the class's table.
   void loadDetail(const platform::Entity& entity, platform::Matrix3d transform) override;
   // The detail texts and lists, when details are compared and the class's table has any.

@@ -20,12 +20,9 @@ class FakeComparer : public CVkAcadEntityBase {
     // An empty key stays unset, as with comparers that never key their entity.
     if (!key_.empty()) setFullKey(key_);
   }
-  std::unique_ptr<CDiffType> compare(const CVkAcadEntityBase& other) override {
-    auto r = std::make_unique<CDiffType>();
-    r->setExtents(ext_);
-    r->text = name_;
-    if (static_cast<const FakeComparer&>(other).color_ != color_) r->text += "颜色不相同,";
-    return r;
+  void appendDifferences(const CVkAcadEntityBase& other, std::string& out) override {
+    out += name_;
+    if (static_cast<const FakeComparer&>(other).color_ != color_) out += "颜色不相同,";
   }
   const std::string& key() const { return key_; }
   const platform::Extents3d& ext() const { return ext_; }
