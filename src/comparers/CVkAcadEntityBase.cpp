@@ -176,7 +176,7 @@ bool CVkAcadEntityBase::digestOwnTexts(TextDigest&) const { return false; }
 const CompareOptions& CVkAcadEntityBase::options() const { return options_ ? *options_ : defaultOptions(); }
 
 std::string CVkAcadEntityBase::keyText() const {
-  if (keyOrder_ == 0) return {};
+  if (!hasKey_) return {};
   return "0," + keyDigest(fullKey());
 }
 
@@ -189,7 +189,8 @@ CTextPool::Id CVkAcadEntityBase::intern(std::string_view t) {
 void CVkAcadEntityBase::setFullKey(std::string_view fullKey) {
   // Keys are made of coordinates and are seldom repeated.
   fullKey_ = fullKey.empty() || !readerContext_ ? intern(fullKey) : readerContext_->texts().add(fullKey);
-  keyOrder_ = keyOrderOf(keyDigestValue(fullKey));
+  keyDigest_ = keyDigestValue(fullKey);
+  hasKey_ = true;
 }
 
 void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) {
@@ -197,7 +198,7 @@ void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d 
   const std::string_view dxfName = entity.dxfName();
   dxfName_ = intern(dxfName);
   // The message is set to the description by every compare, which is where it is read.
-  description_ = typeDisplayName(dxfName);
+  description_ = typeDisplayName(dxfName).data();
   const std::string_view layerName = entity.layer();
   layerText_ = intern(layerName);
 
@@ -222,7 +223,7 @@ void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d 
   textStyleText_ = CTextPool::kEmpty;
 
   platform::Extents3d geom;
-  extentsStatus_ = entity.getGeomExtents(geom);
+  extentsStatus_ = static_cast<std::uint8_t>(entity.getGeomExtents(geom));
   placedExtents_ = geom.transformed(drawingTransform_ ? *drawingTransform_ : transform);
   const platform::Extents3d loaded = geom.transformed(transform);
   minZ_ = std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z;

@@ -27,6 +27,15 @@ class TextDigest {
   platform::Fnv1a fnv_;
 };
 
+// The decimal digest of a key: h = h * 131 + unit over its UTF-16 code units (32 bits, wrapping), then
+// h & 0x7FFFFFFF; "0" for the empty text.
+std::string keyDigest(std::string_view text);
+// The same digest as a number.
+std::uint32_t keyDigestValue(std::string_view text);
+// The order number of the key text "0,<digest>": the digest's decimal digits as base-11 places (a digit d
+// as d + 1, a missing one as 0), plus one so that the empty key comes first.
+std::uint64_t keyOrderOf(std::uint32_t digest);
+
 class CVkAcadEntityBase {
  public:
   CVkAcadEntityBase() = default;
@@ -48,7 +57,7 @@ class CVkAcadEntityBase {
   // "0,<digest of the full key>", or empty for a comparer that never set a key.
   std::string keyText() const;
   // The order of key texts as a number: equal keys give equal numbers, and numbers compare as the texts do.
-  std::uint64_t keyOrder() const { return keyOrder_; }
+  std::uint64_t keyOrder() const { return hasKey_ ? keyOrderOf(keyDigest_) : 0; }
   std::string_view fullKey() const { return text(fullKey_); }
   std::string_view dxfName() const { return text(dxfName_); }
   std::string_view colorText() const { return text(colorText_); }
@@ -57,7 +66,7 @@ class CVkAcadEntityBase {
   std::string_view lineweightText() const { return text(lineweightText_); }
   std::string_view zText() const { return text(zText_); }
   std::string_view textStyleText() const { return text(textStyleText_); }
-  platform::ErrorStatus extentsStatus() const { return extentsStatus_; }
+  platform::ErrorStatus extentsStatus() const { return static_cast<platform::ErrorStatus>(extentsStatus_); }
   const platform::Extents3d& placedExtents() const { return placedExtents_; }
   platform::Handle handle() const { return handle_; }
   platform::ObjectId objectId() const { return objectId_; }
@@ -93,10 +102,6 @@ class CVkAcadEntityBase {
   // The settings test: is the property class with this code compared?
   bool isCompared(int code) const { return options().isCompared(code); }
 
-  // Pairing state: matched once paired; excluded entities count as handled from the start.
-  int matched = 0;
-  int excluded = 0;
-
  protected:
   using TextId = CTextPool::Id;
   // Stores the full key and the number of its key text "0,<digest>".
@@ -117,17 +122,16 @@ class CVkAcadEntityBase {
     return text(mine) == other.text(theirs);
   }
 
-  std::string_view description_;  // a display name of the static table
+  const char* description_ = "";  // a display name of the static table
 
  private:
+  // The members are ordered to pack: a drawing holds hundreds of thousands of comparers.
   struct Common;
   static const Common kCommon[6];
-  platform::ErrorStatus extentsStatus_ = platform::ErrorStatus::eOk;
   platform::Extents3d placedExtents_;
   double minZ_ = 0.0, maxZ_ = 0.0;
   platform::Handle handle_ = 0;
   platform::ObjectId objectId_;
-  std::uint64_t keyOrder_ = 0;
   TextId colorText_ = CTextPool::kEmpty;
   TextId dxfName_ = CTextPool::kEmpty;
   TextId layerText_ = CTextPool::kEmpty;
@@ -140,18 +144,18 @@ class CVkAcadEntityBase {
   CReadContext* readerContext_ = nullptr;
   const platform::Matrix3d* drawingTransform_ = nullptr;
   const CompareOptions* options_ = nullptr;
+  std::uint32_t keyDigest_ = 0;
+  bool hasKey_ = false;
+  std::uint8_t extentsStatus_ = 0;
+
+ public:
+  // Pairing state: matched once paired; excluded entities count as handled from the start.
+  std::uint8_t matched = 0;
+  std::uint8_t excluded = 0;
 };
 
 // The display name of a DXF type name ("LINE" -> "直线图元 "); unlisted names give "代理实体图元".
 std::string_view typeDisplayName(std::string_view dxfName);
-// The decimal digest of a key: h = h * 131 + unit over its UTF-16 code units (32 bits, wrapping), then
-// h & 0x7FFFFFFF; "0" for the empty text.
-std::string keyDigest(std::string_view text);
-// The same digest as a number.
-std::uint32_t keyDigestValue(std::string_view text);
-// The order number of the key text "0,<digest>": the digest's decimal digits as base-11 places (a digit d
-// as d + 1, a missing one as 0), plus one so that the empty key comes first.
-std::uint64_t keyOrderOf(std::uint32_t digest);
 // Brings two points whose order does not matter into one order (the end points of a line): swapped when
 // a.x - b.x > 1e-5; with x equal within 1e-5 their y and z are swapped when a.y - b.y > 1e-5; with y equal
 // too, their z when a.z - b.z > 1e-5.
