@@ -1,6 +1,9 @@
 // The factory table and its last rule.
 #include "comparers/ComparerFactory.h"
 
+#include <array>
+#include <vector>
+
 #include "comparers/CVkAcDb2dPolyline.h"
 #include "comparers/CVkAcDb2dVertex.h"
 #include "comparers/CVkAcDb3PointAngularDimension.h"
@@ -144,6 +147,23 @@ BlockDecision blockReferenceDecision(const platform::Entity& entity, const Compa
   return BlockDecision::Compare;
 }
 
+// The rows that can take an entity of each class, in their order: whether a row applies depends only on the
+// entity's class, so the kind-of tests are made once per class rather than once per entity.
+#define VK_COUNT_CLASS(cls, parent, name) +1
+constexpr std::size_t kClassCount = 0 VK_DB_CLASSES(VK_COUNT_CLASS);
+#undef VK_COUNT_CLASS
+
+const std::vector<const FactoryRow*>& rowsFor(DbClass cls) {
+  static const std::array<std::vector<const FactoryRow*>, kClassCount> table = [] {
+    std::array<std::vector<const FactoryRow*>, kClassCount> rows;
+    for (std::size_t c = 0; c < kClassCount; ++c)
+      for (const FactoryRow& row : kRows)
+        if (row.make && platform::isKindOf(static_cast<DbClass>(c), row.cls)) rows[c].push_back(&row);
+    return rows;
+  }();
+  return table[static_cast<std::size_t>(cls)];
+}
+
 }  // namespace
 
 std::span<const FactoryRow> factoryRows() { return kRows; }
@@ -154,8 +174,8 @@ std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity
                                                   const CompareOptions* options) {
   static const CompareOptions kAll;
   std::unique_ptr<CVkAcadEntityBase> comparer;
-  for (const FactoryRow& row : kRows) {
-    if (!row.make || !entity.isKindOf(row.cls)) continue;
+  for (const FactoryRow* candidate : rowsFor(entity.dbClass())) {
+    const FactoryRow& row = *candidate;
     if (row.rule == FactoryRule::Surface) {
       comparer = surfaceComparer(entity);
       if (!comparer) return nullptr;
