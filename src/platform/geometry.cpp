@@ -1,7 +1,9 @@
 // Geometry value types and the arbitrary-axis rule.
 #include "platform/geometry.h"
 
+
 #include <algorithm>
+#include <cmath>
 
 namespace platform {
 
@@ -83,6 +85,16 @@ void Extents3d::addExtents(const Extents3d& e) {
 
 void Extents3d::transformBy(const Matrix3d& m) {
   if (isEmpty()) return;
+  // Most boxes are moved by no transform at all. For finite coordinates the identity's products and sums
+  // come to the coordinate plus zero (which turns -0 into 0), exactly what the full transform gives.
+  const auto finite = [](const Point3d& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); };
+  if (finite(min) && finite(max) && m.isIdentity()) {
+    const Point3d low{min.x + 0.0, min.y + 0.0, min.z + 0.0}, high{max.x + 0.0, max.y + 0.0, max.z + 0.0};
+    *this = Extents3d();
+    addPoint(low);
+    addPoint(high);
+    return;
+  }
   const Extents3d src = *this;
   *this = Extents3d();
   for (int i = 0; i < 8; ++i) {
