@@ -1,7 +1,6 @@
 // Geometry value types and the arbitrary-axis rule.
 #include "platform/geometry.h"
 
-
 #include <algorithm>
 #include <cmath>
 
