@@ -15,9 +15,9 @@ void angularKey(const platform::Entity& e, const platform::Matrix3d& load, const
   const platform::Point3d a = load.transform(e.point(Accessor::xLine1Point));  // ::xLine1Point
   const platform::Point3d b = load.transform(e.point(Accessor::xLine2Point));  // ::xLine2Point
   const platform::Point3d r = load.transform(e.point(Accessor::arcPoint));     // ::arcPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y, a.x, a.y, b.x,
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y, a.x, a.y, b.x,
                               b.y, r.x, r.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", c.z, a.z, b.z, r.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", c.z, a.z, b.z, r.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

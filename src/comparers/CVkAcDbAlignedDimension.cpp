@@ -13,8 +13,8 @@ void alignedKey(const platform::Entity& e, const platform::Matrix3d& load, const
   const platform::Point3d a = load.transform(e.point(Accessor::xLine1Point));   // AcDbAlignedDimension::xLine1Point
   const platform::Point3d b = load.transform(e.point(Accessor::xLine2Point));   // AcDbAlignedDimension::xLine2Point
   const platform::Point3d d = load.transform(e.point(Accessor::dimLinePoint));  // AcDbAlignedDimension::dimLinePoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y, d.x, d.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f,%.2f", a.z, b.z, d.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y, d.x, d.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f", a.z, b.z, d.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

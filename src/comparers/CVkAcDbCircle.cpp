@@ -10,9 +10,9 @@ using platform::Accessor;
 void circleKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self,
                KeyTexts& out) {
   const platform::Point3d c = load.transform(e.point(Accessor::center));  // AcDbCircle::center
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y,
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y,
                               e.real(Accessor::radius));  // AcDbCircle::radius
-  out.zText = platform::fmt("%.2f", c.z);
+  platform::fmtTo(out.zText, "%.2f", c.z);
 }
 
 const DetailProperty kDetails[] = {

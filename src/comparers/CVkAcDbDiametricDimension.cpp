@@ -12,8 +12,8 @@ void diametricKey(const platform::Entity& e, const platform::Matrix3d& load, con
                   KeyTexts& out) {
   const platform::Point3d a = load.transform(e.point(Accessor::chordPoint));     // AcDbDiametricDimension::chordPoint
   const platform::Point3d b = load.transform(e.point(Accessor::farChordPoint));  // ::farChordPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y, a.distanceTo(b));
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f", a.z, b.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y, a.distanceTo(b));
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", a.z, b.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

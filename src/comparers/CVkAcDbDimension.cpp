@@ -11,8 +11,8 @@ using platform::Accessor;
 void dimensionKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self,
                   KeyTexts& out) {
   const platform::Point3d p = load.transform(e.point(Accessor::textPosition));  // AcDbDimension::textPosition
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

@@ -13,8 +13,8 @@ void ellipseKey(const platform::Entity& e, const platform::Matrix3d& load, const
   const platform::Point3d c = load.transform(e.point(Accessor::center));      // AcDbEllipse::center
   const platform::Point3d s = load.transform(e.point(Accessor::startPoint));  // AcDbEllipse::getStartPoint
   const platform::Point3d t = load.transform(e.point(Accessor::endPoint));    // AcDbEllipse::getEndPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), c.x, c.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f", c.z, s.z, t.z);
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), c.x, c.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", c.z, s.z, t.z);
 }
 
 const DetailProperty kDetails[] = {

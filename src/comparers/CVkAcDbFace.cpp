@@ -11,9 +11,9 @@ void faceKey(const platform::Entity& e, const platform::Matrix3d& load, const CV
   std::vector<platform::Point3d> c = e.points(Accessor::cornerPoints);  // getVertexAt 0..3
   c.resize(4);
   for (platform::Point3d& p : c) p = load.transform(p);
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c[0].x, c[0].y, c[1].x, c[1].y,
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c[0].x, c[0].y, c[1].x, c[1].y,
                               c[2].x, c[2].y, c[3].x, c[3].y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f", c[0].z, c[1].z, c[2].z, c[3].z);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", c[0].z, c[1].z, c[2].z, c[3].z);
 }
 
 // "%d,%d,%d,%d": 1 for each visible edge.

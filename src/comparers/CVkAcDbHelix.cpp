@@ -15,8 +15,8 @@ void helixKey(const platform::Entity& e, const platform::Matrix3d& load, const C
   const platform::Point3d start = load.transform(e.point(Accessor::startPoint));  // AcDbHelix::startPoint
   const platform::Point3d end = load.transform(e.point(Accessor::endPoint));      // AcDbHelix::endPoint
   const platform::Point3d axis = load.transform(e.point(Accessor::axisPoint));    // AcDbHelix::axisPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), start.x, start.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f,%.2f", axis.z, start.z, end.z,
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), start.x, start.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f", axis.z, start.z, end.z,
                             e.vector(Accessor::axisVector).z,  // AcDbHelix::axisVector
                             e.real(Accessor::height));         // AcDbHelix::height
 }

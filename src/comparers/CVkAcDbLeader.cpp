@@ -13,8 +13,8 @@ void leaderKey(const platform::Entity& e, const platform::Matrix3d& load, const 
   const std::vector<platform::Point3d> vertices = e.points(Accessor::leaderVertices);  // AcDbLeader::vertexAt
   const platform::Point3d first = load.transform(vertices.empty() ? platform::Point3d() : vertices.front());
   const platform::Point3d last = load.transform(vertices.empty() ? platform::Point3d() : vertices.back());
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), first.x, first.y);
-  out.zText = platform::fmt("%.2f,%.2f", first.z, last.z);
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), first.x, first.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f", first.z, last.z);
 }
 
 const DetailProperty kDetails[] = {

@@ -14,8 +14,8 @@ using platform::Accessor;
 void frameKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Point3d a = load.transform(e.point(Accessor::oleUpperLeft));   // upper left corner
   const platform::Point3d b = load.transform(e.point(Accessor::oleLowerRight));  // lower right corner
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, a.z, b.x, b.y, b.z);
-  out.zText = platform::fmt("%.2f,%.2f", a.z, b.z);
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, a.z, b.x, b.y, b.z);
+  platform::fmtTo(out.zText, "%.2f,%.2f", a.z, b.z);
 }
 
 std::string rotation(const platform::Entity&, const platform::Matrix3d&) { return platform::fmt("%.2f", 0.0); }

@@ -12,8 +12,8 @@ void ordinateKey(const platform::Entity& e, const platform::Matrix3d& load, cons
                  KeyTexts& out) {
   const platform::Point3d o = load.transform(e.point(Accessor::ordinateOrigin));  // AcDbOrdinateDimension::origin
   const platform::Point3d d = load.transform(e.point(Accessor::definingPoint));   // ::definingPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), o.x, o.y, d.x, d.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f", o.z, d.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), o.x, o.y, d.x, d.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", o.z, d.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

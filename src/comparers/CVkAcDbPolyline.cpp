@@ -14,7 +14,7 @@ void polylineKey(const platform::Entity& e, const platform::Matrix3d& load, cons
                  KeyTexts& out) {
   platform::Point3d a, b;
   if (!capture::leadingPair(e.points(Accessor::getPoint2dAt), load, a, b)) return;  // AcDbPolyline::getPoint2dAt
-  out.fullKey = platform::fmt("%s,%d,%.2f,%.2f,%.2f,%.2f", self.dxfName(),
+  platform::fmtTo(out.fullKey, "%s,%d,%.2f,%.2f,%.2f,%.2f", self.dxfName(),
                               e.integer(Accessor::numVerts),  // AcDbPolyline::numVerts
                               a.x, a.y, b.x, b.y);
 }

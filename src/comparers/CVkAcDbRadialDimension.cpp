@@ -12,8 +12,8 @@ void radialKey(const platform::Entity& e, const platform::Matrix3d& load, const 
                KeyTexts& out) {
   const platform::Point3d c = load.transform(e.point(Accessor::centerPoint));  // AcDbRadialDimension::center
   const platform::Point3d p = load.transform(e.point(Accessor::chordPoint));   // AcDbRadialDimension::chordPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y, p.x, p.y, c.distanceTo(p));
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f", c.z, p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y, p.x, p.y, c.distanceTo(p));
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", c.z, p.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

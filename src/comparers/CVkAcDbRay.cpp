@@ -12,8 +12,8 @@ using platform::Accessor;
 void rayKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Point3d base = load.transform(e.point(Accessor::basePoint));      // AcDbRay::basePoint
   const platform::Point3d second = load.transform(e.point(Accessor::secondPoint));  // AcDbRay::secondPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), base.x, base.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f,%.2f", base.z, second.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), base.x, base.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", base.z, second.z, self.minZ(), self.maxZ());
 }
 
 const DetailProperty kDetails[] = {

@@ -11,9 +11,9 @@ using platform::Accessor;
 void revolvedKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Extents3d& x = self.placedExtents();
   const platform::Point3d axis = load.transform(e.point(Accessor::revolveAxisPoint));  // getAxisPnt
-  out.fullKey = platform::fmt("%s,%f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), capture::surfaceArea(e), x.min.x,
+  platform::fmtTo(out.fullKey, "%s,%f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), capture::surfaceArea(e), x.min.x,
                               x.min.y, x.max.x, x.max.y, axis.x, axis.y, axis.z);
-  out.zText = platform::fmt("%.2f,%.2f", self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f", self.minZ(), self.maxZ());
 }
 
 const DetailProperty kDetails[] = {

@@ -13,8 +13,8 @@ void textKey(const platform::Entity& e, const platform::Matrix3d& load, const CV
   const bool baseline = e.integer(Accessor::verticalMode) == 0;
   const platform::Point3d p = load.transform(
       e.point(baseline ? Accessor::position : Accessor::alignmentPoint));  // AcDbText::position / alignmentPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
   out.textStyle = textStyleText(e);  // AcDbText::textStyle
 }
 

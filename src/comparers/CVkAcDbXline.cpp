@@ -12,8 +12,8 @@ void xlineKey(const platform::Entity& e, const platform::Matrix3d& load, const C
               KeyTexts& out) {
   const platform::Point3d base = load.transform(e.point(Accessor::basePoint));      // AcDbXline::basePoint
   const platform::Point3d second = load.transform(e.point(Accessor::secondPoint));  // AcDbXline::secondPoint
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), base.x, base.y);
-  out.zText = platform::fmt("%.2f,%.2f,%.2f", base.z, second.z, e.vector(Accessor::unitDir).z);
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), base.x, base.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", base.z, second.z, e.vector(Accessor::unitDir).z);
 }
 
 const DetailProperty kDetails[] = {

@@ -7,7 +7,11 @@
 
 void CVkDetailedEntity::load(const platform::Entity& entity, platform::Matrix3d transform) {
   CVkAcadEntityBase::load(entity, transform);
-  KeyTexts keys;
+  // The key functions append to buffers the thread reuses from entity to entity.
+  thread_local KeyTexts keys;
+  keys.fullKey.clear();
+  keys.zText.clear();
+  keys.textStyle.clear();
   traits_.key(entity, transform, *this, keys);
   setFullKey(keys.fullKey);
   setZText(keys.zText);

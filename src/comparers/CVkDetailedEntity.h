@@ -23,6 +23,7 @@ struct DetailProperty {
 };
 
 // The texts that identify an entity: its full key and its Z text (and the text style for text-bearing types).
+// A key function appends to them: they arrive empty.
 struct KeyTexts {
   std::string fullKey;
   std::string zText;

@@ -14,16 +14,16 @@ namespace capture {
 // the Z text is "%.2f,%.2f" of the minimum and maximum Z.
 inline void extentsKey(const Entity&, const Matrix3d&, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Extents3d& e = self.placedExtents();
-  out.fullKey = platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), e.min.x, e.min.y, e.max.x, e.max.y);
-  out.zText = platform::fmt("%.2f,%.2f", self.minZ(), self.maxZ());
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), e.min.x, e.min.y, e.max.x, e.max.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f", self.minZ(), self.maxZ());
 }
 
 // Keyed by the position: "%s,%.2f,%.2f" of the DXF name and the position's x, y after the load transform;
 // the Z text is "%.2f" of its z.
 inline void positionKey(const Entity& e, const Matrix3d& load, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Point3d p = load.transform(e.point(Accessor::position));  // position
-  out.fullKey = platform::fmt("%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
-  out.zText = platform::fmt("%.2f", p.z);
+  platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
+  platform::fmtTo(out.zText, "%.2f", p.z);
 }
 
 // The area of a surface for its key, "%f": 0 where its faces cannot be measured (curved faces).
@@ -36,9 +36,9 @@ inline double surfaceArea(const Entity& e) {
 // maximum x, y; the Z text is "%.2f,%.2f" of the minimum and maximum Z.
 inline void surfaceKey(const Entity& e, const Matrix3d&, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Extents3d& x = self.placedExtents();
-  out.fullKey = platform::fmt("%s,%f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), surfaceArea(e), x.min.x, x.min.y, x.max.x,
+  platform::fmtTo(out.fullKey, "%s,%f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), surfaceArea(e), x.min.x, x.min.y, x.max.x,
                               x.max.y);
-  out.zText = platform::fmt("%.2f,%.2f", self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f", self.minZ(), self.maxZ());
 }
 
 // "%.2f" of a quantity measured from the ACIS data; where the faces cannot be measured (curved faces), the

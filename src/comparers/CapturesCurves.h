@@ -29,8 +29,8 @@ inline void pointListKey(const std::vector<Point3d>& points, const Matrix3d& loa
                          KeyTexts& out) {
   Point3d a, b;
   if (!leadingPair(points, load, a, b)) return;
-  out.fullKey = platform::fmt("%s,%d,%.2f,%.2f,%.2f,%.2f", self.dxfName(), points.size(), a.x, a.y, b.x, b.y);
-  out.zText = platform::fmt("%.2f,%.2f", a.z, b.z);
+  platform::fmtTo(out.fullKey, "%s,%d,%.2f,%.2f,%.2f,%.2f", self.dxfName(), points.size(), a.x, a.y, b.x, b.y);
+  platform::fmtTo(out.zText, "%.2f,%.2f", a.z, b.z);
 }
 
 // "%.2f,%.2f" of the first or second point of the leading pair; empty with fewer than two points.

@@ -71,6 +71,11 @@ template <typename... Args>
 std::string fmt(std::string_view pattern, const Args&... args) {
   return format(pattern, {FormatArg(args)...});
 }
+// fmt appended to a text that already exists, so that a buffer reused for many texts allocates once.
+template <typename... Args>
+void fmtTo(std::string& out, std::string_view pattern, const Args&... args) {
+  formatTo(out, pattern, {FormatArg(args)...});
+}
 
 // ASCII-only case folding, used for names the host compares without regard to case.
 bool equalsIgnoreCase(std::string_view a, std::string_view b);
