@@ -1,5 +1,6 @@
 // The headless host's drawing database: answers the platform's questions from the stored groups.
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 
@@ -53,7 +54,11 @@ const ObjectRec* DatabaseData::tableEntry(std::string_view type, std::string_vie
 
 // ---- Database ----
 
-Database::Database(std::unique_ptr<DatabaseData> data) : data_(std::move(data)) {}
+Database::Database(std::unique_ptr<DatabaseData> data) : data_(std::move(data)) {
+  // Lookups may remember what they found in a database by its serial: no two databases share one.
+  static std::atomic<std::uint64_t> serials{0};
+  data_->serial = ++serials;
+}
 Database::~Database() = default;
 
 std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& report) {

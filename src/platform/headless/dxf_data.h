@@ -113,6 +113,7 @@ struct DatabaseData {
   std::uint32_t modelSpace = 0;
   std::uint32_t paperSpace = 0;
   mutable ExtentsWork extentsWork;  // filled by extents computations, after reading
+  std::uint64_t serial = 0;         // unique to this database once it is read; 0 while reading
 
   std::string_view text(const StoredTag& t) const { return {arena.data() + t.textOffset, t.textLength}; }
   std::string_view name(std::uint32_t i) const { return names[i]; }

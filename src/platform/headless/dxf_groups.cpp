@@ -1,11 +1,90 @@
 // Group lookups over stored records.
 #include "platform/headless/dxf_groups.h"
 
+#include <array>
+
 namespace headless {
 
 using platform::Point3d;
 using platform::StoredTag;
 using platform::Vector3d;
+
+namespace {
+
+// The first own group of each code of one record. An entity is asked for a dozen values in a row (its key,
+// its details, its extents), each of which would scan its groups; the record last asked about is indexed
+// once per thread instead. Records of a database still being read are not indexed.
+struct FirstGroups {
+  static constexpr std::size_t kSlots = 128;  // a power of two, well above the distinct codes of a record
+  static constexpr std::uint16_t kAbsent = 0xFFFF;
+  std::uint64_t database = 0;
+  std::uint32_t begin = 0, count = 0, own = 0;
+  std::uint32_t stamp = 0;
+  struct Slot {
+    std::int16_t code;
+    std::uint16_t first;
+    std::uint32_t stamp;
+  };
+  std::array<Slot, kSlots> slots{};
+
+  static std::size_t slotOf(int code) { return static_cast<std::size_t>(code * 0x9E37) >> 4 & (kSlots - 1); }
+  // The first index of the code, or kAbsent.
+  std::uint16_t first(int code) const {
+    for (std::size_t i = slotOf(code);; i = (i + 1) & (kSlots - 1)) {
+      const Slot& s = slots[i];
+      if (s.stamp != stamp) return kAbsent;
+      if (s.code == code) return s.first;
+    }
+  }
+};
+
+// Records larger than this, or with more distinct codes than half the slots, are scanned as before.
+constexpr std::uint32_t kIndexedGroups = 0xFFFF;
+
+// The records last indexed by this thread. An entity's groups are often read alongside those of its owner
+// or owned entities (a polyline and its vertices), so a few are kept, the oldest replaced first.
+struct RecentRecords {
+  static constexpr std::size_t kKept = 4;
+  std::array<FirstGroups, kKept> records;
+  std::size_t next = 0;
+};
+
+// Indexes the record for this thread; null when it cannot be.
+const FirstGroups* indexRecord(const Groups& g, std::uint64_t database, std::uint32_t begin) {
+  thread_local RecentRecords recent;
+  for (const FirstGroups& r : recent.records)
+    if (r.database == database && r.begin == begin && r.count == g.size()) return &r;
+  if (g.size() > kIndexedGroups) return nullptr;
+  FirstGroups& index = recent.records[recent.next];
+  recent.next = (recent.next + 1) % RecentRecords::kKept;
+  index.database = 0;
+  if (++index.stamp == 0) {  // the stamps went round: forget every slot
+    index.slots.fill({});
+    index.stamp = 1;
+  }
+  std::size_t distinct = 0;
+  bool fits = true;
+  g.visitOwn([&](std::uint32_t i, std::string_view) {
+    const int code = g.at(i).code;
+    for (std::size_t s = FirstGroups::slotOf(code);; s = (s + 1) & (FirstGroups::kSlots - 1)) {
+      FirstGroups::Slot& slot = index.slots[s];
+      if (slot.stamp != index.stamp) {
+        if (++distinct > FirstGroups::kSlots / 2) return fits = false;
+        slot = {static_cast<std::int16_t>(code), static_cast<std::uint16_t>(i), index.stamp};
+        break;
+      }
+      if (slot.code == code) break;
+    }
+    return true;
+  });
+  if (!fits) return nullptr;
+  index.database = database;
+  index.begin = begin;
+  index.count = g.size();
+  return &index;
+}
+
+}  // namespace
 
 Groups::Groups(const platform::DatabaseData& data, std::uint32_t begin, std::uint32_t count)
     : data_(data), tags_(data.tags.data() + begin), count_(count), own_(count) {
@@ -14,9 +93,16 @@ Groups::Groups(const platform::DatabaseData& data, std::uint32_t begin, std::uin
       own_ = i;
       break;
     }
+  begin_ = begin;
 }
 
 const StoredTag* Groups::find(int code) const {
+  // The index is looked up at each find: another record indexed meanwhile may have taken its place.
+  if (data_.serial != 0)
+    if (const FirstGroups* index = indexRecord(*this, data_.serial, begin_)) {
+      const std::uint16_t first = index->first(code);
+      return first == FirstGroups::kAbsent ? nullptr : &tags_[first];
+    }
   const StoredTag* found = nullptr;
   visitOwn([&](std::uint32_t i, std::string_view) {
     if (tags_[i].code == code) found = &tags_[i];

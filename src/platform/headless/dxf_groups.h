@@ -66,6 +66,7 @@ class Groups {
   const platform::StoredTag* tags_;
   std::uint32_t count_;
   std::uint32_t own_;  // groups before extension data
+  std::uint32_t begin_ = 0;  // the record's first group in the database
 };
 
 }  // namespace headless
