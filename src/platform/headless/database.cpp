@@ -18,7 +18,7 @@ using headless::TagType;
 // ---- storage helpers ----
 
 std::uint32_t DatabaseData::intern(std::string_view s) {
-  auto it = nameIndex.find(std::string(s));
+  auto it = nameIndex.find(s);
   if (it != nameIndex.end()) return it->second;
   const auto index = static_cast<std::uint32_t>(names.size());
   names.emplace_back(s);

@@ -109,6 +109,10 @@ DbClass dimensionClass(const platform::DatabaseData& data, const platform::Entit
 
 }  // namespace
 
+bool classDependsOnGroups(std::string_view dxfName) {
+  return dxfName == "POLYLINE" || dxfName == "VERTEX" || dxfName == "DIMENSION" || dxfName == "INSERT";
+}
+
 DbClass classifyEntity(const platform::DatabaseData& data, const platform::EntityRec& e) {
   const std::string_view name = data.name(e.dxfName);
   if (name == "POLYLINE") {

@@ -50,12 +50,15 @@ long long countOf(const platform::StoredTag& t) { return std::clamp(t.integer, 0
 
 }  // namespace
 
+bool statesCounts(std::string_view dxfName) {
+  return std::any_of(std::begin(kRules), std::end(kRules), [&](const CountRule& r) { return r.dxfName == dxfName; });
+}
+
 void checkCounts(const platform::DatabaseData& data, const platform::EntityRec& e,
                  const std::function<void(const std::string& key, const std::string& text)>& warn) {
   const std::string_view dxfName = data.name(e.dxfName);
   // Most entities (lines, circles, texts) state no count: they are done without a look at their groups.
-  const auto stated = [&](const CountRule& r) { return r.dxfName == dxfName; };
-  if (std::none_of(std::begin(kRules), std::end(kRules), stated)) return;
+  if (!statesCounts(dxfName)) return;
   const Groups g(data, e);
   bool linksDictionary = false;
   for (std::uint32_t i = 0; i < g.ownCount() && !linksDictionary; ++i)

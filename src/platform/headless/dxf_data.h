@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -25,6 +26,12 @@ struct StoredTag {
     std::uint64_t textOffset;
   };
   StoredTag() : real(0.0) {}
+};
+
+// Hashes texts of any kind alike, so that a map keyed by strings is searched by a string_view as it is.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
 };
 
 // Object ids carry the kind of record in their top byte and its index + 1 below.
@@ -97,7 +104,7 @@ struct DatabaseData {
   std::vector<StoredTag> tags;
   std::string arena;
   std::vector<std::string> names;
-  std::unordered_map<std::string, std::uint32_t> nameIndex;
+  std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> nameIndex;
 
   std::vector<HeaderVar> header;
   std::unordered_map<std::string, std::string> classes;  // DXF record name -> class name (CLASSES section)

@@ -3,6 +3,8 @@
 #include "platform/headless/dxf_reader.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <memory>
 #include <optional>
 
@@ -62,6 +64,24 @@ Handle parseHandle(std::string_view hex) {
   return h;
 }
 
+// ASCII without backslashes reads as itself in every encoding: no code page or escape changes it.
+bool isPlainText(std::string_view s) {
+  unsigned char seen = 0;
+  bool backslash = false;
+  for (char c : s) {
+    seen |= static_cast<unsigned char>(c);
+    backslash |= c == '\\';
+  }
+  return seen < 0x80 && !backslash;
+}
+
+// Groups whose texts repeat from record to record (subclass markers, layer, linetype and style names,
+// owner and other pointers, application names): each spelling is stored once and shared.
+bool repeatsText(int code) {
+  return (code >= 2 && code <= 8 && code != 5) || code == 100 || code == 102 || code == 1001 ||
+         (code >= 330 && code <= 369) || (code >= 390 && code <= 399);
+}
+
 class DxfReader {
  public:
   DxfReader(DxfTokenizer& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
@@ -117,6 +137,8 @@ class DxfReader {
 
   // Stores the current tag; texts are decoded to UTF-8.
   void store();
+  // Puts the text into the arena (or finds it there, for groups whose texts repeat) and points t at it.
+  void storeText(StoredTag& t, std::string_view text);
   void setDecoder();
 
   bool readHeader();
@@ -154,6 +176,19 @@ class DxfReader {
   bool sawHeader_ = false;
   long long recordLine_ = 0;        // where the record being read begins
   long long textWarnedAt_ = -1;     // the record whose texts were last warned of
+  // Texts that repeat, by a hash of their bytes: the last one stored under each slot.
+  struct SharedText {
+    std::uint64_t offset = 0;
+    std::uint32_t length = 0;
+  };
+  static constexpr std::size_t kSharedSlots = 1024;
+  std::array<SharedText, kSharedSlots> shared_{};
+  // What is known of each DXF name (by names index), once asked: its class when the name alone decides it,
+  // and whether its records state counts to check.
+  static constexpr std::int16_t kUnknownClass = -1;
+  static constexpr std::int16_t kClassFromGroups = -2;
+  std::vector<std::int16_t> classByName_;
+  std::vector<std::int8_t> countsByName_;
 };
 
 void DxfReader::store() {
@@ -162,6 +197,10 @@ void DxfReader::store() {
   t.type = cur_.type;
   switch (cur_.type) {
     case TagType::Text: {
+      if (isPlainText(cur_.text)) {
+        storeText(t, cur_.text);
+        break;
+      }
       scratch_.clear();
       if (decoder_->decode(cur_.text, scratch_) > 0 && textWarnedAt_ != recordLine_) {
         // One warning per record, at the record's line.
@@ -170,16 +209,12 @@ void DxfReader::store() {
                                       ": a text holds bytes that are not valid " + encodingName() +
                                       ", or an escape that names no character; they read as U+FFFD");
       }
-      t.textOffset = db_.arena.size();
-      t.textLength = static_cast<std::uint32_t>(scratch_.size());
-      db_.arena += scratch_;
+      storeText(t, scratch_);
       break;
     }
     case TagType::Handle:
     case TagType::Binary:
-      t.textOffset = db_.arena.size();
-      t.textLength = static_cast<std::uint32_t>(cur_.text.size());
-      db_.arena.append(cur_.text);
+      storeText(t, cur_.text);
       break;
     case TagType::Real:
       t.real = cur_.real;
@@ -189,6 +224,22 @@ void DxfReader::store() {
       break;
   }
   db_.tags.push_back(t);
+}
+
+void DxfReader::storeText(StoredTag& t, std::string_view text) {
+  t.textLength = static_cast<std::uint32_t>(text.size());
+  if (repeatsText(t.code) && text.size() <= 64) {
+    std::uint32_t hash = 2166136261u;  // FNV-1a
+    for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+    SharedText& slot = shared_[hash % kSharedSlots];
+    if (slot.length == text.size() && std::memcmp(db_.arena.data() + slot.offset, text.data(), text.size()) == 0) {
+      t.textOffset = slot.offset;
+      return;
+    }
+    slot = {db_.arena.size(), t.textLength};
+  }
+  t.textOffset = db_.arena.size();
+  db_.arena.append(text);
 }
 
 void DxfReader::setDecoder() {
@@ -306,7 +357,10 @@ bool DxfReader::readClasses() {
       if (cur_.code == 1) record = std::string(cur_.text);
       else if (cur_.code == 2) cls = std::string(cur_.text);
     }
-    if (!record.empty()) db_.classes[record] = cls;
+    if (!record.empty()) {
+      db_.classes[record] = cls;
+      classByName_.clear();  // a name's class may come from this section
+    }
   }
   return failAtEnd("inside section CLASSES: expected 0/ENDSEC");
 }
@@ -570,15 +624,23 @@ void DxfReader::finishEntity(EntityRec& e) {
   }
   e.layer = layerFor(layerName.empty() ? std::string_view("0") : layerName);
   e.linetype = linetypeFor(linetype.empty() ? std::string_view("ByLayer") : linetype);
-  e.cls = classifyEntity(db_, e);
+  if (classByName_.size() <= e.dxfName) classByName_.resize(db_.names.size(), kUnknownClass);
+  std::int16_t& known = classByName_[e.dxfName];
+  if (known == kUnknownClass)
+    known = classDependsOnGroups(db_.name(e.dxfName)) ? kClassFromGroups : static_cast<std::int16_t>(classifyEntity(db_, e));
+  e.cls = known == kClassFromGroups ? classifyEntity(db_, e) : static_cast<DbClass>(known);
   if (e.cls == DbClass::Circle || e.cls == DbClass::Arc) {
     const StoredTag* radius = db_.find(e.tagBegin, e.tagCount, 40);
     if (radius && !(radius->real > 0.0))
       warn("radius", "a circle or arc with a radius of 0 or less is read as written");
   }
-  checkCounts(db_, e, [&](const std::string& key, const std::string& text) {
-    warnings_.add(key, db_.fileName + ": " + place(e.line) + ": " + text);
-  });
+  if (countsByName_.size() <= e.dxfName) countsByName_.resize(db_.names.size(), -1);
+  std::int8_t& counts = countsByName_[e.dxfName];
+  if (counts < 0) counts = statesCounts(db_.name(e.dxfName)) ? 1 : 0;
+  if (counts)
+    checkCounts(db_, e, [&](const std::string& key, const std::string& text) {
+      warnings_.add(key, db_.fileName + ": " + place(e.line) + ": " + text);
+    });
 }
 
 std::uint32_t DxfReader::layerFor(std::string_view name) {
@@ -606,7 +668,11 @@ std::uint32_t DxfReader::findOrAddLayer(std::string_view name) {
 std::uint32_t DxfReader::linetypeFor(std::string_view name) {
   if (lastLinetype_ != kNone && name == lastLinetypeName_) return lastLinetype_;
   const std::string key = platform::toUpperAscii(name);
-  if (auto it = linetypeIndex_.find(key); it != linetypeIndex_.end()) return it->second;
+  if (auto it = linetypeIndex_.find(key); it != linetypeIndex_.end()) {
+    lastLinetypeName_.assign(name);
+    lastLinetype_ = it->second;
+    return it->second;
+  }
   // The two logical linetypes have one spelling in the host, whatever the file wrote.
   std::string_view spelled = name;
   if (key == "BYLAYER") spelled = "ByLayer";

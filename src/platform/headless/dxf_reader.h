@@ -13,5 +13,8 @@ bool readDxf(const std::string& path, platform::DatabaseData& data, platform::Re
 
 // The host's class of a stored entity, from its DXF name, its subclass markers and its flags.
 platform::DbClass classifyEntity(const platform::DatabaseData& data, const platform::EntityRec& e);
+// Whether the class of an entity of this DXF name depends on more than the name and the CLASSES section
+// (its flags, its subclass markers, its owner).
+bool classDependsOnGroups(std::string_view dxfName);
 
 }  // namespace headless

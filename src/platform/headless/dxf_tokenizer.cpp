@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -20,10 +21,16 @@ constexpr char kBinarySentinel[] = "AutoCAD Binary DXF\r\n\x1a";  // followed by
 constexpr std::size_t kSentinelSize = 22;
 constexpr std::size_t kChunk = 1 << 20;  // read the file a megabyte at a time
 
-std::string_view trimSpaces(std::string_view s) {
+std::string_view trimSpacesSlow(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
   while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.remove_suffix(1);
   return s;
+}
+
+// Values mostly have nothing to trim: that is told from their two ends.
+inline std::string_view trimSpaces(std::string_view s) {
+  if (!s.empty() && static_cast<unsigned char>(s.front()) > ' ' && static_cast<unsigned char>(s.back()) > ' ') return s;
+  return trimSpacesSlow(s);
 }
 
 std::string shown(std::string_view s) {
@@ -46,9 +53,8 @@ IntegerRange rangeOf(TagType type) {
   }
 }
 
-}  // namespace
-
-TagType tagTypeOf(int code) {
+// The type of each valid group code, looked up for every group read.
+constexpr TagType typeOfCode(int code) {
   if (code < 0) return TagType::Text;
   if (code <= 9) return TagType::Text;
   if (code <= 59) return TagType::Real;
@@ -84,6 +90,18 @@ TagType tagTypeOf(int code) {
   if (code >= 1060 && code <= 1070) return TagType::Int16;
   if (code == 1071) return TagType::Int32;
   return TagType::Text;
+}
+
+constexpr auto kTagTypes = [] {
+  std::array<TagType, kMaxGroupCode - kMinGroupCode + 1> types{};
+  for (int code = kMinGroupCode; code <= kMaxGroupCode; ++code) types[code - kMinGroupCode] = typeOfCode(code);
+  return types;
+}();
+
+}  // namespace
+
+TagType tagTypeOf(int code) {
+  return code >= kMinGroupCode && code <= kMaxGroupCode ? kTagTypes[code - kMinGroupCode] : TagType::Text;
 }
 
 std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::string& error) {
@@ -188,8 +206,22 @@ bool DxfTokenizer::hasMoreInput() {
   }
 }
 
-bool DxfTokenizer::readLine(std::string_view& line) {
-  for (std::size_t scanned = 0;;) {
+inline bool DxfTokenizer::readLine(std::string_view& line) {
+  const char* start = buf_.data() + pos_;
+  if (const void* nl = std::memchr(start, '\n', end_ - pos_)) {
+    std::size_t len = static_cast<std::size_t>(static_cast<const char*>(nl) - start);
+    pos_ += len + 1;
+    ++line_;
+    if (len > 0 && start[len - 1] == '\r') --len;
+    line = std::string_view(start, len);
+    return true;
+  }
+  return readLineRefilling(line);
+}
+
+// A line that runs past the bytes in the buffer: the buffer is refilled, or grown, until it holds the line.
+bool DxfTokenizer::readLineRefilling(std::string_view& line) {
+  for (std::size_t scanned = end_ - pos_;;) {
     const char* start = buf_.data() + pos_;
     const void* nl = std::memchr(start + scanned, '\n', end_ - pos_ - scanned);
     if (nl) {
@@ -222,6 +254,25 @@ bool DxfTokenizer::nextAscii(RawTag& tag) {
   std::string_view codeLine;
   if (!readLine(codeLine)) return false;
   tagLine_ = line_;
+  // The common form, a code of up to four digits right-aligned with spaces, is read here; anything else
+  // (signs, tabs, trailing spaces, damage) takes the general path below.
+  const char* digits = codeLine.data();
+  const char* const codeEnd = digits + codeLine.size();
+  while (digits != codeEnd && *digits == ' ') ++digits;
+  if (digits != codeEnd && codeEnd - digits <= 4) {
+    int quick = 0;
+    for (const char* d = digits; d != codeEnd && quick >= 0; ++d) {
+      const unsigned digit = static_cast<unsigned char>(*d) - '0';
+      quick = digit > 9 ? -1 : quick * 10 + static_cast<int>(digit);
+    }
+    if (quick >= 0 && quick <= kMaxGroupCode) {
+      std::string_view value;
+      if (!readLine(value))
+        return fail("the file ends after group code " + shown(std::string_view(digits, codeEnd - digits)) +
+                    ", before its value");
+      return takeValue(tag, quick, value);
+    }
+  }
   std::string_view c = trimSpaces(codeLine);
   if (c.empty()) {
     // Blank lines are tolerated where the file ends; elsewhere a group code is missing.
@@ -249,8 +300,13 @@ bool DxfTokenizer::nextAscii(RawTag& tag) {
     tag.text = value;
     return codeOutOfRange(tag, shown(c));
   }
-  tag.code = static_cast<int>(code);
-  tag.type = tagTypeOf(tag.code);
+  return takeValue(tag, static_cast<int>(code), value);
+}
+
+inline bool DxfTokenizer::takeValue(RawTag& tag, int code, std::string_view value) {
+  tag.damage = RawTag::Damage::None;
+  tag.code = code;
+  tag.type = kTagTypes[code - kMinGroupCode];
   switch (tag.type) {
     case TagType::Text:
       tag.text = code == 0 ? trimSpaces(value) : value;

@@ -67,6 +67,9 @@ class DxfTokenizer {
   bool nextAscii(RawTag& tag);
   bool nextBinary(RawTag& tag);
   bool readLine(std::string_view& line);
+  bool readLineRefilling(std::string_view& line);
+  // Fills the tag from the value line of a group whose code is valid.
+  bool takeValue(RawTag& tag, int code, std::string_view value);
   bool fail(const std::string& what);
   bool damaged(RawTag& tag, RawTag::Damage kind, std::string what);
   bool codeOutOfRange(RawTag& tag, std::string_view written);
