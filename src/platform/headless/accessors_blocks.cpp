@@ -402,8 +402,10 @@ Mesh readMesh(const EntityView& e) {
         const long long n = e.g.at(k++).integer;
         ++read;
         std::vector<long long> face;
-        for (long long j = 0; j < n && k < e.g.ownCount() && e.g.at(k).code == 90; ++j, ++k, ++read)
-          face.push_back(e.g.at(k).integer);
+        for (long long j = 0; j < n && k < e.g.ownCount() && e.g.at(k).code == 90; ++j, ++k, ++read) {
+          const long long vertex = e.g.at(k).integer;  // a copy: no reference may bind to a packed value
+          face.push_back(vertex);
+        }
         m.faces.push_back(std::move(face));
       }
       i = k - 1;

@@ -46,7 +46,10 @@ struct Tally {
 
 // Counts beyond this are taken as this, so that the product of two stays exact.
 constexpr long long kLargestCount = 1LL << 31;
-long long countOf(const platform::StoredTag& t) { return std::clamp(t.integer, 0LL, kLargestCount); }
+long long countOf(const platform::StoredTag& t) {
+  const long long count = t.integer;  // a copy: the stored value is packed, no reference may bind to it
+  return std::clamp(count, 0LL, kLargestCount);
+}
 
 }  // namespace
 

@@ -11,22 +11,33 @@
 #include <vector>
 
 #include "platform/database.h"
+#include "platform/headless/dxf_storage.h"
 #include "platform/headless/dxf_tokenizer.h"
 
 namespace platform {
 
-// One stored group. Texts live in the database's arena (UTF-8, decoded from the drawing's code page).
+// One stored group, in 12 bytes: a drawing holds millions. Texts live in the database's arena (UTF-8,
+// decoded from the drawing's code page), which the reader keeps within 4 GB. The value is packed at 4
+// bytes: read it by value, never bind a reference to it (std::min, std::clamp, push_back take references).
+#pragma pack(push, 4)
 struct StoredTag {
   std::int16_t code = 0;
   headless::TagType type = headless::TagType::Text;
-  std::uint32_t textLength = 0;
   union {
     double real;
     long long integer;
-    std::uint64_t textOffset;
+    std::uint64_t textPlace;  // texts: the offset in the arena (low 32 bits) and the length (high 32 bits)
   };
   StoredTag() : real(0.0) {}
+
+  std::uint32_t textOffset() const { return static_cast<std::uint32_t>(textPlace); }
+  std::uint32_t textLength() const { return static_cast<std::uint32_t>(textPlace >> 32); }
+  void setText(std::uint32_t offset, std::uint32_t length) {
+    textPlace = offset | (static_cast<std::uint64_t>(length) << 32);
+  }
 };
+#pragma pack(pop)
+static_assert(sizeof(StoredTag) == 12);
 
 // Hashes texts of any kind alike, so that a map keyed by strings is searched by a string_view as it is.
 struct TextHash {
@@ -101,8 +112,8 @@ struct DatabaseData {
   std::string codepage;
   int tilemode = 1;
 
-  std::vector<StoredTag> tags;
-  std::string arena;
+  headless::PageArray<StoredTag> tags;
+  headless::PageArray<char> arena;
   std::vector<std::string> names;
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> nameIndex;
 
@@ -113,16 +124,16 @@ struct DatabaseData {
   std::vector<std::string> linetypeTable;
   std::vector<BlockRec> blocks;
   std::unordered_map<std::string, std::uint32_t> blockIndex;  // upper-cased name -> block record
-  std::vector<EntityRec> entities;
+  headless::PageArray<EntityRec> entities;
   std::vector<ObjectRec> objects;
   std::unordered_map<std::string, std::uint32_t> tableEntries;  // "TYPE" '\x1f' upper-cased name -> object
-  std::unordered_map<Handle, ObjectId> byHandle;
+  headless::HandleMap byHandle;
   std::uint32_t modelSpace = 0;
   std::uint32_t paperSpace = 0;
   mutable ExtentsWork extentsWork;  // filled by extents computations, after reading
   std::uint64_t serial = 0;         // unique to this database once it is read; 0 while reading
 
-  std::string_view text(const StoredTag& t) const { return {arena.data() + t.textOffset, t.textLength}; }
+  std::string_view text(const StoredTag& t) const { return {arena.data() + t.textOffset(), t.textLength()}; }
   std::string_view name(std::uint32_t i) const { return names[i]; }
   std::uint32_t intern(std::string_view s);
 

@@ -135,10 +135,11 @@ class DxfReader {
     return "UTF-8 or in code page " + codepage;
   }
 
-  // Stores the current tag; texts are decoded to UTF-8.
-  void store();
+  // Stores the current tag; texts are decoded to UTF-8. False (with the error set) when the drawing holds
+  // more groups or text than the storage can index.
+  bool store();
   // Puts the text into the arena (or finds it there, for groups whose texts repeat) and points t at it.
-  void storeText(StoredTag& t, std::string_view text);
+  bool storeText(StoredTag& t, std::string_view text);
   void setDecoder();
 
   bool readHeader();
@@ -178,9 +179,11 @@ class DxfReader {
   long long textWarnedAt_ = -1;     // the record whose texts were last warned of
   // Texts that repeat, by a hash of their bytes: the last one stored under each slot.
   struct SharedText {
-    std::uint64_t offset = 0;
+    std::uint32_t offset = 0;
     std::uint32_t length = 0;
   };
+  // Texts are placed by 32-bit offsets.
+  static constexpr std::size_t kMaxArena = 0xFFFFFFFFu;
   static constexpr std::size_t kSharedSlots = 1024;
   std::array<SharedText, kSharedSlots> shared_{};
   // What is known of each DXF name (by names index), once asked: its class when the name alone decides it,
@@ -191,14 +194,15 @@ class DxfReader {
   std::vector<std::int8_t> countsByName_;
 };
 
-void DxfReader::store() {
+bool DxfReader::store() {
+  if (db_.tags.size() >= kNone) return fail("the drawing holds more groups than can be read (" + std::to_string(kNone) + ")");
   StoredTag t;
   t.code = static_cast<std::int16_t>(cur_.code);
   t.type = cur_.type;
   switch (cur_.type) {
     case TagType::Text: {
       if (isPlainText(cur_.text)) {
-        storeText(t, cur_.text);
+        if (!storeText(t, cur_.text)) return false;
         break;
       }
       scratch_.clear();
@@ -209,12 +213,12 @@ void DxfReader::store() {
                                       ": a text holds bytes that are not valid " + encodingName() +
                                       ", or an escape that names no character; they read as U+FFFD");
       }
-      storeText(t, scratch_);
+      if (!storeText(t, scratch_)) return false;
       break;
     }
     case TagType::Handle:
     case TagType::Binary:
-      storeText(t, cur_.text);
+      if (!storeText(t, cur_.text)) return false;
       break;
     case TagType::Real:
       t.real = cur_.real;
@@ -224,22 +228,26 @@ void DxfReader::store() {
       break;
   }
   db_.tags.push_back(t);
+  return true;
 }
 
-void DxfReader::storeText(StoredTag& t, std::string_view text) {
-  t.textLength = static_cast<std::uint32_t>(text.size());
+bool DxfReader::storeText(StoredTag& t, std::string_view text) {
   if (repeatsText(t.code) && text.size() <= 64) {
     std::uint32_t hash = 2166136261u;  // FNV-1a
     for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
     SharedText& slot = shared_[hash % kSharedSlots];
-    if (slot.length == text.size() && std::memcmp(db_.arena.data() + slot.offset, text.data(), text.size()) == 0) {
-      t.textOffset = slot.offset;
-      return;
+    if (slot.length == text.size() &&
+        (text.empty() || std::memcmp(db_.arena.data() + slot.offset, text.data(), text.size()) == 0)) {
+      t.setText(slot.offset, slot.length);
+      return true;
     }
-    slot = {db_.arena.size(), t.textLength};
+    slot = {static_cast<std::uint32_t>(db_.arena.size()), static_cast<std::uint32_t>(text.size())};
   }
-  t.textOffset = db_.arena.size();
-  db_.arena.append(text);
+  if (text.size() > kMaxArena - db_.arena.size())
+    return fail("the drawing holds more text than can be read (" + std::to_string(kMaxArena >> 20) + " MB)");
+  t.setText(static_cast<std::uint32_t>(db_.arena.size()), static_cast<std::uint32_t>(text.size()));
+  db_.arena.append(text.data(), text.size());
+  return true;
 }
 
 void DxfReader::setDecoder() {
@@ -326,7 +334,7 @@ bool DxfReader::readHeader() {
       warn("header-orphan", "a header value without its variable name (group 9) was skipped");
       continue;
     }
-    store();
+    if (!store()) return false;
     ++var->tagCount;
     if (var->name == "$ACADVER" && cur_.type == TagType::Text) {
       db_.version = std::string(cur_.text);
@@ -374,7 +382,7 @@ bool DxfReader::readRecordTags(std::uint32_t& begin, std::uint32_t& count, const
       count = static_cast<std::uint32_t>(db_.tags.size()) - begin;
       return true;
     }
-    store();
+    if (!store()) return false;
   }
   return failAtEnd(std::string("inside a record of section ") + where + ": expected the next record (group 0)");
 }
@@ -772,8 +780,8 @@ void DxfReader::finish() {
     }
   }
   // Handles: entities without one get fresh handles above every handle in the drawing.
-  Handle maxHandle = 0;
-  for (const auto& [h, id] : db_.byHandle) maxHandle = std::max(maxHandle, h);
+  Handle maxHandle = db_.byHandle.largest();
+  db_.byHandle.reserve(db_.byHandle.size() + db_.entities.size());
   for (const EntityRec& e : db_.entities) maxHandle = std::max(maxHandle, e.handle);
   std::size_t duplicates = 0;
   int firstDuplicateLine = 0;
@@ -786,6 +794,10 @@ void DxfReader::finish() {
     report_.warnings.push_back(db_.fileName + ": " + place(firstDuplicateLine) + ": " +
                                std::to_string(duplicates) + " entities repeat a handle already used; each keeps its place");
   linkMTextColumns();
+  std::vector<std::uint32_t> perBlock(db_.blocks.size());
+  for (const EntityRec& e : db_.entities)
+    if (e.owner == kNone) ++perBlock[e.block];
+  for (std::uint32_t b = 0; b < db_.blocks.size(); ++b) db_.blocks[b].entities.reserve(perBlock[b]);
   for (std::uint32_t i = 0; i < db_.entities.size(); ++i) {
     EntityRec& e = db_.entities[i];
     if (e.owner == kNone) db_.blocks[e.block].entities.push_back(i);
@@ -804,13 +816,14 @@ bool readDxf(const std::string& path, DatabaseData& data, ReadReport& report) {
   }
   data.fileName = path;
   data.format = tok->isBinary() ? "dxf-binary" : "dxf-ascii";
-  // Reserving by the file's size spares the copies of growing: a group takes about 12 bytes of ASCII DXF,
-  // an entity about 100 and texts about a quarter of the file. Past a gigabyte the storage grows as it is
-  // filled, so that a huge file that holds little (a sparse one) costs nothing before it is read.
+  // Reserving by the file's size spares most remapping as the storage fills: a group takes about 12 to 16
+  // bytes of ASCII DXF, an entity about 100 to 300, and the texts, each repeating one stored once, about a
+  // twentieth of the file. Reserved pages cost no memory until they are filled; what is left at the end is
+  // given back. Past a gigabyte the storage grows as it is filled.
   if (const long long size = std::min(tok->fileSize(), 1LL << 30); size > 0) {
     data.tags.reserve(static_cast<std::size_t>(size / 12));
     data.entities.reserve(static_cast<std::size_t>(size / 100));
-    data.arena.reserve(static_cast<std::size_t>(size / 4));
+    data.arena.reserve(static_cast<std::size_t>(size / 16));
   }
   // The two spaces exist in every drawing, even one without tables or blocks.
   data.blocks.clear();
@@ -830,7 +843,11 @@ bool readDxf(const std::string& path, DatabaseData& data, ReadReport& report) {
   data.layerTable.push_back(zero);
   data.layerIndex.emplace("0", 0);
   DxfReader reader(*tok, data, report);
-  return reader.run();
+  if (!reader.run()) return false;
+  data.tags.shrink_to_fit();
+  data.entities.shrink_to_fit();
+  data.arena.shrink_to_fit();
+  return true;
 }
 
 }  // namespace headless

@@ -1,0 +1,167 @@
+// Memory mappings for the arrays of a read drawing, and the map of handles.
+#include "platform/headless/dxf_storage.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VK_STORAGE_FROM_HEAP 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VK_STORAGE_FROM_HEAP 1
+#endif
+#endif
+
+#ifdef VK_STORAGE_FROM_HEAP
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace headless {
+
+#ifdef VK_STORAGE_FROM_HEAP
+
+std::size_t blockSize(std::size_t bytes) { return bytes; }
+
+void* allocateBlock(std::size_t bytes) {
+  void* block = std::malloc(bytes);
+  if (!block) throw std::bad_alloc();
+  return block;
+}
+
+void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  if (newBytes == 0) {
+    releaseBlock(block, oldBytes);
+    return nullptr;
+  }
+  __asan_unpoison_memory_region(block, oldBytes);
+  void* moved = std::realloc(block, newBytes);
+  if (!moved) throw std::bad_alloc();
+  return moved;
+}
+
+void releaseBlock(void* block, std::size_t bytes) {
+  if (!block) return;
+  __asan_unpoison_memory_region(block, bytes);
+  std::free(block);
+}
+
+void markUnused(const void* begin, const void* end) {
+  if (begin < end) __asan_poison_memory_region(begin, static_cast<const char*>(end) - static_cast<const char*>(begin));
+}
+
+void markUsed(const void* begin, const void* end) {
+  if (begin < end)
+    __asan_unpoison_memory_region(begin, static_cast<const char*>(end) - static_cast<const char*>(begin));
+}
+
+#else
+
+namespace {
+
+// Mappings of this size and more are backed by huge pages where the system offers them: one page fault
+// then fills two megabytes instead of four kilobytes. Smaller ones would round up too much of a small
+// drawing's storage.
+constexpr std::size_t kHugePagesFrom = std::size_t{8} << 20;
+
+void adviseHugePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  if (bytes >= kHugePagesFrom) ::madvise(block, bytes, MADV_HUGEPAGE);  // advice only: failure is harmless
+#endif
+}
+
+}  // namespace
+
+std::size_t blockSize(std::size_t bytes) {
+  static const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  if (bytes > std::numeric_limits<std::size_t>::max() - page) throw std::bad_alloc();
+  return (bytes + page - 1) / page * page;
+}
+
+void* allocateBlock(std::size_t bytes) {
+  void* block = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (block == MAP_FAILED) throw std::bad_alloc();
+  adviseHugePages(block, bytes);
+  return block;
+}
+
+void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  if (newBytes == 0) {
+    releaseBlock(block, oldBytes);
+    return nullptr;
+  }
+#ifdef MREMAP_MAYMOVE
+  void* moved = ::mremap(block, oldBytes, newBytes, MREMAP_MAYMOVE);
+  if (moved == MAP_FAILED) throw std::bad_alloc();
+  if (newBytes > oldBytes) adviseHugePages(moved, newBytes);
+  return moved;
+#else
+  void* moved = allocateBlock(newBytes);
+  std::memcpy(moved, block, std::min(oldBytes, newBytes));
+  releaseBlock(block, oldBytes);
+  return moved;
+#endif
+}
+
+void releaseBlock(void* block, std::size_t bytes) {
+  if (block) ::munmap(block, bytes);
+}
+
+void markUnused(const void*, const void*) {}
+void markUsed(const void*, const void*) {}
+
+#endif
+
+// ---- HandleMap ----
+
+std::size_t HandleMap::slotOf(platform::Handle handle) const {
+  // Handles often run in steps of 1 or 16: a multiplicative mix spreads them, and its high bits pick the
+  // slot by a multiplication rather than a division.
+  __extension__ using u128 = unsigned __int128;
+  const std::uint64_t mixed = handle * 0x9E3779B97F4A7C15ULL;
+  return static_cast<std::size_t>((static_cast<u128>(mixed) * slots_.size()) >> 64);
+}
+
+const HandleMap::value_type* HandleMap::find(platform::Handle handle) const {
+  if (handle == 0 || slots_.empty()) return nullptr;
+  for (std::size_t i = slotOf(handle);;) {
+    const value_type& slot = slots_[i];
+    if (slot.first == handle) return &slot;
+    if (slot.first == 0) return nullptr;
+    if (++i == slots_.size()) i = 0;
+  }
+}
+
+std::pair<const HandleMap::value_type*, bool> HandleMap::emplace(platform::Handle handle, platform::ObjectId id) {
+  if (handle == 0) return {nullptr, false};
+  if ((size_ + 1) * 10 > slots_.size() * 7) reserve(std::max<std::size_t>(size_ * 2, 64));
+  for (std::size_t i = slotOf(handle);;) {
+    value_type& slot = slots_[i];
+    if (slot.first == handle) return {&slot, false};
+    if (slot.first == 0) {
+      slot = {handle, id};
+      ++size_;
+      largest_ = std::max(largest_, handle);
+      return {&slot, true};
+    }
+    if (++i == slots_.size()) i = 0;
+  }
+}
+
+void HandleMap::reserve(std::size_t n) {
+  // At most seven slots in ten are used, so that a probe meets an empty slot soon.
+  const std::size_t wanted = n / 7 * 10 + n % 7 * 10 / 7 + 2;
+  if (wanted <= slots_.size()) return;
+  std::vector<value_type> old(wanted);
+  old.swap(slots_);
+  for (const value_type& slot : old) {
+    if (slot.first == 0) continue;
+    std::size_t i = slotOf(slot.first);
+    while (slots_[i].first != 0)
+      if (++i == slots_.size()) i = 0;
+    slots_[i] = slot;
+  }
+}
+
+}  // namespace headless
