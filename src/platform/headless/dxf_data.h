@@ -71,6 +71,7 @@ struct EntityRec {
   std::int16_t lineWeight = -1;
   DbClass cls = DbClass::Entity;
   bool invisible = false;
+  bool ownerByHandle = false;  // while reading: its owner handle (330) decides its space once all is read
 };
 
 struct BlockRec {

@@ -170,7 +170,9 @@ class DxfReader {
   std::string scratch_;
   WarningCounter warnings_;
   std::unordered_map<std::string, std::uint32_t> linetypeIndex_;  // upper-cased name -> names index
-  std::vector<std::pair<std::uint32_t, Handle>> ownerHandles_;    // entity -> its 330 owner (ENTITIES section)
+  // The owner handles (330) of the ENTITIES section's entities that name one, in drawing order, each with
+  // how many entities in a row name it: mostly one run, the model space.
+  std::vector<std::pair<Handle, std::uint32_t>> ownerRuns_;
   int unnamedBlocks_ = 0;
   std::string lastLayerName_, lastLinetypeName_;
   std::uint32_t lastLayer_ = kNone, lastLinetype_ = kNone;
@@ -579,7 +581,11 @@ bool DxfReader::readEntities(std::uint32_t block, const char* section) {
         else if (t.code == 67) paper = t.integer == 1;
       }
       db_.entities.back().block = paper ? db_.paperSpace : db_.modelSpace;
-      if (owner) ownerHandles_.emplace_back(index, owner);
+      if (owner) {
+        db_.entities.back().ownerByHandle = true;
+        if (!ownerRuns_.empty() && ownerRuns_.back().first == owner) ++ownerRuns_.back().second;
+        else ownerRuns_.emplace_back(owner, 1);
+      }
     }
   }
   return failAtEnd(std::string("inside section ") + section + (inBlock ? ": expected 0/ENDBLK" : ": expected 0/ENDSEC"));
@@ -770,12 +776,18 @@ void DxfReader::finish() {
   }
   // Entities of the ENTITIES section belong to the space their owner handle names, else to the one
   // their paper-space flag gives.
-  for (const auto& [index, owner] : ownerHandles_) {
-    auto it = db_.byHandle.find(owner);
+  auto run = ownerRuns_.begin();
+  std::uint32_t leftInRun = run != ownerRuns_.end() ? run->second : 0;
+  for (EntityRec& e : db_.entities) {
+    if (!e.ownerByHandle) continue;
+    e.ownerByHandle = false;
+    if (leftInRun == 0) leftInRun = (++run)->second;
+    --leftInRun;
+    auto it = db_.byHandle.find(run->first);
     if (it != db_.byHandle.end() && idKind(it->second) == IdKind::BlockRecord && db_.blocks[idIndex(it->second)].isLayout) {
-      db_.entities[index].block = idIndex(it->second);
+      e.block = idIndex(it->second);
     } else if (it == db_.byHandle.end()) {
-      warnings_.add("owner", db_.fileName + ": " + place(db_.entities[index].line) +
+      warnings_.add("owner", db_.fileName + ": " + place(e.line) +
                                  ": an entity names an owner that does not exist; its space flag places it");
     }
   }
