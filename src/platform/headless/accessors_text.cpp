@@ -282,9 +282,9 @@ std::string mtextContents(const EntityView& e) {
     } else if (t.code == 1000 && g.textAt(i) == "ACAD_MTEXT_COLUMNS_END") {
       break;
     } else if (inColumns && t.code == 1005) {
-      auto it = e.data.byHandle.find(handleOf(g.textAt(i)));
-      if (it == e.data.byHandle.end() || platform::idKind(it->second) != platform::IdKind::Entity) continue;
-      const std::uint32_t part = platform::idIndex(it->second);
+      const platform::ObjectId id = e.data.byHandle.find(handleOf(g.textAt(i)));
+      if (platform::idKind(id) != platform::IdKind::Entity) continue;
+      const std::uint32_t part = platform::idIndex(id);
       if (part != e.index && e.data.entities[part].owner == e.index) out += chunkedText(EntityView(e.data, part));
     }
   }
@@ -332,9 +332,9 @@ constexpr long long kValueDate = 8;
 constexpr long long kContentBlock = 4;
 
 std::string blockNameOf(const DatabaseData& d, std::string_view hex) {
-  auto it = d.byHandle.find(handleOf(hex));
-  if (it == d.byHandle.end() || platform::idKind(it->second) != platform::IdKind::BlockRecord) return {};
-  return d.blocks[platform::idIndex(it->second)].name;
+  const platform::ObjectId id = d.byHandle.find(handleOf(hex));
+  if (platform::idKind(id) != platform::IdKind::BlockRecord) return {};
+  return d.blocks[platform::idIndex(id)].name;
 }
 
 // One cell being read: its text parts, its value (R2007 and later drawings) and its block.

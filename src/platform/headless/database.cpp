@@ -39,9 +39,9 @@ const StoredTag* DatabaseData::find(std::uint32_t begin, std::uint32_t count, in
 }
 
 const ObjectRec* DatabaseData::object(Handle handle) const {
-  auto it = byHandle.find(handle);
-  if (it == byHandle.end() || idKind(it->second) != IdKind::Object) return nullptr;
-  return &objects[idIndex(it->second)];
+  const ObjectId id = byHandle.find(handle);
+  if (idKind(id) != IdKind::Object) return nullptr;
+  return &objects[idIndex(id)];
 }
 
 const ObjectRec* DatabaseData::tableEntry(std::string_view type, std::string_view name) const {
@@ -303,8 +303,7 @@ ResBufList Entity::entGet() const {
         if (t.code >= 320 && t.code <= 369) {
           // Pointers become entity names of the objects they point to.
           h.type = ResBuf::Type::Name;
-          auto it = d.byHandle.find(std::strtoull(h.text.c_str(), nullptr, 16));
-          if (it != d.byHandle.end()) h.id = it->second;
+          if (const ObjectId id = d.byHandle.find(std::strtoull(h.text.c_str(), nullptr, 16)); !id.isNull()) h.id = id;
         }
         break;
       }

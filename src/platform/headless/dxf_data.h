@@ -45,14 +45,6 @@ struct TextHash {
   std::size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
 };
 
-// Object ids carry the kind of record in their top byte and its index + 1 below.
-enum class IdKind : std::uint8_t { Entity = 1, BlockRecord = 2, Layer = 3, Object = 4 };
-constexpr ObjectId makeId(IdKind kind, std::uint32_t index) {
-  return ObjectId{(static_cast<std::uint64_t>(kind) << 56) | (static_cast<std::uint64_t>(index) + 1)};
-}
-constexpr IdKind idKind(ObjectId id) { return static_cast<IdKind>(id.value >> 56); }
-constexpr std::uint32_t idIndex(ObjectId id) { return static_cast<std::uint32_t>((id.value & ((1ULL << 56) - 1)) - 1); }
-
 inline constexpr std::uint32_t kNone = 0xFFFFFFFFu;
 
 struct EntityRec {

@@ -396,9 +396,9 @@ bool addMText(const Groups& g, BoxSink& sink) {
       if (g.textAt(i) == "ACAD_MTEXT_COLUMNS_BEGIN") inColumns = true;
       else if (g.textAt(i) == "ACAD_MTEXT_COLUMNS_END") break;
     } else if (inColumns && t.code == 1005) {
-      auto it = data.byHandle.find(parseHex(g.textAt(i)));
-      if (it == data.byHandle.end() || platform::idKind(it->second) != platform::IdKind::Entity) continue;
-      const std::uint32_t part = platform::idIndex(it->second);
+      const platform::ObjectId id = data.byHandle.find(parseHex(g.textAt(i)));
+      if (platform::idKind(id) != platform::IdKind::Entity) continue;
+      const std::uint32_t part = platform::idIndex(id);
       if (part >= data.entities.size() || data.entities[part].cls != platform::DbClass::MText) continue;
       const Groups pg(data, data.entities[part]);
       if (pg.size() == 0 || &pg.at(0) == &g.at(0)) continue;

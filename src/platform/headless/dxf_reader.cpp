@@ -501,7 +501,7 @@ bool DxfReader::readBlocks() {
       // Without a BLOCK_RECORD table (R12) the block's own handle names it.
       if (const StoredTag* h = db_.find(begin, count, 5)) {
         const Handle handle = parseHandle(db_.text(*h));
-        if (handle && !db_.byHandle.count(handle)) {
+        if (handle && !db_.byHandle.contains(handle)) {
           b.handle = handle;
           db_.byHandle.emplace(handle, makeId(IdKind::BlockRecord, bi));
         }
@@ -730,10 +730,10 @@ void DxfReader::linkMTextColumns() {
         if (v == "ACAD_MTEXT_COLUMNS_BEGIN") inColumns = true;
         else if (v == "ACAD_MTEXT_COLUMNS_END") break;
       } else if (inColumns && t.code == 1005) {
-        auto it = db_.byHandle.find(parseHandle(db_.text(t)));
-        if (it == db_.byHandle.end() || idKind(it->second) != IdKind::Entity) continue;
-        EntityRec& part = db_.entities[idIndex(it->second)];
-        if (idIndex(it->second) != i && part.dxfName == mtext && part.owner == kNone) part.owner = i;
+        const ObjectId id = db_.byHandle.find(parseHandle(db_.text(t)));
+        if (idKind(id) != IdKind::Entity) continue;
+        EntityRec& part = db_.entities[idIndex(id)];
+        if (idIndex(id) != i && part.dxfName == mtext && part.owner == kNone) part.owner = i;
       }
     }
   }
@@ -755,12 +755,12 @@ void DxfReader::finish() {
       else if (t.code == 71) tab = static_cast<int>(t.integer);
       else if (t.code == 330 && inLayout) record = parseHandle(db_.text(t));
     }
-    auto it = db_.byHandle.find(record);
-    if (it == db_.byHandle.end() || idKind(it->second) != IdKind::BlockRecord) {
+    const ObjectId id = db_.byHandle.find(record);
+    if (idKind(id) != IdKind::BlockRecord) {
       warnings_.add("layout-link", db_.fileName + ": layout '" + name + "' names a block record that does not exist");
       continue;
     }
-    BlockRec& b = db_.blocks[idIndex(it->second)];
+    BlockRec& b = db_.blocks[idIndex(id)];
     b.isLayout = true;
     b.layoutName = name;
     b.tabOrder = tab;
@@ -783,27 +783,25 @@ void DxfReader::finish() {
     e.ownerByHandle = false;
     if (leftInRun == 0) leftInRun = (++run)->second;
     --leftInRun;
-    auto it = db_.byHandle.find(run->first);
-    if (it != db_.byHandle.end() && idKind(it->second) == IdKind::BlockRecord && db_.blocks[idIndex(it->second)].isLayout) {
-      e.block = idIndex(it->second);
-    } else if (it == db_.byHandle.end()) {
+    const ObjectId id = db_.byHandle.find(run->first);
+    if (idKind(id) == IdKind::BlockRecord && db_.blocks[idIndex(id)].isLayout) {
+      e.block = idIndex(id);
+    } else if (id.isNull()) {
       warnings_.add("owner", db_.fileName + ": " + place(e.line) +
                                  ": an entity names an owner that does not exist; its space flag places it");
     }
   }
   // Handles: entities without one get fresh handles above every handle in the drawing.
   Handle maxHandle = db_.byHandle.largest();
-  db_.byHandle.reserve(db_.byHandle.size() + db_.entities.size());
   for (const EntityRec& e : db_.entities) maxHandle = std::max(maxHandle, e.handle);
-  std::size_t duplicates = 0;
-  int firstDuplicateLine = 0;
-  for (std::uint32_t i = 0; i < db_.entities.size(); ++i) {
-    EntityRec& e = db_.entities[i];
+  for (EntityRec& e : db_.entities)
     if (e.handle == 0) e.handle = ++maxHandle;
-    if (!db_.byHandle.emplace(e.handle, makeId(IdKind::Entity, i)).second && duplicates++ == 0) firstDuplicateLine = e.line;
-  }
+  std::uint32_t firstDuplicate = 0;
+  const std::size_t duplicates = db_.byHandle.indexEntities(
+      static_cast<std::uint32_t>(db_.entities.size()), [&](std::uint32_t i) { return db_.entities[i].handle; },
+      firstDuplicate);
   if (duplicates > 0)
-    report_.warnings.push_back(db_.fileName + ": " + place(firstDuplicateLine) + ": " +
+    report_.warnings.push_back(db_.fileName + ": " + place(db_.entities[firstDuplicate].line) + ": " +
                                std::to_string(duplicates) + " entities repeat a handle already used; each keeps its place");
   linkMTextColumns();
   std::vector<std::uint32_t> perBlock(db_.blocks.size());

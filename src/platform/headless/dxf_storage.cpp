@@ -123,39 +123,50 @@ std::size_t HandleMap::slotOf(platform::Handle handle) const {
   return static_cast<std::size_t>((static_cast<u128>(mixed) * slots_.size()) >> 64);
 }
 
-const HandleMap::value_type* HandleMap::find(platform::Handle handle) const {
-  if (handle == 0 || slots_.empty()) return nullptr;
+platform::ObjectId HandleMap::find(platform::Handle handle) const {
+  if (handle == 0) return {};
+  if (const platform::ObjectId other = findOther(handle); !other.isNull()) return other;
+  const EntityHandle* e = findEntity(handle);
+  return e ? platform::makeId(platform::IdKind::Entity, e->index) : platform::ObjectId{};
+}
+
+platform::ObjectId HandleMap::findOther(platform::Handle handle) const {
+  if (slots_.empty()) return {};
   for (std::size_t i = slotOf(handle);;) {
-    const value_type& slot = slots_[i];
-    if (slot.first == handle) return &slot;
-    if (slot.first == 0) return nullptr;
+    const Slot& slot = slots_[i];
+    if (slot.first == handle) return slot.second;
+    if (slot.first == 0) return {};
     if (++i == slots_.size()) i = 0;
   }
 }
 
-std::pair<const HandleMap::value_type*, bool> HandleMap::emplace(platform::Handle handle, platform::ObjectId id) {
-  if (handle == 0) return {nullptr, false};
-  if ((size_ + 1) * 10 > slots_.size() * 7) reserve(std::max<std::size_t>(size_ * 2, 64));
+const HandleMap::EntityHandle* HandleMap::findEntity(platform::Handle handle) const {
+  const EntityHandle* it = std::lower_bound(entities_.begin(), entities_.end(), handle,
+                                            [](const EntityHandle& e, platform::Handle h) { return e.handle < h; });
+  return it != entities_.end() && it->handle == handle ? it : nullptr;
+}
+
+bool HandleMap::emplace(platform::Handle handle, platform::ObjectId id) {
+  if (handle == 0 || findEntity(handle)) return false;
+  // At most seven slots in ten are used, so that a probe meets an empty slot soon.
+  if ((size_ + 1) * 10 > slots_.size() * 7) rehash(std::max<std::size_t>(size_ * 3, 64));
   for (std::size_t i = slotOf(handle);;) {
-    value_type& slot = slots_[i];
-    if (slot.first == handle) return {&slot, false};
+    Slot& slot = slots_[i];
+    if (slot.first == handle) return false;
     if (slot.first == 0) {
       slot = {handle, id};
       ++size_;
       largest_ = std::max(largest_, handle);
-      return {&slot, true};
+      return true;
     }
     if (++i == slots_.size()) i = 0;
   }
 }
 
-void HandleMap::reserve(std::size_t n) {
-  // At most seven slots in ten are used, so that a probe meets an empty slot soon.
-  const std::size_t wanted = n / 7 * 10 + n % 7 * 10 / 7 + 2;
-  if (wanted <= slots_.size()) return;
-  std::vector<value_type> old(wanted);
+void HandleMap::rehash(std::size_t slots) {
+  std::vector<Slot> old(slots);
   old.swap(slots_);
-  for (const value_type& slot : old) {
+  for (const Slot& slot : old) {
     if (slot.first == 0) continue;
     std::size_t i = slotOf(slot.first);
     while (slots_[i].first != 0)
