@@ -235,9 +235,16 @@ bool DxfReader::store() {
 
 bool DxfReader::storeText(StoredTag& t, std::string_view text) {
   if (repeatsText(t.code) && text.size() <= 64) {
-    std::uint32_t hash = 2166136261u;  // FNV-1a
-    for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
-    SharedText& slot = shared_[hash % kSharedSlots];
+    // Hashed by their length and their first and last eight bytes, which tell the short texts here apart.
+    std::uint64_t head = 0, tail = 0;
+    if (text.size() >= 8) {
+      std::memcpy(&head, text.data(), 8);
+      std::memcpy(&tail, text.data() + text.size() - 8, 8);
+    } else {
+      for (char c : text) head = head << 8 | static_cast<unsigned char>(c);
+    }
+    const std::uint64_t hash = (head * 0x9E3779B97F4A7C15ULL) ^ (tail * 0xC2B2AE3D27D4EB4FULL) ^ text.size();
+    SharedText& slot = shared_[(hash ^ hash >> 29) % kSharedSlots];
     if (slot.length == text.size() &&
         (text.empty() || std::memcmp(db_.arena.data() + slot.offset, text.data(), text.size()) == 0)) {
       t.setText(slot.offset, slot.length);

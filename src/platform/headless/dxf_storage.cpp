@@ -6,14 +6,6 @@
 
 #include <cstdlib>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VK_STORAGE_FROM_HEAP 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VK_STORAGE_FROM_HEAP 1
-#endif
-#endif
-
 #ifdef VK_STORAGE_FROM_HEAP
 #include <sanitizer/asan_interface.h>
 #endif
@@ -107,9 +99,6 @@ void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
 void releaseBlock(void* block, std::size_t bytes) {
   if (block) ::munmap(block, bytes);
 }
-
-void markUnused(const void*, const void*) {}
-void markUsed(const void*, const void*) {}
 
 #endif
 

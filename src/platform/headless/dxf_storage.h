@@ -35,8 +35,20 @@ void* allocateBlock(std::size_t bytes);
 void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes);
 void releaseBlock(void* block, std::size_t bytes);
 // Marks [begin, end) of a block unused (sanitizer builds: reading or writing it is reported) or used.
+#if defined(__SANITIZE_ADDRESS__)
+#define VK_STORAGE_FROM_HEAP 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VK_STORAGE_FROM_HEAP 1
+#endif
+#endif
+#ifdef VK_STORAGE_FROM_HEAP
 void markUnused(const void* begin, const void* end);
 void markUsed(const void* begin, const void* end);
+#else
+inline void markUnused(const void*, const void*) {}
+inline void markUsed(const void*, const void*) {}
+#endif
 
 // A vector of trivially copyable values whose storage is mapped from the system, not taken from the heap:
 // it grows, and shrinks to fit, by remapping its pages without copying them, and gives them back to the

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -31,6 +32,22 @@ std::string_view trimSpacesSlow(std::string_view s) {
 inline std::string_view trimSpaces(std::string_view s) {
   if (!s.empty() && static_cast<unsigned char>(s.front()) > ' ' && static_cast<unsigned char>(s.back()) > ' ') return s;
   return trimSpacesSlow(s);
+}
+
+// The first line break in [p, end), or null. Lines are mostly a few bytes long: they are scanned eight
+// bytes at a time, without a call, and long ones handed on to memchr.
+inline const char* findLineBreak(const char* p, const char* end) {
+  if constexpr (std::endian::native == std::endian::little) {
+    for (int words = 0; words < 4 && end - p >= 8; ++words, p += 8) {
+      std::uint64_t w;
+      std::memcpy(&w, p, 8);
+      const std::uint64_t x = w ^ 0x0A0A0A0A0A0A0A0AULL;  // a zero byte where w holds '\n'
+      // The lowest flagged byte is the first zero byte; higher ones may be false alarms, never lower ones.
+      const std::uint64_t zero = (x - 0x0101010101010101ULL) & ~x & 0x8080808080808080ULL;
+      if (zero) return p + (std::countr_zero(zero) >> 3);
+    }
+  }
+  return static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p)));
 }
 
 std::string shown(std::string_view s) {
@@ -208,8 +225,8 @@ bool DxfTokenizer::hasMoreInput() {
 
 inline bool DxfTokenizer::readLine(std::string_view& line) {
   const char* start = buf_.data() + pos_;
-  if (const void* nl = std::memchr(start, '\n', end_ - pos_)) {
-    std::size_t len = static_cast<std::size_t>(static_cast<const char*>(nl) - start);
+  if (const char* nl = findLineBreak(start, buf_.data() + end_)) {
+    std::size_t len = static_cast<std::size_t>(nl - start);
     pos_ += len + 1;
     ++line_;
     if (len > 0 && start[len - 1] == '\r') --len;
