@@ -70,8 +70,14 @@ void checkCounts(const platform::DatabaseData& data, const platform::EntityRec& 
     if (rule.dxfName != dxfName) continue;
     // Records without subclass markers (R12) hold every group in one part.
     Tally tally;
+    std::string_view seen;  // the last subclass compared with the rule's, and whether it is the rule's
+    bool inRule = true;
     g.visitOwn([&](std::uint32_t i, std::string_view subclass) {
-      if (subclass != rule.subclass && !subclass.empty()) return true;
+      if (subclass.data() != seen.data() || subclass.size() != seen.size()) {
+        seen = subclass;
+        inRule = subclass.empty() || subclass == rule.subclass;
+      }
+      if (!inRule) return true;
       const platform::StoredTag& t = g.at(i);
       if (t.code == rule.counted) ++tally.present;
       else if (!isIntegral(t.type)) return true;

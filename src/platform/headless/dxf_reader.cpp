@@ -82,6 +82,32 @@ bool repeatsText(int code) {
          (code >= 330 && code <= 369) || (code >= 390 && code <= 399);
 }
 
+// A text's length and its first and last eight bytes: for texts of up to 16 bytes, all of them. Names,
+// markers and handles mostly are that short, so they are hashed and told apart without a call.
+struct TextKey {
+  std::uint64_t head = 0, tail = 0;
+  std::size_t size = 0;
+
+  TextKey() = default;
+  explicit TextKey(std::string_view s) : size(s.size()) {
+    if (s.size() >= 8) {
+      std::memcpy(&head, s.data(), 8);
+      std::memcpy(&tail, s.data() + s.size() - 8, 8);
+    } else {
+      for (char c : s) head = head << 8 | static_cast<unsigned char>(c);
+    }
+  }
+  std::size_t slot(std::size_t slots) const {
+    const std::uint64_t h = (head * 0x9E3779B97F4A7C15ULL) ^ (tail * 0xC2B2AE3D27D4EB4FULL) ^ size;
+    return static_cast<std::size_t>((h ^ h >> 29) % slots);
+  }
+  // Whether text, whose key this is, equals stored, whose key is other.
+  bool same(const TextKey& other, std::string_view text, const char* stored) const {
+    return head == other.head && tail == other.tail && size == other.size &&
+           (size <= 16 || std::memcmp(text.data() + 8, stored + 8, size - 16) == 0);
+  }
+};
+
 class DxfReader {
  public:
   DxfReader(DxfTokenizer& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
@@ -154,6 +180,11 @@ class DxfReader {
   bool readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where);
 
   void finishEntity(EntityRec& e);
+  // The names index of a record's type; the types met so far are remembered by their key.
+  std::uint32_t internRecordName(std::string_view type);
+  // The layer, or linetype, a stored text names: each text stored is remembered by its place.
+  std::uint32_t layerOf(const StoredTag* t);
+  std::uint32_t linetypeOf(const StoredTag* t);
   std::uint32_t layerFor(std::string_view name);
   std::uint32_t findOrAddLayer(std::string_view name);
   std::uint32_t linetypeFor(std::string_view name);
@@ -181,8 +212,8 @@ class DxfReader {
   long long textWarnedAt_ = -1;     // the record whose texts were last warned of
   // Texts that repeat, by a hash of their bytes: the last one stored under each slot.
   struct SharedText {
+    TextKey key;
     std::uint32_t offset = 0;
-    std::uint32_t length = 0;
   };
   // Texts are placed by 32-bit offsets.
   static constexpr std::size_t kMaxArena = 0xFFFFFFFFu;
@@ -194,7 +225,39 @@ class DxfReader {
   static constexpr std::int16_t kClassFromGroups = -2;
   std::vector<std::int16_t> classByName_;
   std::vector<std::int8_t> countsByName_;
+  struct KnownName {
+    TextKey key;
+    std::uint32_t index = kNone;
+  };
+  std::array<KnownName, 64> recordNames_{};
+  struct KnownText {
+    std::uint64_t place = 0;  // StoredTag::textPlace of a text met, 0 for none (an empty text at 0)
+    std::uint32_t index = 0;
+  };
+  std::array<KnownText, 64> layerTexts_{}, linetypeTexts_{};
 };
+
+std::uint32_t DxfReader::internRecordName(std::string_view type) {
+  const TextKey key(type);
+  KnownName& known = recordNames_[key.slot(recordNames_.size())];
+  if (known.index != kNone && key.same(known.key, type, db_.names[known.index].data())) return known.index;
+  known = {key, db_.intern(type)};
+  return known.index;
+}
+
+std::uint32_t DxfReader::layerOf(const StoredTag* t) {
+  if (!t || t->textLength() == 0) return layerFor("0");
+  KnownText& known = layerTexts_[(t->textPlace ^ t->textPlace >> 32) % layerTexts_.size()];
+  if (known.place != t->textPlace) known = {t->textPlace, layerFor(db_.text(*t))};
+  return known.index;
+}
+
+std::uint32_t DxfReader::linetypeOf(const StoredTag* t) {
+  if (!t || t->textLength() == 0) return linetypeFor("ByLayer");
+  KnownText& known = linetypeTexts_[(t->textPlace ^ t->textPlace >> 32) % linetypeTexts_.size()];
+  if (known.place != t->textPlace) known = {t->textPlace, linetypeFor(db_.text(*t))};
+  return known.index;
+}
 
 bool DxfReader::store() {
   if (db_.tags.size() >= kNone) return fail("the drawing holds more groups than can be read (" + std::to_string(kNone) + ")");
@@ -235,22 +298,13 @@ bool DxfReader::store() {
 
 bool DxfReader::storeText(StoredTag& t, std::string_view text) {
   if (repeatsText(t.code) && text.size() <= 64) {
-    // Hashed by their length and their first and last eight bytes, which tell the short texts here apart.
-    std::uint64_t head = 0, tail = 0;
-    if (text.size() >= 8) {
-      std::memcpy(&head, text.data(), 8);
-      std::memcpy(&tail, text.data() + text.size() - 8, 8);
-    } else {
-      for (char c : text) head = head << 8 | static_cast<unsigned char>(c);
-    }
-    const std::uint64_t hash = (head * 0x9E3779B97F4A7C15ULL) ^ (tail * 0xC2B2AE3D27D4EB4FULL) ^ text.size();
-    SharedText& slot = shared_[(hash ^ hash >> 29) % kSharedSlots];
-    if (slot.length == text.size() &&
-        (text.empty() || std::memcmp(db_.arena.data() + slot.offset, text.data(), text.size()) == 0)) {
-      t.setText(slot.offset, slot.length);
+    const TextKey key(text);
+    SharedText& slot = shared_[key.slot(kSharedSlots)];
+    if (key.same(slot.key, text, db_.arena.data() + slot.offset)) {
+      t.setText(slot.offset, static_cast<std::uint32_t>(text.size()));
       return true;
     }
-    slot = {static_cast<std::uint32_t>(db_.arena.size()), static_cast<std::uint32_t>(text.size())};
+    slot = {key, static_cast<std::uint32_t>(db_.arena.size())};
   }
   if (text.size() > kMaxArena - db_.arena.size())
     return fail("the drawing holds more text than can be read (" + std::to_string(kMaxArena >> 20) + " MB)");
@@ -552,7 +606,7 @@ bool DxfReader::readEntities(std::uint32_t block, const char* section) {
       warn("badname", "a record named '" + type.substr(0, 40) +
                           "' is no entity type: a group before it is probably damaged; it is read as an unknown entity");
     EntityRec e;
-    e.dxfName = db_.intern(type);
+    e.dxfName = internRecordName(type);
     e.line = location();
     const bool isAttrib = type == "ATTRIB";
     const bool isVertex = type == "VERTEX";
@@ -614,8 +668,8 @@ bool DxfReader::readObjects() {
 
 void DxfReader::finishEntity(EntityRec& e) {
   const StoredTag* tags = db_.tagsOf(e);
-  std::string_view layerName = "0";
-  std::string_view linetype;
+  const StoredTag* layerName = nullptr;
+  const StoredTag* linetype = nullptr;
   int depth = 0;
   bool sawXdata = false;
   for (std::uint32_t i = 0; i < e.tagCount; ++i) {
@@ -634,8 +688,8 @@ void DxfReader::finishEntity(EntityRec& e) {
           if (!e.handle) warn("badhandle", "an entity with an empty or invalid handle (group 5) was given a new one");
         }
         break;
-      case 8: layerName = db_.text(t); break;
-      case 6: linetype = db_.text(t); break;
+      case 8: layerName = &t; break;
+      case 6: linetype = &t; break;
       case 62: e.color = static_cast<std::int16_t>(t.integer); break;
       case 48: e.linetypeScale = t.real; break;
       case 370: e.lineWeight = static_cast<std::int16_t>(t.integer); break;
@@ -643,8 +697,8 @@ void DxfReader::finishEntity(EntityRec& e) {
       default: break;
     }
   }
-  e.layer = layerFor(layerName.empty() ? std::string_view("0") : layerName);
-  e.linetype = linetypeFor(linetype.empty() ? std::string_view("ByLayer") : linetype);
+  e.layer = layerOf(layerName);
+  e.linetype = linetypeOf(linetype);
   if (classByName_.size() <= e.dxfName) classByName_.resize(db_.names.size(), kUnknownClass);
   std::int16_t& known = classByName_[e.dxfName];
   if (known == kUnknownClass)
