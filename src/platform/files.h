@@ -24,6 +24,9 @@ bool makeFolder(const std::string& path);
 // (the file is left alone) and fails.
 bool CreateFolderPath(std::string path);
 
+// The system's words for an error number (errno), safe to ask from several threads at once.
+std::string systemErrorText(int error);
+
 // Opens a file for reading without waiting on it (a FIFO with no writer is refused, not waited on): its
 // descriptor and size, or -1 with an error text naming the file when it cannot be opened or is no regular
 // file ("not a regular file (a folder)", a FIFO, a device).

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 
 #include "platform/database.h"
 #include "support/TestSupport.h"
@@ -66,6 +67,32 @@ TEST(DamagedValues, NumbersThatDoNotFitAreDroppedWithTheirLine) {
             std::string::npos) << all;
   EXPECT_NE(all.find("(7 times; the first is shown)"), std::string::npos) << all;
   EXPECT_EQ(all.find("1e-400"), std::string::npos) << all;
+}
+
+TEST(DamagedValues, NumbersBeyondADoubleAreToldTooSmallFromTooLargeByTheirDigits) {
+  TempDir dir;
+  // Written with leading zeros, fractions and exponents of every sign: the power of ten of the first
+  // significant digit decides, not the exponent alone.
+  const char* tiny[] = {"1e-400", "-1e-400", "123.5e-326", "0.0000012e-318", "-000.001E-322", "2e-324"};
+  const char* huge[] = {"1e400", "-1e400", "0.001e312", "00012.5e308", "1000000e303", "-0.1E310"};
+  std::string entities;
+  for (const char* v : tiny) entities += std::string("0|POINT|8|0|10|") + v + "|20|7|";
+  for (const char* v : huge) entities += std::string("0|POINT|8|0|10|3|20|") + v + "|";
+  ReadReport report;
+  auto db = readDxfText(dir, "extremes.dxf", dxfDrawing(entities.substr(0, entities.size() - 1)), &report);
+  ASSERT_TRUE(db);
+  const auto e = modelEntities(*db);
+  ASSERT_EQ(e.size(), 12u);
+  for (std::size_t i = 0; i < 6; ++i) {
+    const Point3d p = e[i].point(Accessor::position);
+    EXPECT_EQ(p, Point3d(0, 7, 0)) << tiny[i] << " reads as zero";
+    EXPECT_EQ(std::signbit(p.x), tiny[i][0] == '-') << tiny[i] << " keeps its sign";
+  }
+  for (std::size_t i = 0; i < 6; ++i)
+    EXPECT_EQ(e[6 + i].point(Accessor::position), Point3d(3, 0, 0)) << huge[i] << " is dropped";
+  const std::string all = allWarnings(report);
+  EXPECT_NE(all.find("the real number '1e400' of group code 20 is out of range; the group is dropped (6 times"),
+            std::string::npos) << all;
 }
 
 TEST(DamagedValues, GroupCodesOutOfRangeAreDroppedWholeNotCutToSixteenBits) {

@@ -57,6 +57,37 @@ std::string shown(std::string_view s) {
   return out;
 }
 
+// For a decimal number that from_chars read whole but found out of range: whether it is too small, and
+// so reads as zero, rather than too large. Told from its digits and exponent, not by strtod, whose reading
+// depends on the process's locale, which another thread may change.
+bool tooSmall(const char* b, const char* e) {
+  if (b != e && (*b == '-' || *b == '+')) ++b;
+  long long lead = 0;  // the power of ten of the first significant digit, before the written exponent
+  bool seen = false;   // a significant digit
+  bool fraction = false;
+  for (; b != e && *b != 'e' && *b != 'E'; ++b) {
+    if (*b == '.') {
+      fraction = true;
+    } else if (seen) {
+      if (!fraction) ++lead;
+    } else if (*b != '0') {
+      seen = true;
+      if (fraction) --lead;
+    } else if (fraction) {
+      --lead;
+    }
+  }
+  long long exponent = 0;
+  if (b != e) {
+    ++b;
+    const bool negative = b != e && *b == '-';
+    if (b != e && (*b == '-' || *b == '+')) ++b;
+    for (; b != e; ++b) exponent = std::min(exponent * 10 + (*b - '0'), 1000000000LL);
+    if (negative) exponent = -exponent;
+  }
+  return lead + exponent < 0;
+}
+
 // The values an integer group of this type may hold. Writers put 16- and 32-bit values unsigned too.
 struct IntegerRange {
   long long min, max;
@@ -127,7 +158,7 @@ std::unique_ptr<DxfTokenizer> DxfTokenizer::open(const std::string& path, std::s
   if (fd < 0) return nullptr;
   std::FILE* f = ::fdopen(fd, "rb");
   if (!f) {
-    error = path + ": cannot open the file: " + std::strerror(errno);
+    error = path + ": cannot open the file: " + platform::systemErrorText(errno);
     ::close(fd);
     return nullptr;
   }
@@ -343,13 +374,9 @@ bool DxfTokenizer::parseReal(std::string_view v, RawTag& tag) {
   tag.integer = 0;
   const auto r = std::from_chars(b, e, tag.real);
   if (r.ec == std::errc::result_out_of_range && r.ptr == e) {
-    // from_chars leaves the value untouched here; strtod tells a value too small, which is 0, from one
-    // too large. The text is known to be a number, so copying it is the rare path.
-    const std::string copy(b, e);
-    errno = 0;
-    const double d = std::strtod(copy.c_str(), nullptr);
-    if (std::fabs(d) < 1.0) {
-      tag.real = d;
+    // from_chars leaves the value untouched here: a value too small reads as zero, of its sign.
+    if (tooSmall(b, e)) {
+      tag.real = *b == '-' ? -0.0 : 0.0;
       return true;
     }
     return damaged(tag, RawTag::Damage::Value,

@@ -22,10 +22,21 @@ FileKind fileKind(const std::string& path) {
 bool makeFolder(const std::string& path) { return ::mkdir(path.c_str(), 0777) == 0 || errno == EEXIST; }
 
 namespace {
+
+// strerror_r comes in two forms: the GNU one returns the text, the POSIX one fills the buffer.
+[[maybe_unused]] const char* errorTextOf(const char* text, const char*) { return text; }
+[[maybe_unused]] const char* errorTextOf(int failed, const char* buffer) { return failed ? "unknown error" : buffer; }
+
 void setError(std::string* error, const std::string& path, const char* what) {
-  if (error) *error = path + ": " + what + ": " + std::strerror(errno);
+  if (error) *error = path + ": " + what + ": " + systemErrorText(errno);
 }
+
 }  // namespace
+
+std::string systemErrorText(int error) {
+  char buffer[256] = {};
+  return errorTextOf(::strerror_r(error, buffer, sizeof buffer), buffer);
+}
 
 bool readWholeFile(const std::string& path, std::string& contents, std::string* error) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
