@@ -111,7 +111,6 @@ struct TextKey {
 class DxfReader {
  public:
   DxfReader(DxfTokenizer& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
-    decoder_ = std::make_unique<TextDecoder>("", TextEncoding::Utf8OrCodePage);
   }
 
   bool run();
@@ -153,7 +152,7 @@ class DxfReader {
   std::string place(long long position) const { return tok_.place(position); }
   std::string encodingName() const {
     const std::string codepage = db_.codepage.empty() ? "ANSI_1252" : db_.codepage;
-    switch (decoder_->encoding()) {
+    switch (decoder_ ? decoder_->encoding() : decoderKind_.encoding) {
       case TextEncoding::Utf8: return "UTF-8";
       case TextEncoding::CodePage: return "in code page " + codepage;
       case TextEncoding::Utf8OrCodePage: break;
@@ -197,7 +196,21 @@ class DxfReader {
   ReadReport& report_;
   RawTag cur_;
   bool pushed_ = false;
+  // Made when first needed: most texts are plain ASCII, which every encoding reads alike. The header
+  // names the release and the code page one after the other, and ends: a decoder the same as the one
+  // there is kept.
   std::unique_ptr<TextDecoder> decoder_;
+  struct DecoderKind {
+    std::string iconvName;
+    bool unknownCodepage = false;
+    TextEncoding encoding = TextEncoding::Utf8OrCodePage;
+    bool operator==(const DecoderKind&) const = default;
+  };
+  DecoderKind decoderKind_;
+  TextDecoder& decoder() {
+    if (!decoder_) decoder_ = std::make_unique<TextDecoder>(db_.codepage, decoderKind_.encoding);
+    return *decoder_;
+  }
   std::string scratch_;
   WarningCounter warnings_;
   std::unordered_map<std::string, std::uint32_t> linetypeIndex_;  // upper-cased name -> names index
@@ -271,7 +284,7 @@ bool DxfReader::store() {
         break;
       }
       scratch_.clear();
-      if (decoder_->decode(cur_.text, scratch_) > 0 && textWarnedAt_ != recordLine_) {
+      if (decoder().decode(cur_.text, scratch_) > 0 && textWarnedAt_ != recordLine_) {
         // One warning per record, at the record's line.
         textWarnedAt_ = recordLine_;
         warnings_.add("encoding", db_.fileName + ": " + place(recordLine_) +
@@ -318,7 +331,13 @@ void DxfReader::setDecoder() {
   const TextEncoding encoding = db_.version.empty()        ? TextEncoding::Utf8OrCodePage
                                 : db_.version >= "AC1021" ? TextEncoding::Utf8
                                                           : TextEncoding::CodePage;
-  decoder_ = std::make_unique<TextDecoder>(db_.codepage, encoding);
+  // Decoders of the same code page's converter, as well known, and of the same encoding are alike.
+  DecoderKind kind{iconvNameOf(db_.codepage), false, encoding};
+  kind.unknownCodepage = kind.iconvName.empty() && !db_.codepage.empty();
+  if (!decoder_ || !(kind == decoderKind_)) {
+    decoderKind_ = kind;
+    decoder_ = std::make_unique<TextDecoder>(db_.codepage, encoding);
+  }
   if (!db_.codepage.empty() && !decoder_->knownCodepage())
     warn("codepage", "unknown code page '" + db_.codepage + "': texts are read as ANSI_1252");
 }

@@ -6,13 +6,22 @@
 
 #include <cstdlib>
 
-#ifdef VK_STORAGE_FROM_HEAP
+#ifdef VK_STORAGE_POISONED
 #include <sanitizer/asan_interface.h>
 #endif
 
 namespace headless {
 
 #ifdef VK_STORAGE_FROM_HEAP
+
+namespace {
+// The heap's own copying and freeing must not meet the marks of unused memory.
+void unpoison([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#ifdef VK_STORAGE_POISONED
+  __asan_unpoison_memory_region(block, bytes);
+#endif
+}
+}  // namespace
 
 std::size_t blockSize(std::size_t bytes) { return bytes; }
 
@@ -27,7 +36,7 @@ void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
     releaseBlock(block, oldBytes);
     return nullptr;
   }
-  __asan_unpoison_memory_region(block, oldBytes);
+  unpoison(block, oldBytes);
   void* moved = std::realloc(block, newBytes);
   if (!moved) throw std::bad_alloc();
   return moved;
@@ -35,10 +44,11 @@ void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
 
 void releaseBlock(void* block, std::size_t bytes) {
   if (!block) return;
-  __asan_unpoison_memory_region(block, bytes);
+  unpoison(block, bytes);
   std::free(block);
 }
 
+#ifdef VK_STORAGE_POISONED
 void markUnused(const void* begin, const void* end) {
   if (begin < end) __asan_poison_memory_region(begin, static_cast<const char*>(end) - static_cast<const char*>(begin));
 }
@@ -47,6 +57,7 @@ void markUsed(const void* begin, const void* end) {
   if (begin < end)
     __asan_unpoison_memory_region(begin, static_cast<const char*>(end) - static_cast<const char*>(begin));
 }
+#endif
 
 #else
 

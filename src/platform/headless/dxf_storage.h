@@ -28,21 +28,28 @@ constexpr std::uint32_t idIndex(ObjectId id) { return static_cast<std::uint32_t>
 namespace headless {
 
 // Memory for PageArray (dxf_storage.cpp). Sizes are whole pages, except in sanitizer builds, where the
-// memory comes from the heap at the size asked, so that the sanitizer sees every access past it.
+// memory comes from the heap at the size asked: AddressSanitizer then sees every access past it, and
+// ThreadSanitizer, which does not follow remapped pages, sees the memory change hands.
 // allocateBlock and resizeBlock throw std::bad_alloc when the system refuses.
 std::size_t blockSize(std::size_t bytes);
 void* allocateBlock(std::size_t bytes);
 void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes);
 void releaseBlock(void* block, std::size_t bytes);
-// Marks [begin, end) of a block unused (sanitizer builds: reading or writing it is reported) or used.
 #if defined(__SANITIZE_ADDRESS__)
+#define VK_STORAGE_FROM_HEAP 1
+#define VK_STORAGE_POISONED 1
+#elif defined(__SANITIZE_THREAD__)
 #define VK_STORAGE_FROM_HEAP 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
 #define VK_STORAGE_FROM_HEAP 1
+#define VK_STORAGE_POISONED 1
+#elif __has_feature(thread_sanitizer)
+#define VK_STORAGE_FROM_HEAP 1
 #endif
 #endif
-#ifdef VK_STORAGE_FROM_HEAP
+// Marks [begin, end) of a block unused (AddressSanitizer builds: reading or writing it is reported) or used.
+#ifdef VK_STORAGE_POISONED
 void markUnused(const void* begin, const void* end);
 void markUsed(const void* begin, const void* end);
 #else

@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kBinarySentinel[] = "AutoCAD Binary DXF\r\n\x1a";  // followed by a NUL: 22 bytes in all
 constexpr std::size_t kSentinelSize = 22;
-constexpr std::size_t kChunk = 1 << 20;  // read the file a megabyte at a time
+constexpr std::size_t kChunk = 1 << 18;  // read the file 256 KB at a time, which stays in the cache
 
 std::string_view trimSpacesSlow(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
