@@ -88,6 +88,39 @@ bool tooSmall(const char* b, const char* e) {
   return lead + exponent < 0;
 }
 
+// Reads a plain decimal ("-12.5", "0.0", "3") of at most 15 significant digits and 22 decimals: its digits
+// and the power of ten are exact as doubles, so one division rounds as reading the text would. False for
+// anything else (more digits, an exponent, a sign '+', damage), which from_chars reads.
+inline bool readShortDecimal(std::string_view v, double& out) {
+  static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  const char* p = v.data();
+  const char* const end = p + v.size();
+  const bool negative = p != end && *p == '-';
+  p += negative;
+  std::uint64_t digits = 0;
+  int decimals = 0, count = 0;
+  bool point = false, any = false;
+  for (; p != end; ++p) {
+    const unsigned d = static_cast<unsigned char>(*p) - '0';
+    if (d <= 9) {
+      any = true;
+      if (digits != 0 || d != 0) ++count;
+      if (count > 15) return false;
+      digits = digits * 10 + d;
+      decimals += point;
+    } else if (*p == '.' && !point) {
+      point = true;
+    } else {
+      return false;
+    }
+  }
+  if (!any || decimals > 22) return false;
+  const double value = static_cast<double>(digits) / kPowers[decimals];
+  out = negative ? -value : value;
+  return true;
+}
+
 // The values an integer group of this type may hold. Writers put 16- and 32-bit values unsigned too.
 struct IntegerRange {
   long long min, max;
@@ -363,7 +396,12 @@ inline bool DxfTokenizer::takeValue(RawTag& tag, int code, std::string_view valu
     case TagType::Binary:
       tag.text = trimSpaces(value);
       return true;
-    case TagType::Real: return parseReal(trimSpaces(value), tag);
+    case TagType::Real:
+      if (readShortDecimal(value, tag.real)) {
+        tag.integer = 0;
+        return true;
+      }
+      return parseReal(trimSpaces(value), tag);
     default: return parseInteger(trimSpaces(value), tag);
   }
 }
