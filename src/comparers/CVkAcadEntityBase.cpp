@@ -84,17 +84,16 @@ std::string_view typeDisplayName(std::string_view dxfName) {
 }
 
 std::uint32_t keyDigestValue(std::string_view text) {
+  // Keys are nearly always ASCII, whose bytes are their UTF-16 code units; a key that is not is digested
+  // again from its UTF-16 form.
   std::uint32_t h = 0;
-  const auto isAscii = [](std::string_view s) {
-    for (char c : s)
-      if (static_cast<unsigned char>(c) >= 0x80) return false;
-    return true;
-  };
-  // Keys are nearly always ASCII, whose bytes are their UTF-16 code units.
-  if (isAscii(text)) {
-    for (char c : text) h = h * 131u + static_cast<unsigned char>(c);
-  } else {
-    for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
+  for (char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80) {
+      h = 0;
+      for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
+      break;
+    }
+    h = h * 131u + static_cast<unsigned char>(c);
   }
   return h & 0x7FFFFFFFu;
 }

@@ -69,7 +69,12 @@ Vector3d Matrix3d::transform(const Vector3d& v) const {
           m_[2][0] * v.x + m_[2][1] * v.y + m_[2][2] * v.z};
 }
 
-bool Matrix3d::isIdentity() const { return *this == Matrix3d(); }
+bool Matrix3d::isIdentity() const {
+  for (int r = 0; r < 4; ++r)
+    for (int c = 0; c < 4; ++c)
+      if (m_[r][c] != (r == c ? 1.0 : 0.0)) return false;
+  return true;
+}
 
 void Extents3d::addPoint(const Point3d& p) {
   min = {std::min(min.x, p.x), std::min(min.y, p.y), std::min(min.z, p.z)};

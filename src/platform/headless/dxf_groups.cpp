@@ -9,8 +9,6 @@ using platform::Point3d;
 using platform::StoredTag;
 using platform::Vector3d;
 
-namespace {
-
 // The first own group of each code of one record. An entity is asked for a dozen values in a row (its key,
 // its details, its extents), each of which would scan its groups; the record last asked about is indexed
 // once per thread instead. Records of a database still being read are not indexed.
@@ -18,7 +16,8 @@ struct FirstGroups {
   static constexpr std::size_t kSlots = 128;  // a power of two, well above the distinct codes of a record
   static constexpr std::uint16_t kAbsent = 0xFFFF;
   std::uint64_t database = 0;
-  std::uint32_t begin = 0, count = 0, own = 0;
+  std::uint32_t begin = 0, count = 0;
+  std::uint32_t own = 0;  // groups before extension data
   std::uint32_t stamp = 0;
   struct Slot {
     std::int16_t code;
@@ -39,7 +38,7 @@ struct FirstGroups {
 };
 
 // Records larger than this, or with more distinct codes than half the slots, are scanned as before.
-constexpr std::uint32_t kIndexedGroups = 0xFFFF;
+inline constexpr std::uint32_t kIndexedGroups = 0xFFFF;
 
 // The records last indexed by this thread. An entity's groups are often read alongside those of its owner
 // or owned entities (a polyline and its vertices), so a few are kept, the oldest replaced first.
@@ -47,16 +46,20 @@ struct RecentRecords {
   static constexpr std::size_t kKept = 4;
   std::array<FirstGroups, kKept> records;
   std::size_t next = 0;
+
+  const FirstGroups* find(std::uint64_t database, std::uint32_t begin, std::uint32_t count) const {
+    for (const FirstGroups& r : records)
+      if (r.database == database && r.begin == begin && r.count == count) return &r;
+    return nullptr;
+  }
+  // Indexes the record in place of the oldest; null when it has too many groups or codes.
+  const FirstGroups* index(const Groups& g, std::uint64_t database, std::uint32_t begin);
 };
 
-// Indexes the record for this thread; null when it cannot be.
-const FirstGroups* indexRecord(const Groups& g, std::uint64_t database, std::uint32_t begin) {
-  thread_local RecentRecords recent;
-  for (const FirstGroups& r : recent.records)
-    if (r.database == database && r.begin == begin && r.count == g.size()) return &r;
+const FirstGroups* RecentRecords::index(const Groups& g, std::uint64_t database, std::uint32_t begin) {
   if (g.size() > kIndexedGroups) return nullptr;
-  FirstGroups& index = recent.records[recent.next];
-  recent.next = (recent.next + 1) % RecentRecords::kKept;
+  FirstGroups& index = records[next];
+  next = (next + 1) % kKept;
   index.database = 0;
   if (++index.stamp == 0) {  // the stamps went round: forget every slot
     index.slots.fill({});
@@ -81,28 +84,46 @@ const FirstGroups* indexRecord(const Groups& g, std::uint64_t database, std::uin
   index.database = database;
   index.begin = begin;
   index.count = g.size();
+  index.own = g.ownCount();
   return &index;
+}
+
+namespace {
+
+RecentRecords& recentRecords() {
+  thread_local RecentRecords recent;
+  return recent;
 }
 
 }  // namespace
 
 Groups::Groups(const platform::DatabaseData& data, std::uint32_t begin, std::uint32_t count)
-    : data_(data), tags_(data.tags.data() + begin), count_(count), own_(count) {
+    : data_(data), tags_(data.tags.data() + begin), count_(count), own_(count), begin_(begin) {
+  if (data.serial != 0) {
+    recent_ = &recentRecords();
+    if (const FirstGroups* index = recent_->find(data.serial, begin, count)) {
+      own_ = index->own;
+      return;
+    }
+  }
   for (std::uint32_t i = 0; i < count; ++i)
     if (tags_[i].code == 1001) {
       own_ = i;
       break;
     }
-  begin_ = begin;
+  if (recent_) recent_->index(*this, data.serial, begin);
 }
 
 const StoredTag* Groups::find(int code) const {
   // The index is looked up at each find: another record indexed meanwhile may have taken its place.
-  if (data_.serial != 0)
-    if (const FirstGroups* index = indexRecord(*this, data_.serial, begin_)) {
+  if (recent_) {
+    const FirstGroups* index = recent_->find(data_.serial, begin_, count_);
+    if (!index) index = recent_->index(*this, data_.serial, begin_);
+    if (index) {
       const std::uint16_t first = index->first(code);
       return first == FirstGroups::kAbsent ? nullptr : &tags_[first];
     }
+  }
   const StoredTag* found = nullptr;
   visitOwn([&](std::uint32_t i, std::string_view) {
     if (tags_[i].code == code) found = &tags_[i];

@@ -67,6 +67,8 @@ class Groups {
   std::uint32_t count_;
   std::uint32_t own_;  // groups before extension data
   std::uint32_t begin_ = 0;  // the record's first group in the database
+  // The records this thread indexed by code, when the database is read to the end (see find).
+  struct RecentRecords* recent_ = nullptr;
 };
 
 }  // namespace headless
