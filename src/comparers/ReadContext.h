@@ -13,7 +13,7 @@ class CReadContext {
  public:
   // The budget grows with the drawing: every entity of every block record may be loaded a number of times
   // over, with a floor ten times what the most nested drawings we know load (a comparer loaded costs about
-  // a kilobyte and a few microseconds).
+  // two hundred bytes and a microsecond or two).
   static constexpr std::size_t kBudgetFloor = 20000;
   static constexpr std::size_t kBudgetPerEntity = 32;
 

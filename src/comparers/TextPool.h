@@ -41,9 +41,6 @@ class CTextPool {
   // Room for what a drawing is expected to hold. Capacity that is never written costs address space only.
   void reserve(std::size_t bytes, std::size_t texts);
 
-  std::size_t size() const { return starts_.size() - 1; }
-  std::size_t bytes() const { return bytes_.size(); }
-
  private:
   std::string bytes_;
   std::vector<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])
