@@ -34,29 +34,31 @@ char32_t decodeUtf8(std::string_view s, std::size_t& i) {
 }
 
 // Fixed-point formatting by exact integer arithmetic, several times faster than the general routine.
-// The double is m * 2^q with a 53-bit integer m; for 0.5 <= |v| and |v| * 10^d < 2^52 the product
-// m * 10^d fits 128 bits and the shift by -q (at most 53) splits it exactly into the integer part and a
-// remainder, so ties are recognised exactly. Other values (and compilers without 128-bit integers)
-// return false and take the general path.
+// The double is m * 2^q with a 53-bit integer m; for 2^-60 <= |v| and |v| * 10^d < 2^52 the product
+// m * 10^d fits 128 bits and the shift by -q (at most 112) splits it exactly into the integer part and a
+// remainder, so ties are recognised exactly. Zero, the commonest value of all, is written directly. Other
+// values (and compilers without 128-bit integers) return false and take the general path.
 bool appendFixedFast(std::string& out, double value, int decimals) {
 #if defined(__SIZEOF_INT128__)
   __extension__ using u128 = unsigned __int128;
   static constexpr unsigned long long kScale[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
   const double a = std::fabs(value);
-  if (!(a >= 0.5) || a * static_cast<double>(kScale[decimals]) >= 4503599627370496.0) return false;  // 2^52
-  // a is normal here: m is its 52 stored bits with the implicit leading one, a = m * 2^-shift.
-  const auto bits = std::bit_cast<unsigned long long>(a);
-  const unsigned long long m = (bits & ((1ULL << 52) - 1)) | (1ULL << 52);
-  const int shift = 1075 - static_cast<int>(bits >> 52);
-  const u128 product = static_cast<u128>(m) * kScale[decimals];
-  unsigned long long n;
-  if (shift <= 0) {
-    n = static_cast<unsigned long long>(product << -shift);
-  } else {
-    n = static_cast<unsigned long long>(product >> shift);
-    const u128 rem = product & ((static_cast<u128>(1) << shift) - 1);
-    const u128 half = static_cast<u128>(1) << (shift - 1);
-    if (rem > half || (rem == half && (n & 1))) ++n;  // round half to even, as printf on an exact tie
+  unsigned long long n = 0;
+  if (a != 0.0) {
+    if (!(a >= 0x1p-60) || a * static_cast<double>(kScale[decimals]) >= 4503599627370496.0) return false;  // 2^52
+    // a is normal here: m is its 52 stored bits with the implicit leading one, a = m * 2^-shift.
+    const auto bits = std::bit_cast<unsigned long long>(a);
+    const unsigned long long m = (bits & ((1ULL << 52) - 1)) | (1ULL << 52);
+    const int shift = 1075 - static_cast<int>(bits >> 52);
+    const u128 product = static_cast<u128>(m) * kScale[decimals];
+    if (shift <= 0) {
+      n = static_cast<unsigned long long>(product << -shift);
+    } else {
+      n = static_cast<unsigned long long>(product >> shift);
+      const u128 rem = product & ((static_cast<u128>(1) << shift) - 1);
+      const u128 half = static_cast<u128>(1) << (shift - 1);
+      if (rem > half || (rem == half && (n & 1))) ++n;  // round half to even, as printf on an exact tie
+    }
   }
   char buf[40];
   char* p = buf + sizeof buf;

@@ -36,7 +36,9 @@ TEST(Format, RealsMatchPrintfOnEdgeValues) {
       0.0, -0.0, 0.005, -0.005, 0.015, 0.025, 0.125, 0.375, -0.125, 1.005, 1.015, 2.675, 1.004, 1.006,
       0.0049999999999999, -0.001, -0.004999, 0.5, 1.5, 2.5, -2.5, 1e-300, -1e-300, DBL_MIN, DBL_TRUE_MIN,
       1e15 + 0.125, 123456789.125, 9.995, 99.995, 999999.9999995, 0.0000005, 0.0000015, 0.0000025,
-      1e21, 1e22, -1e300, DBL_MAX, -DBL_MAX, 4503599627370495.5, 9007199254740993.0, 3.14159265358979};
+      1e21, 1e22, -1e300, DBL_MAX, -DBL_MAX, 4503599627370495.5, 9007199254740993.0, 3.14159265358979,
+      // Around the smallest value the exact integer path takes, and ties of small binary fractions.
+      0x1p-60, -0x1p-60, 0x1.fffffffffffffp-61, 0x1.0000000000001p-60, 0x1p-40, 0x1.8p-7, 0x1.8p-21, 0.4999999999999999};
   for (double v : values) expectLikePrintf(v);
 }
 
