@@ -1,4 +1,4 @@
-// The texts of one drawing's comparers, each distinct text stored once and named by a 32-bit id.
+// The texts of one drawing's comparers in one buffer, each named by a 32-bit id.
 #pragma once
 
 #include <cstdint>
