@@ -179,15 +179,16 @@ std::string CVkAcadEntityBase::keyText() const {
   return "0," + keyDigest(fullKey());
 }
 
-CTextPool::Id CVkAcadEntityBase::intern(std::string_view t) {
-  if (t.empty()) return CTextPool::kEmpty;
+CTextPool& CVkAcadEntityBase::pool() const {
   if (!readerContext_) throw std::logic_error("a comparer with texts needs its drawing's read context");
-  return readerContext_->texts().intern(t);
+  return readerContext_->texts();
 }
 
+CTextPool::Id CVkAcadEntityBase::intern(std::string_view t) { return t.empty() ? CTextPool::kEmpty : pool().intern(t); }
+
 void CVkAcadEntityBase::setFullKey(std::string_view fullKey) {
-  // Keys are made of coordinates and are seldom repeated.
-  fullKey_ = fullKey.empty() || !readerContext_ ? intern(fullKey) : readerContext_->texts().add(fullKey);
+  // Keys are made of coordinates and are seldom repeated: no use looking them up.
+  fullKey_ = fullKey.empty() ? CTextPool::kEmpty : pool().add(fullKey);
   keyDigest_ = keyDigestValue(fullKey);
   hasKey_ = true;
 }

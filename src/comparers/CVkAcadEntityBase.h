@@ -113,7 +113,9 @@ class CVkAcadEntityBase {
   CReadContext* readerContext() const { return readerContext_; }
   const CLayerContext* layerContext() const { return layerContext_; }
 
-  // The drawing's texts. A comparer made without a read context holds no texts but the empty one.
+  // The drawing's texts. A comparer made without a read context holds no texts but the empty one; asking
+  // such a comparer to keep one is a fault of its maker.
+  CTextPool& pool() const;
   TextId intern(std::string_view text);
   std::string_view text(TextId id) const { return readerContext_ ? readerContext_->texts().view(id) : std::string_view(); }
   // Whether this comparer's text `mine` equals the other comparer's text `theirs`.

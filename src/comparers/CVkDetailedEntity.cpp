@@ -23,18 +23,18 @@ void CVkDetailedEntity::loadDetail(const platform::Entity& entity, platform::Mat
   details_ = {};
   if (traits_.details.empty()) return;
   // The ids of one comparer lie together at the end of the pool's id store.
-  CTextPool& pool = readerContext()->texts();
-  const std::uint32_t begin = pool.openRun();
+  CTextPool& texts = pool();
+  const std::uint32_t begin = texts.openRun();
   for (const DetailProperty& p : traits_.details) {
     if (p.list) {
       const std::vector<std::string> list = p.list(entity, transform);
-      pool.push(static_cast<CTextPool::Id>(list.size()));
-      for (const std::string& t : list) pool.push(intern(t));
+      texts.push(static_cast<CTextPool::Id>(list.size()));
+      for (const std::string& t : list) texts.push(intern(t));
     } else {
-      pool.push(intern(p.text(entity, transform)));
+      texts.push(intern(p.text(entity, transform)));
     }
   }
-  details_ = pool.closeRun(begin);
+  details_ = texts.closeRun(begin);
 }
 
 // A cursor over a comparer's captured details.
