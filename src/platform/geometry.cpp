@@ -70,10 +70,12 @@ Vector3d Matrix3d::transform(const Vector3d& v) const {
 }
 
 bool Matrix3d::isIdentity() const {
+  // Every element is tested without branching: boxes ask this of their transform once or twice each.
+  static constexpr Matrix3d kIdentity;
+  bool same = true;
   for (int r = 0; r < 4; ++r)
-    for (int c = 0; c < 4; ++c)
-      if (m_[r][c] != (r == c ? 1.0 : 0.0)) return false;
-  return true;
+    for (int c = 0; c < 4; ++c) same &= m_[r][c] == kIdentity.m_[r][c];
+  return same;
 }
 
 void Extents3d::addPoint(const Point3d& p) {

@@ -1,9 +1,11 @@
 // UTF conversions and the printf-exact formatter.
 #include "platform/text.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace platform {
 
@@ -33,19 +35,48 @@ char32_t decodeUtf8(std::string_view s, std::size_t& i) {
   return cp;
 }
 
+// Room writeFixedFast needs: the integer part stays below 2^52 (16 digits), with sign, point and 6 places.
+constexpr std::size_t kFastFixedRoom = 32;
+
+// Two decimal digits at a time, "00" to "99".
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Writes n's decimal digits so that they end just before end; returns where they begin.
+char* writeDigitsBefore(char* end, unsigned long long n) {
+  while (n >= 100) {
+    end -= 2;
+    const char* pair = kDigitPairs + (n % 100) * 2;
+    end[0] = pair[0];
+    end[1] = pair[1];
+    n /= 100;
+  }
+  if (n >= 10) {
+    end -= 2;
+    end[0] = kDigitPairs[n * 2];
+    end[1] = kDigitPairs[n * 2 + 1];
+  } else {
+    *--end = static_cast<char>('0' + n);
+  }
+  return end;
+}
+
 // Fixed-point formatting by exact integer arithmetic, several times faster than the general routine.
 // The double is m * 2^q with a 53-bit integer m; for 2^-60 <= |v| and |v| * 10^d < 2^52 the product
 // m * 10^d fits 128 bits and the shift by -q (at most 112) splits it exactly into the integer part and a
 // remainder, so ties are recognised exactly. Zero, the commonest value of all, is written directly. Other
-// values (and compilers without 128-bit integers) return false and take the general path.
-bool appendFixedFast(std::string& out, double value, int decimals) {
+// values (and compilers without 128-bit integers) give null and take the general path.
+// Writes at p, which has kFastFixedRoom bytes of room, and returns the end.
+char* writeFixedFast(char* p, double value, int decimals) {
 #if defined(__SIZEOF_INT128__)
   __extension__ using u128 = unsigned __int128;
   static constexpr unsigned long long kScale[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
   const double a = std::fabs(value);
   unsigned long long n = 0;
   if (a != 0.0) {
-    if (!(a >= 0x1p-60) || a * static_cast<double>(kScale[decimals]) >= 4503599627370496.0) return false;  // 2^52
+    if (!(a >= 0x1p-60) || a * static_cast<double>(kScale[decimals]) >= 4503599627370496.0) return nullptr;  // 2^52
     // a is normal here: m is its 52 stored bits with the implicit leading one, a = m * 2^-shift.
     const auto bits = std::bit_cast<unsigned long long>(a);
     const unsigned long long m = (bits & ((1ULL << 52) - 1)) | (1ULL << 52);
@@ -60,27 +91,97 @@ bool appendFixedFast(std::string& out, double value, int decimals) {
       if (rem > half || (rem == half && (n & 1))) ++n;  // round half to even, as printf on an exact tie
     }
   }
-  char buf[40];
-  char* p = buf + sizeof buf;
-  for (int i = 0; i < decimals; ++i) {
-    *--p = static_cast<char>('0' + n % 10);
-    n /= 10;
+  char digits[kFastFixedRoom];
+  char* const end = digits + sizeof digits;
+  char* first;
+  if (decimals == 0) {
+    first = writeDigitsBefore(end, n);
+  } else {
+    // The places are written as scale + places, whose leading 1 keeps their zeros; the point replaces it.
+    const unsigned long long scale = kScale[decimals];
+    writeDigitsBefore(end, n % scale + scale);
+    char* point = end - decimals - 1;
+    *point = '.';
+    first = writeDigitsBefore(point, n / scale);
   }
-  if (decimals > 0) *--p = '.';
-  do {
-    *--p = static_cast<char>('0' + n % 10);
-    n /= 10;
-  } while (n != 0);
-  if (std::signbit(value)) *--p = '-';
-  out.append(p, buf + sizeof buf);
-  return true;
+  if (std::signbit(value)) *--first = '-';
+  const std::size_t length = static_cast<std::size_t>(end - first);
+  std::memcpy(p, first, length);
+  return p + length;
 #else
-  (void)out;
+  (void)p;
   (void)value;
   (void)decimals;
-  return false;
+  return nullptr;
 #endif
 }
+
+// Room writeFixed needs: std::to_chars writes the largest double with 309 integer digits.
+constexpr std::size_t kFixedRoom = 352;
+constexpr int kMostPlaces = 30;
+
+// Writes exactly what printf gives for "%.<decimals>f" at p (kFixedRoom bytes of room); returns the end.
+char* writeFixed(char* p, double value, int decimals) {
+  if (!std::isfinite(value)) {
+    // printf spells these "inf", "-inf", "nan" and "-nan".
+    const std::string_view word = std::isnan(value) ? (std::signbit(value) ? "-nan" : "nan") : (value < 0 ? "-inf" : "inf");
+    std::memcpy(p, word.data(), word.size());
+    return p + word.size();
+  }
+  // Places beyond what any text here asks for are not written, so that the room always suffices.
+  decimals = std::clamp(decimals, 0, kMostPlaces);
+  if (decimals <= 6)
+    if (char* end = writeFixedFast(p, value, decimals)) return end;
+  // std::to_chars with a precision is specified to give printf's result, and is exact (no double rounding).
+  return std::to_chars(p, p + kFixedRoom, value, std::chars_format::fixed, decimals).ptr;
+}
+
+// Room an integer needs: 19 digits and a sign.
+constexpr std::size_t kIntRoom = 24;
+
+char* writeInt(char* p, long long value) { return std::to_chars(p, p + kIntRoom, value).ptr; }
+
+// The formatter's output: collected on the stack and handed to the string in few appends, so that a text
+// costs one capacity check rather than one per piece.
+class FormatBuffer {
+ public:
+  explicit FormatBuffer(std::string& out) : out_(out) {}
+  ~FormatBuffer() { flush(); }
+  FormatBuffer(const FormatBuffer&) = delete;
+  FormatBuffer& operator=(const FormatBuffer&) = delete;
+
+  void put(char c) {
+    if (at_ == end()) flush();
+    *at_++ = c;
+  }
+  void put(std::string_view text) {
+    if (text.size() > static_cast<std::size_t>(end() - at_)) {
+      flush();
+      if (text.size() > sizeof buf_) {
+        out_.append(text);
+        return;
+      }
+    }
+    std::memcpy(at_, text.data(), text.size());
+    at_ += text.size();
+  }
+  // Room for a writer that needs at most `room` bytes; it returns its end to done().
+  char* reserve(std::size_t room) {
+    if (room > static_cast<std::size_t>(end() - at_)) flush();
+    return at_;
+  }
+  void done(char* end) { at_ = end; }
+
+ private:
+  char* end() { return buf_ + sizeof buf_; }
+  void flush() {
+    out_.append(buf_, static_cast<std::size_t>(at_ - buf_));
+    at_ = buf_;
+  }
+  std::string& out_;
+  char buf_[512];
+  char* at_ = buf_;
+};
 
 }  // namespace
 
@@ -147,24 +248,13 @@ std::string truncateUtf16Units(std::string_view s, std::size_t maxUnits) {
 }
 
 void appendFixed(std::string& out, double value, int decimals) {
-  if (!std::isfinite(value)) {
-    // printf spells these "inf", "-inf", "nan" and "-nan".
-    if (std::isnan(value)) out += std::signbit(value) ? "-nan" : "nan";
-    else out += value < 0 ? "-inf" : "inf";
-    return;
-  }
-  if (decimals >= 0 && decimals <= 6 && appendFixedFast(out, value, decimals)) return;
-  // std::to_chars with a precision is specified to give printf's result, and is exact (no double
-  // rounding); the largest double needs 309 integer digits.
-  char buf[352];
-  const auto res = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed, decimals);
-  out.append(buf, res.ptr);
+  char buf[kFixedRoom];
+  out.append(buf, writeFixed(buf, value, decimals));
 }
 
 void appendInt(std::string& out, long long value) {
-  char buf[24];
-  const auto res = std::to_chars(buf, buf + sizeof buf, value);
-  out.append(buf, res.ptr);
+  char buf[kIntRoom];
+  out.append(buf, writeInt(buf, value));
 }
 
 long long FormatArg::integer() const {
@@ -186,23 +276,24 @@ double FormatArg::real() const {
 }
 
 void formatTo(std::string& out, std::string_view pattern, std::initializer_list<FormatArg> args) {
+  FormatBuffer to(out);
   const FormatArg* arg = args.begin();
   const FormatArg* const end = args.end();
+  const auto fixed = [&](double value, int decimals) { to.done(writeFixed(to.reserve(kFixedRoom), value, decimals)); };
+  const auto integer = [&](long long value) { to.done(writeInt(to.reserve(kIntRoom), value)); };
   std::size_t i = 0;
   while (i < pattern.size()) {
-    const std::size_t pct = pattern.find('%', i);
-    if (pct == std::string_view::npos) {
-      out.append(pattern.substr(i));
-      break;
+    const char c = pattern[i++];
+    if (c != '%') {
+      to.put(c);
+      continue;
     }
-    out.append(pattern.substr(i, pct - i));
-    i = pct + 1;
     if (i >= pattern.size()) {
-      out += '%';
+      to.put('%');
       break;
     }
     if (pattern[i] == '%') {
-      out += '%';
+      to.put('%');
       ++i;
       continue;
     }
@@ -221,24 +312,24 @@ void formatTo(std::string& out, std::string_view pattern, std::initializer_list<
       case 'd':
       case 'i':
       case 'u':
-        appendInt(out, a ? a->integer() : 0);
+        integer(a ? a->integer() : 0);
         break;
       case 'f':
       case 'F':
-        appendFixed(out, a ? a->real() : 0.0, precision);
+        fixed(a ? a->real() : 0.0, precision);
         break;
       case 's':
       case 'S':
         if (a) {
-          if (a->kind() == FormatArg::Kind::Text) out.append(a->text());
-          else if (a->kind() == FormatArg::Kind::Int) appendInt(out, a->integer());
-          else appendFixed(out, a->real(), 6);
+          if (a->kind() == FormatArg::Kind::Text) to.put(a->text());
+          else if (a->kind() == FormatArg::Kind::Int) integer(a->integer());
+          else fixed(a->real(), 6);
         }
         break;
       default:
         // Not a conversion this formatter knows: keep the text as written.
-        out += '%';
-        out += conv;
+        to.put('%');
+        to.put(conv);
         break;
     }
   }

@@ -52,7 +52,29 @@ TEST(Format, RealsMatchPrintfOnRandomValues) {
     // Values on a grid of halves and thousandths exercise ties and near-ties of the two-decimal rounding.
     expectLikePrintf(std::round(v * 1000.0) / 1000.0);
     expectLikePrintf(std::round(v * 200.0) / 200.0 + 0.005);
+    // Every number of places the exact path takes, and one past it.
+    const int places = i % 8;
+    char pattern[8], buf[512];
+    std::snprintf(pattern, sizeof pattern, "%%.%df", places);
+    std::snprintf(buf, sizeof buf, pattern, v);
+    EXPECT_EQ(platform::format(pattern, {v}), buf) << "value " << v << " with " << places << " places";
   }
+}
+
+TEST(Format, LongTextsAndManyNumbersComeOutWhole) {
+  // Texts and numbers past the formatter's working buffer.
+  const std::string longText(3000, 'x');
+  EXPECT_EQ(fmt("<%s>%d", longText, 7), "<" + longText + ">7");
+  std::string expected;
+  std::string out;
+  for (int i = 0; i < 200; ++i) {
+    platform::fmtTo(out, "%.3f;", i * 1.25);
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%.3f;", i * 1.25);
+    expected += buf;
+  }
+  EXPECT_EQ(out, expected);
+  EXPECT_EQ(fmt("%.40f", 0.5), "0.500000000000000000000000000000") << "places are capped at thirty";
 }
 
 TEST(Format, NegativeZeroAndSpecialValuesAsPrintf) {
