@@ -155,6 +155,11 @@ const CVkAcadEntityBase::Common CVkAcadEntityBase::kCommon[] = {
     {&CVkAcadEntityBase::zText_, kCodeZ, "Z坐标不相同,"},
 };
 
+void ComparerDelete::operator()(CVkAcadEntityBase* comparer) const {
+  if (comparer && comparer->inStore_) comparer->~CVkAcadEntityBase();
+  else delete comparer;
+}
+
 std::uint64_t CVkAcadEntityBase::commonDigest() const {
   TextDigest d;
   for (const Common& c : kCommon) d.add(isCompared(c.code) ? text(this->*c.text) : std::string_view());

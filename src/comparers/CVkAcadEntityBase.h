@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -35,6 +36,18 @@ std::uint32_t keyDigestValue(std::string_view text);
 // The order number of the key text "0,<digest>": the digest's decimal digits as base-11 places (a digit d
 // as d + 1, a missing one as 0), plus one so that the empty key comes first.
 std::uint64_t keyOrderOf(std::uint32_t digest);
+
+class CVkAcadEntityBase;
+
+// Deletes a comparer wherever it lives: one made in its drawing's store (CReadContext::make) is only
+// destroyed, as the store frees its memory in whole blocks; one made on the heap is deleted.
+struct ComparerDelete {
+  ComparerDelete() = default;
+  template <class T>
+  ComparerDelete(const std::default_delete<T>&) {}  // NOLINT: a heap comparer's pointer converts
+  void operator()(CVkAcadEntityBase* comparer) const;
+};
+using ComparerPtr = std::unique_ptr<CVkAcadEntityBase, ComparerDelete>;
 
 class CVkAcadEntityBase {
  public:
@@ -149,12 +162,25 @@ class CVkAcadEntityBase {
   std::uint32_t keyDigest_ = 0;
   bool hasKey_ = false;
   std::uint8_t extentsStatus_ = 0;
+  bool inStore_ = false;  // made in a drawing's comparer store rather than on the heap
+  template <class T>
+  friend ComparerPtr makeComparer(CReadContext* context);
+  friend struct ComparerDelete;
 
  public:
   // Pairing state: matched once paired; excluded entities count as handled from the start.
   std::uint8_t matched = 0;
   std::uint8_t excluded = 0;
 };
+
+// Makes a comparer of class T in the store of its drawing's read context, or on the heap without one.
+template <class T>
+ComparerPtr makeComparer(CReadContext* context) {
+  if (!context) return ComparerPtr(new T());
+  T* made = new (context->comparers().allocate(sizeof(T), alignof(T))) T();
+  made->inStore_ = true;
+  return ComparerPtr(made);
+}
 
 // The display name of a DXF type name ("LINE" -> "直线图元 "); unlisted names give "代理实体图元".
 std::string_view typeDisplayName(std::string_view dxfName);

@@ -59,8 +59,8 @@ namespace {
 using platform::DbClass;
 
 template <typename T>
-std::unique_ptr<CVkAcadEntityBase> make() {
-  return std::make_unique<T>();
+ComparerPtr make(CReadContext* context) {
+  return makeComparer<T>(context);
 }
 
 // The order is deliberate and kept with its consequences: every dimension is caught by row 8, an OLE2
@@ -115,21 +115,21 @@ constexpr FactoryRow kRows[] = {
 };
 
 // The last rule, by DXF name.
-std::unique_ptr<CVkAcadEntityBase> byDxfName(std::string_view name) {
+ComparerPtr byDxfName(std::string_view name, CReadContext* context) {
   // A light comparer is made and deliberately dropped: lights are compared as custom entities.
   if (name == "LIGHT") (void)std::make_unique<CVkAcDbLight>();
-  if (name == "REGION") return std::make_unique<CVkAcDbRegion>();
-  if (name != "SOLID" && name != "TRACE") return std::make_unique<CVkCustomEntity>();
-  return std::make_unique<CVkAcDbSolidOrTrace>();
+  if (name == "REGION") return make<CVkAcDbRegion>(context);
+  if (name != "SOLID" && name != "TRACE") return make<CVkCustomEntity>(context);
+  return make<CVkAcDbSolidOrTrace>(context);
 }
 
 // Row 32: the comparer of the surface's kind; a surface of another kind takes no part (null).
-std::unique_ptr<CVkAcadEntityBase> surfaceComparer(const platform::Entity& entity) {
-  if (entity.isKindOf(DbClass::ExtrudedSurface)) return std::make_unique<CVkAcDbExtrudedSurface>();
-  if (entity.isKindOf(DbClass::LoftedSurface)) return std::make_unique<CVkAcDbLoftedSurface>();
-  if (entity.isKindOf(DbClass::RevolvedSurface)) return std::make_unique<CVkAcDbRevolvedSurface>();
-  if (entity.isKindOf(DbClass::SweptSurface)) return std::make_unique<CVkAcDbSweptSurface>();
-  if (entity.isKindOf(DbClass::PlaneSurface)) return std::make_unique<CVkAcDbPlaneSurface>();
+ComparerPtr surfaceComparer(const platform::Entity& entity, CReadContext* context) {
+  if (entity.isKindOf(DbClass::ExtrudedSurface)) return make<CVkAcDbExtrudedSurface>(context);
+  if (entity.isKindOf(DbClass::LoftedSurface)) return make<CVkAcDbLoftedSurface>(context);
+  if (entity.isKindOf(DbClass::RevolvedSurface)) return make<CVkAcDbRevolvedSurface>(context);
+  if (entity.isKindOf(DbClass::SweptSurface)) return make<CVkAcDbSweptSurface>(context);
+  if (entity.isKindOf(DbClass::PlaneSurface)) return make<CVkAcDbPlaneSurface>(context);
   return nullptr;
 }
 
@@ -168,28 +168,27 @@ const std::vector<const FactoryRow*>& rowsFor(DbClass cls) {
 
 std::span<const FactoryRow> factoryRows() { return kRows; }
 
-std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
-                                                  CReadContext* readerContext, const CLayerContext* layerContext,
-                                                  const platform::Matrix3d* drawingTransform,
-                                                  const CompareOptions* options) {
+ComparerPtr createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
+                           CReadContext* readerContext, const CLayerContext* layerContext,
+                           const platform::Matrix3d* drawingTransform, const CompareOptions* options) {
   static const CompareOptions kAll;
-  std::unique_ptr<CVkAcadEntityBase> comparer;
+  ComparerPtr comparer;
   for (const FactoryRow* candidate : rowsFor(entity.dbClass())) {
     const FactoryRow& row = *candidate;
     if (row.rule == FactoryRule::Surface) {
-      comparer = surfaceComparer(entity);
+      comparer = surfaceComparer(entity, readerContext);
       if (!comparer) return nullptr;
     } else if (row.rule == FactoryRule::BlockReference) {
       const BlockDecision decision = blockReferenceDecision(entity, options ? *options : kAll);
       if (decision == BlockDecision::Skip) return nullptr;
       if (decision == BlockDecision::FallThrough) continue;
-      comparer = row.make();
+      comparer = row.make(readerContext);
     } else {
-      comparer = row.make();
+      comparer = row.make(readerContext);
     }
     break;
   }
-  if (!comparer) comparer = byDxfName(entity.dxfName());
+  if (!comparer) comparer = byDxfName(entity.dxfName(), readerContext);
   comparer->setContexts(readerContext, layerContext, drawingTransform, options);
   comparer->load(entity, transform);
   return comparer;

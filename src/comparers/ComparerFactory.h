@@ -20,8 +20,9 @@ struct FactoryRow {
   platform::DbClass cls;
   std::string_view comparer;  // the comparer class's name
   FactoryRule rule;
-  // Makes the comparer; null while the class is not built, so that its entities go on to the last rule.
-  std::unique_ptr<CVkAcadEntityBase> (*make)();
+  // Makes the comparer in the read context's store (on the heap without one); null while the class is not
+  // built, so that its entities go on to the last rule.
+  ComparerPtr (*make)(CReadContext*);
 };
 
 // The rows of the factory in their order, then the last rule: by DXF name ("LIGHT", "REGION",
@@ -31,7 +32,6 @@ std::span<const FactoryRow> factoryRows();
 // Makes, sets up and loads the comparer for an entity; null when the entity takes no part (a surface of an
 // unknown kind, a block reference filtered out by the settings or whose block cannot be opened). The read
 // context is the drawing's, shared by every comparer made for it; block contents are walked only with one.
-std::unique_ptr<CVkAcadEntityBase> createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
-                                                  CReadContext* readerContext, const CLayerContext* layerContext,
-                                                  const platform::Matrix3d* drawingTransform,
-                                                  const CompareOptions* options);
+ComparerPtr createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
+                           CReadContext* readerContext, const CLayerContext* layerContext,
+                           const platform::Matrix3d* drawingTransform, const CompareOptions* options);

@@ -93,7 +93,7 @@ class AlikeIndex {
 
 }  // namespace
 
-void addByKey(KeyedComparers& comparers, std::unique_ptr<CVkAcadEntityBase> comparer) {
+void addByKey(KeyedComparers& comparers, ComparerPtr comparer) {
   const std::uint64_t key = comparer->keyOrder();
   comparers.push_back({key, std::move(comparer)});
 }

@@ -12,14 +12,14 @@
 // A comparer with the order number of its key text.
 struct KeyedComparer {
   std::uint64_t key = 0;
-  std::unique_ptr<CVkAcadEntityBase> comparer;
+  ComparerPtr comparer;
 };
 // A drawing's (or a block's) comparers in key order; entities sharing a key keep the order in which they
 // were added.
 using KeyedComparers = std::vector<KeyedComparer>;
 
 // Appends a comparer under its key; the collection is in key order again once sortByKey has run.
-void addByKey(KeyedComparers& comparers, std::unique_ptr<CVkAcadEntityBase> comparer);
+void addByKey(KeyedComparers& comparers, ComparerPtr comparer);
 void sortByKey(KeyedComparers& comparers);
 
 // Pairs the two collections (each in key order) and appends their records, unsorted: changed pairs in the

@@ -1,8 +1,11 @@
-// The per-drawing budget and cycle guard for walking into blocks.
+// The comparer store, and the per-drawing budget and cycle guard for walking into blocks.
 #include "comparers/ReadContext.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
+
+#include "platform/pages.h"
 
 namespace {
 
@@ -22,9 +25,39 @@ CReadContext::CReadContext(const platform::Database& db, std::string drawingName
 
 CReadContext::CReadContext(std::string drawingName, std::size_t entities)
     : drawingName_(std::move(drawingName)), budget_(std::max(kBudgetFloor, kBudgetPerEntity * entities)) {
-  // A comparer captures a dozen texts of some ten bytes each, half of them new.
+  // A comparer captures a dozen texts of some ten bytes each, half of them new, and takes about two hundred
+  // bytes itself.
   texts_.reserve(96 * entities, 16 * entities);
+  comparers_.reserve(224 * entities);
 }
+
+void* CComparerStore::allocate(std::size_t bytes, std::size_t alignment) {
+  const auto aligned = [&](std::byte* at) {
+    const auto address = reinterpret_cast<std::uintptr_t>(at);
+    return at + ((alignment - address % alignment) % alignment);
+  };
+  std::byte* at = next_ ? aligned(next_) : nullptr;
+  if (!at || static_cast<std::size_t>(end_ - at) < bytes) {
+    // Blocks double up to a few megabytes, so that small drawings stay small and large ones take few.
+    constexpr std::size_t kLargestBlock = std::size_t{8} << 20;
+    const std::size_t size = platform::blockSize(std::max(nextBlock_, bytes + alignment));
+    blocks_.reserve(blocks_.size() + 1);
+    blocks_.push_back({platform::allocateBlock(size), size});
+    capacity_ += size;
+    next_ = static_cast<std::byte*>(blocks_.back().memory);
+    end_ = next_ + size;
+    nextBlock_ = std::min(kLargestBlock, std::max(nextBlock_, size) * 2);
+    at = aligned(next_);
+  }
+  next_ = at + bytes;
+  return at;
+}
+
+CComparerStore::~CComparerStore() {
+  for (const Block& block : blocks_) platform::releaseBlock(block.memory, block.bytes);
+}
+
+void CComparerStore::reserve(std::size_t bytes) { nextBlock_ = std::max(nextBlock_, bytes); }
 
 
 

@@ -1,13 +1,42 @@
-// What the comparers of one drawing share: the pool of their texts, and while it is read the work budget for
-// walking into blocks, the blocks being walked, and the warnings the walk gives.
+// What the comparers of one drawing share: the memory they live in, the pool of their texts, and while it is
+// read the work budget for walking into blocks, the blocks being walked, and the warnings the walk gives.
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "comparers/TextPool.h"
 #include "platform/database.h"
+
+// Memory for one drawing's comparers, handed out in order from large blocks that are freed together: a
+// drawing makes hundreds of thousands of comparers and drops them all at once.
+class CComparerStore {
+ public:
+  CComparerStore() = default;
+  ~CComparerStore();
+  CComparerStore(const CComparerStore&) = delete;
+  CComparerStore& operator=(const CComparerStore&) = delete;
+
+  // Room for an object; alignment is a power of two no stricter than the heap's.
+  void* allocate(std::size_t bytes, std::size_t alignment);
+  // The size of the next block, for what a drawing is expected to hold.
+  void reserve(std::size_t bytes);
+  // The bytes of all blocks taken so far.
+  std::size_t capacity() const { return capacity_; }
+
+ private:
+  struct Block {
+    void* memory;
+    std::size_t bytes;
+  };
+  std::vector<Block> blocks_;
+  std::byte* next_ = nullptr;
+  std::byte* end_ = nullptr;
+  std::size_t nextBlock_ = std::size_t{64} << 10;
+  std::size_t capacity_ = 0;
+};
 
 class CReadContext {
  public:
@@ -26,6 +55,8 @@ class CReadContext {
   std::size_t budget() const { return budget_; }
   // What the walk survived, for the run's warnings.
   const std::vector<std::string>& warnings() const { return warnings_; }
+  // The memory of the drawing's comparers; they must be destroyed before this context.
+  CComparerStore& comparers() { return comparers_; }
   // The texts of the drawing's comparers; they live as long as this context.
   CTextPool& texts() { return texts_; }
   const CTextPool& texts() const { return texts_; }
@@ -39,6 +70,7 @@ class CReadContext {
   bool warnedCycle_ = false, warnedNesting_ = false;
   std::vector<platform::ObjectId> walking_;  // the blocks being walked, outermost first
   std::vector<std::string> warnings_;
+  CComparerStore comparers_;
   CTextPool texts_;
 };
 

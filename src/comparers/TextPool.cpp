@@ -29,7 +29,11 @@ std::size_t slotOf(std::string_view text) {
 
 }  // namespace
 
-CTextPool::CTextPool() : starts_{0, 0}, recent_(kRecentSlots, kEmpty) {}
+CTextPool::CTextPool() : recent_(kRecentSlots, kEmpty) {
+  // Id 0 is the empty text: it starts and ends at 0.
+  starts_.push_back(0);
+  starts_.push_back(0);
+}
 
 void CTextPool::reserve(std::size_t bytes, std::size_t texts) {
   bytes_.reserve(bytes);
@@ -52,7 +56,7 @@ CTextPool::Id CTextPool::add(std::string_view text) {
   if (bytes_.size() + text.size() > std::numeric_limits<std::uint32_t>::max() ||
       starts_.size() >= std::numeric_limits<Id>::max())
     throw std::length_error("more comparer texts than one drawing can hold");
-  bytes_.append(text);
+  bytes_.append(text.data(), text.size());
   const auto id = static_cast<Id>(starts_.size() - 1);
   starts_.push_back(static_cast<std::uint32_t>(bytes_.size()));
   return id;

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/pages.h"
+
 // Comparers capture hundreds of thousands of short texts, many of them repeated ("0.00", layer names,
 // "ByBlock") and many unique (coordinates). Texts are appended to one buffer and a comparer keeps ids; a
 // small cache of recent texts lets a repeated text reuse its id, without the cost of indexing every unique
@@ -42,8 +44,9 @@ class CTextPool {
   void reserve(std::size_t bytes, std::size_t texts);
 
  private:
-  std::string bytes_;
-  std::vector<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])
-  std::vector<Id> recent_;             // by hash: the last text added with it (kEmpty: none)
-  std::vector<Id> runs_;
+  // The bulk is kept in pages of its own: a large drawing's texts take tens of megabytes.
+  platform::PageArray<char> bytes_;
+  platform::PageArray<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])
+  std::vector<Id> recent_;                     // by hash: the last text added with it (kEmpty: none)
+  platform::PageArray<Id> runs_;
 };

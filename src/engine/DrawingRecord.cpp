@@ -109,7 +109,7 @@ void CollectComparers(CDrawingRecord& record, const std::vector<platform::Object
         continue;
       }
     }
-    std::unique_ptr<CVkAcadEntityBase> comparer =
+    ComparerPtr comparer =
         createComparer(entity, record.combinedMatrix, record.readContext.get(), record.layerContext.get(),
                        &record.combinedMatrix, &options);
     if (!comparer) continue;

@@ -16,7 +16,7 @@ struct LoadedDrawing {
   std::unique_ptr<platform::Database> db;
   std::unique_ptr<CLayerContext> layers;
   std::unique_ptr<CReadContext> context;
-  std::vector<std::unique_ptr<CVkAcadEntityBase>> comparers;
+  std::vector<ComparerPtr> comparers;
 };
 
 inline LoadedDrawing loadComparers(const TempDir& dir, const std::string& name, const std::string& dxf,

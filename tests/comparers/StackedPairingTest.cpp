@@ -17,8 +17,8 @@ struct Outcome {
 
 // The rule of one key, pair by pair: each destination in turn takes the first unpaired source alike to it;
 // then the destinations left take the sources left, in order.
-Outcome pairOneByOne(std::vector<std::unique_ptr<CVkAcadEntityBase>>& src,
-                     std::vector<std::unique_ptr<CVkAcadEntityBase>>& dst) {
+Outcome pairOneByOne(std::vector<ComparerPtr>& src,
+                     std::vector<ComparerPtr>& dst) {
   std::vector<bool> srcUsed(src.size()), dstUsed(dst.size());
   for (std::size_t d = 0; d < dst.size(); ++d)
     for (std::size_t s = 0; s < src.size(); ++s)
@@ -40,8 +40,8 @@ Outcome pairOneByOne(std::vector<std::unique_ptr<CVkAcadEntityBase>>& src,
   return out;
 }
 
-Outcome pairMaps(std::vector<std::unique_ptr<CVkAcadEntityBase>>& src,
-                 std::vector<std::unique_ptr<CVkAcadEntityBase>>& dst) {
+Outcome pairMaps(std::vector<ComparerPtr>& src,
+                 std::vector<ComparerPtr>& dst) {
   KeyedComparers srcMap, dstMap;
   for (auto& c : src) addByKey(srcMap, std::move(c));
   for (auto& c : dst) addByKey(dstMap, std::move(c));

@@ -38,8 +38,8 @@ struct TextFixture : ::testing::Test {
     return compareText(*b.comparers[0], *a.comparers[0]);
   }
   // The comparers of the attributes of every block reference of model space.
-  std::vector<std::unique_ptr<CVkAcadEntityBase>> attributes(const vktest::LoadedDrawing& d) {
-    std::vector<std::unique_ptr<CVkAcadEntityBase>> out;
+  std::vector<ComparerPtr> attributes(const vktest::LoadedDrawing& d) {
+    std::vector<ComparerPtr> out;
     for (platform::ObjectId id : d.db->blockRecord(d.db->modelSpaceId()).entityIds())
       for (platform::ObjectId a : d.db->openEntity(id).attributes())
         out.push_back(createComparer(d.db->openEntity(a), platform::Matrix3d(), d.context.get(), d.layers.get(), nullptr, &all));

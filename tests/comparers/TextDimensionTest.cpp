@@ -49,7 +49,7 @@ struct DimensionFixture : ::testing::Test {
   // A comparer of the given class made directly for the drawing's first entity, as a factory that tests
   // the exact class would make it.
   template <typename T>
-  std::unique_ptr<CVkAcadEntityBase> direct(const vktest::LoadedDrawing& d) {
+  ComparerPtr direct(const vktest::LoadedDrawing& d) {
     auto c = std::make_unique<T>();
     c->setContexts(d.context.get(), d.layers.get(), nullptr, &all);
     c->load(d.db->openEntity(d.db->blockRecord(d.db->modelSpaceId()).entityIds().at(0)), platform::Matrix3d());

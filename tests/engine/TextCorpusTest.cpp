@@ -24,7 +24,7 @@ struct Annotations {
   std::unique_ptr<platform::Database> db;
   std::unique_ptr<CLayerContext> layers;
   std::unique_ptr<CReadContext> context;
-  std::vector<std::unique_ptr<CVkAcadEntityBase>> comparers;
+  std::vector<ComparerPtr> comparers;
 };
 
 Annotations loadAnnotations(const std::string& path, const CompareOptions& options) {

@@ -1,0 +1,116 @@
+// Memory mappings for page-backed arrays and blocks: huge pages for large ones, the heap in sanitizer builds.
+#include "platform/pages.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#ifdef VK_STORAGE_POISONED
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace platform {
+
+#ifdef VK_STORAGE_FROM_HEAP
+
+namespace {
+// The heap's own copying and freeing must not meet the marks of unused memory.
+void unpoison([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#ifdef VK_STORAGE_POISONED
+  __asan_unpoison_memory_region(block, bytes);
+#endif
+}
+}  // namespace
+
+std::size_t blockSize(std::size_t bytes) { return bytes; }
+
+void* allocateBlock(std::size_t bytes) {
+  void* block = std::malloc(bytes);
+  if (!block) throw std::bad_alloc();
+  return block;
+}
+
+void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  if (newBytes == 0) {
+    releaseBlock(block, oldBytes);
+    return nullptr;
+  }
+  unpoison(block, oldBytes);
+  void* moved = std::realloc(block, newBytes);
+  if (!moved) throw std::bad_alloc();
+  return moved;
+}
+
+void releaseBlock(void* block, std::size_t bytes) {
+  if (!block) return;
+  unpoison(block, bytes);
+  std::free(block);
+}
+
+#ifdef VK_STORAGE_POISONED
+void markUnused(const void* begin, const void* end) {
+  if (begin < end) __asan_poison_memory_region(begin, static_cast<const char*>(end) - static_cast<const char*>(begin));
+}
+
+void markUsed(const void* begin, const void* end) {
+  if (begin < end)
+    __asan_unpoison_memory_region(begin, static_cast<const char*>(end) - static_cast<const char*>(begin));
+}
+#endif
+
+#else
+
+namespace {
+
+// Mappings of this size and more are backed by huge pages where the system offers them: one page fault
+// then fills two megabytes instead of four kilobytes. Smaller ones would round up too much of a small
+// drawing's storage.
+constexpr std::size_t kHugePagesFrom = std::size_t{8} << 20;
+
+void adviseHugePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  if (bytes >= kHugePagesFrom) ::madvise(block, bytes, MADV_HUGEPAGE);  // advice only: failure is harmless
+#endif
+}
+
+}  // namespace
+
+std::size_t blockSize(std::size_t bytes) {
+  static const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  if (bytes > std::numeric_limits<std::size_t>::max() - page) throw std::bad_alloc();
+  return (bytes + page - 1) / page * page;
+}
+
+void* allocateBlock(std::size_t bytes) {
+  void* block = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (block == MAP_FAILED) throw std::bad_alloc();
+  adviseHugePages(block, bytes);
+  return block;
+}
+
+void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
+  if (newBytes == 0) {
+    releaseBlock(block, oldBytes);
+    return nullptr;
+  }
+#ifdef MREMAP_MAYMOVE
+  void* moved = ::mremap(block, oldBytes, newBytes, MREMAP_MAYMOVE);
+  if (moved == MAP_FAILED) throw std::bad_alloc();
+  if (newBytes > oldBytes) adviseHugePages(moved, newBytes);
+  return moved;
+#else
+  void* moved = allocateBlock(newBytes);
+  std::memcpy(moved, block, std::min(oldBytes, newBytes));
+  releaseBlock(block, oldBytes);
+  return moved;
+#endif
+}
+
+void releaseBlock(void* block, std::size_t bytes) {
+  if (block) ::munmap(block, bytes);
+}
+
+#endif
+
+}  // namespace platform
