@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace platform {
 
@@ -70,12 +71,14 @@ Vector3d Matrix3d::transform(const Vector3d& v) const {
 }
 
 bool Matrix3d::isIdentity() const {
-  // Every element is tested without branching: boxes ask this of their transform once or twice each.
+  // Boxes ask this of their transform once or twice each: the identity's own bits answer at once, and
+  // only a matrix with a negative zero somewhere needs its elements compared.
   static constexpr Matrix3d kIdentity;
-  bool same = true;
+  if (std::memcmp(&m_, &kIdentity.m_, sizeof m_) == 0) return true;
   for (int r = 0; r < 4; ++r)
-    for (int c = 0; c < 4; ++c) same &= m_[r][c] == kIdentity.m_[r][c];
-  return same;
+    for (int c = 0; c < 4; ++c)
+      if (m_[r][c] != kIdentity.m_[r][c]) return false;
+  return true;
 }
 
 void Extents3d::addPoint(const Point3d& p) {
