@@ -91,6 +91,7 @@ bool tooSmall(const char* b, const char* e) {
 // Reads a plain decimal ("-12.5", "0.0", "3") of at most 15 significant digits and 22 decimals: its digits
 // and the power of ten are exact as doubles, so one division rounds as reading the text would. False for
 // anything else (more digits, an exponent, a sign '+', damage), which from_chars reads.
+constexpr std::size_t kShortDecimalLength = 17;
 inline bool readShortDecimal(std::string_view v, double& out) {
   static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -397,7 +398,9 @@ inline bool DxfTokenizer::takeValue(RawTag& tag, int code, std::string_view valu
       tag.text = trimSpaces(value);
       return true;
     case TagType::Real:
-      if (readShortDecimal(value, tag.real)) {
+      // A text longer than a sign, a point and fifteen digits seldom has fifteen significant digits or
+      // fewer (writers give most reals all seventeen): such a text goes to the general reader at once.
+      if (value.size() <= kShortDecimalLength && readShortDecimal(value, tag.real)) {
         tag.integer = 0;
         return true;
       }
