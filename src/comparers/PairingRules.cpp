@@ -3,10 +3,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <future>
+#include <iterator>
+#include <system_error>
 
 namespace {
 
 bool handled(const CVkAcadEntityBase& e) { return e.excluded != 0 || e.matched == 1; }
+
+// Below this many destination entities a second thread costs more than it saves.
+constexpr std::size_t kSplitFrom = 8192;
 
 struct Pairing {
   std::vector<std::unique_ptr<CDiffType>>& records;
@@ -103,14 +109,18 @@ void sortByKey(KeyedComparers& comparers) {
                    [](const KeyedComparer& a, const KeyedComparer& b) { return a.key < b.key; });
 }
 
-void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<std::unique_ptr<CDiffType>>& records,
-                        std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds) {
-  Pairing p{records, sourceIds, destinationIds};
+namespace {
+
+using Position = KeyedComparers::iterator;
+
+// Pairs the entities of the keys in [dstFirst, dstLast) with those of the source in [srcFirst, srcLast),
+// which holds every source entity of those keys.
+void pairKeys(Position srcFirst, Position srcLast, Position dstFirst, Position dstLast, Pairing& p) {
   AlikeIndex alike;
   // Both collections are ordered by key: the source's range of each key is found by walking the source
   // alongside the destination instead of searching it.
-  auto srcNext = src.begin();
-  for (auto node = dst.begin(); node != dst.end();) {
+  auto srcNext = srcFirst;
+  for (auto node = dstFirst; node != dstLast;) {
     const std::uint64_t key = node->key;
     // Only destination entities are tested for an empty key: such an entity is never compared.
     if (key == 0 || handled(*node->comparer)) {
@@ -118,12 +128,12 @@ void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<st
       continue;
     }
     auto dstBegin = node, dstEnd = node;
-    while (dstBegin != dst.begin() && std::prev(dstBegin)->key == key) --dstBegin;
-    while (dstEnd != dst.end() && dstEnd->key == key) ++dstEnd;
-    while (srcNext != src.end() && srcNext->key < key) ++srcNext;
+    while (dstBegin != dstFirst && std::prev(dstBegin)->key == key) --dstBegin;
+    while (dstEnd != dstLast && dstEnd->key == key) ++dstEnd;
+    while (srcNext != srcLast && srcNext->key < key) ++srcNext;
     const auto srcBegin = srcNext;
     auto srcEnd = srcBegin;
-    while (srcEnd != src.end() && srcEnd->key == key) ++srcEnd;
+    while (srcEnd != srcLast && srcEnd->key == key) ++srcEnd;
     const bool oneSource = srcBegin != srcEnd && std::next(srcBegin) == srcEnd;
     const bool oneDestination = std::next(dstBegin) == dstEnd;
     if (oneSource && oneDestination) {
@@ -142,6 +152,41 @@ void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<st
       }
     }
     node = dstEnd;  // every entity of this key has been dealt with
+  }
+}
+
+}  // namespace
+
+void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<std::unique_ptr<CDiffType>>& records,
+                        std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds,
+                        PairingThreads threads) {
+  Pairing p{records, sourceIds, destinationIds};
+  if (threads == PairingThreads::One || dst.size() < kSplitFrom) {
+    pairKeys(src.begin(), src.end(), dst.begin(), dst.end(), p);
+  } else {
+    // The keys are split in two at a key boundary, and the upper half is paired on a thread of its own:
+    // no entity takes part in both halves. Its records follow those of the lower half, as one walk of
+    // the keys would give them.
+    auto dstMiddle = dst.begin() + static_cast<std::ptrdiff_t>(dst.size() / 2);
+    while (dstMiddle != dst.end() && std::prev(dstMiddle)->key == dstMiddle->key) ++dstMiddle;
+    const auto srcMiddle = dstMiddle == dst.end() ? src.end()
+                                                  : std::lower_bound(src.begin(), src.end(), dstMiddle->key,
+                                                                     [](const KeyedComparer& e, std::uint64_t key) { return e.key < key; });
+    std::vector<std::unique_ptr<CDiffType>> upperRecords;
+    std::vector<platform::ObjectId> upperSourceIds, upperDestinationIds;
+    Pairing upper{upperRecords, sourceIds ? &upperSourceIds : nullptr, destinationIds ? &upperDestinationIds : nullptr};
+    const auto pairUpper = [&] { pairKeys(srcMiddle, src.end(), dstMiddle, dst.end(), upper); };
+    std::future<void> upperDone;
+    try {
+      upperDone = std::async(std::launch::async, pairUpper);
+    } catch (const std::system_error&) {
+      upperDone = std::async(std::launch::deferred, pairUpper);
+    }
+    pairKeys(src.begin(), srcMiddle, dst.begin(), dstMiddle, p);
+    upperDone.get();
+    records.insert(records.end(), std::make_move_iterator(upperRecords.begin()), std::make_move_iterator(upperRecords.end()));
+    if (sourceIds) sourceIds->insert(sourceIds->end(), upperSourceIds.begin(), upperSourceIds.end());
+    if (destinationIds) destinationIds->insert(destinationIds->end(), upperDestinationIds.begin(), upperDestinationIds.end());
   }
   p.unpaired(dst, kDiffAdded, "新增,");
   p.unpaired(src, kDiffDeleted, "删除,");

@@ -4,6 +4,8 @@
 // edited, deleted or added) are compared both ways round, as R2000 and as R2018 drawings. What the runs
 // write is held against the expectations in tests/data/large_compare/, which record the output as it must
 // stay: any change to a record's text, to the order of the records or to what the command line shows fails.
+// Collections this large are paired on two threads, so the expectations also hold that path to the order
+// one walk of the keys gives.
 //
 // Each expectation file holds, for each of the three outputs, its line count and the FNV-1a digest of all
 // its bytes, and the full text of its first and last lines (the whole text when it is short). Stored lines
