@@ -1,11 +1,15 @@
-// The comparer text pool and the number that orders key texts.
+// The comparer text pool, the comparer store and the number that orders key texts.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "comparers/CVkAcDbLine.h"
 #include "comparers/CVkAcadEntityBase.h"
+#include "comparers/ReadContext.h"
 #include "comparers/TextPool.h"
 
 TEST(TextPool, TextsSurviveTheBufferGrowingAndRepeatsShareIds) {
@@ -22,6 +26,44 @@ TEST(TextPool, TextsSurviveTheBufferGrowingAndRepeatsShareIds) {
   const CTextPool::Id a = pool.intern("0.00,0.00,1.00");
   EXPECT_EQ(pool.intern("0.00,0.00,1.00"), a);
   EXPECT_NE(pool.add("0.00,0.00,1.00"), a);
+}
+
+TEST(ComparerStore, PlacesAlignedObjectsApartAcrossBlocks) {
+  CComparerStore store;
+  struct Placed {
+    unsigned char* at;
+    std::size_t bytes;
+    unsigned char mark;
+  };
+  std::vector<Placed> placed;
+  std::mt19937 rng(7);
+  // Far more than the first block holds, with some objects larger than it, so that blocks are added.
+  for (int i = 0; i < 20000; ++i) {
+    const std::size_t bytes = i % 997 == 0 ? (std::size_t{1} << 17) : 1 + rng() % 300;
+    const std::size_t alignment = std::size_t{1} << (rng() % 5);  // 1 to 16
+    auto* at = static_cast<unsigned char*>(store.allocate(bytes, alignment));
+    ASSERT_EQ(reinterpret_cast<std::uintptr_t>(at) % alignment, 0u);
+    const auto mark = static_cast<unsigned char>(i);
+    std::memset(at, mark, bytes);
+    placed.push_back({at, bytes, mark});
+  }
+  // Writing any object left every other intact: no two overlap.
+  for (const Placed& p : placed)
+    for (std::size_t b = 0; b < p.bytes; b += 37) ASSERT_EQ(p.at[b], p.mark);
+  EXPECT_GT(store.capacity(), std::size_t{20000} * 150);
+}
+
+TEST(ComparerStore, ComparersLiveInTheirContextsStoreOrOnTheHeap) {
+  CReadContext context("a drawing", 1000);
+  {
+    ComparerPtr stored = makeComparer<CVkAcDbLine>(&context);
+    ComparerPtr onHeap = makeComparer<CVkAcDbLine>(nullptr);
+    ComparerPtr fromUniquePtr = std::make_unique<CVkAcDbLine>();
+    ASSERT_TRUE(stored && onHeap && fromUniquePtr);
+    // Each is destroyed its own way as it goes out of scope; a heap delete of stored memory, or none of heap
+    // memory, is what the sanitizer build would report.
+  }
+  EXPECT_GE(context.comparers().capacity(), std::size_t{224} * 1000) << "the first block is sized for the drawing";
 }
 
 TEST(TextPool, RunsHoldTheirIdsInOrder) {
