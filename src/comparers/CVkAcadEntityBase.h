@@ -134,7 +134,7 @@ class CVkAcadEntityBase {
   // Whether this comparer's text `mine` equals the other comparer's text `theirs`.
   bool sameText(TextId mine, const CVkAcadEntityBase& other, TextId theirs) const {
     if (readerContext_ == other.readerContext_ && mine == theirs) return true;
-    return text(mine) == other.text(theirs);
+    return CTextPool::equal(text(mine), other.text(theirs));
   }
 
   const char* description_ = "";  // a display name of the static table

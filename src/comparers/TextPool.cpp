@@ -45,7 +45,7 @@ CTextPool::Id CTextPool::intern(std::string_view text) {
   if (text.empty()) return kEmpty;
   const bool cached = text.size() <= kCachedLength;
   const std::size_t slot = cached ? slotOf(text) : 0;
-  if (cached && recent_[slot] != kEmpty && view(recent_[slot]) == text) return recent_[slot];
+  if (cached && recent_[slot] != kEmpty && equal(view(recent_[slot]), text)) return recent_[slot];
   const Id id = add(text);
   if (cached) recent_[slot] = id;
   return id;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,22 @@ class CTextPool {
   // A new id for a text that is unlikely to be repeated (a key of coordinates), without the cache.
   Id add(std::string_view text);
   std::string_view view(Id id) const { return {bytes_.data() + starts_[id], starts_[id + 1] - starts_[id]}; }
+  // Whether two texts are equal: the pool's texts are short, and comparing them word by word in place
+  // costs less than a call to the library's comparison.
+  static bool equal(std::string_view a, std::string_view b) {
+    const std::size_t n = a.size();
+    if (n != b.size()) return false;
+    const char* x = a.data();
+    const char* y = b.data();
+    if (n >= 8) {
+      if (n > 16) return std::memcmp(x, y, n) == 0;
+      return load<std::uint64_t>(x) == load<std::uint64_t>(y) && load<std::uint64_t>(x + n - 8) == load<std::uint64_t>(y + n - 8);
+    }
+    if (n >= 4) return load<std::uint32_t>(x) == load<std::uint32_t>(y) && load<std::uint32_t>(x + n - 4) == load<std::uint32_t>(y + n - 4);
+    for (std::size_t i = 0; i < n; ++i)
+      if (x[i] != y[i]) return false;
+    return true;
+  }
 
   // Runs of ids (a comparer's detail texts and lists): the run's first position and its length.
   struct Run {
@@ -44,6 +61,13 @@ class CTextPool {
   void reserve(std::size_t bytes, std::size_t texts);
 
  private:
+  template <class Word>
+  static Word load(const char* at) {
+    Word w;
+    std::memcpy(&w, at, sizeof w);
+    return w;
+  }
+
   // The bulk is kept in pages of its own: a large drawing's texts take tens of megabytes.
   platform::PageArray<char> bytes_;
   platform::PageArray<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])

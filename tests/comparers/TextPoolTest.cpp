@@ -66,6 +66,20 @@ TEST(ComparerStore, ComparersLiveInTheirContextsStoreOrOnTheHeap) {
   EXPECT_GE(context.comparers().capacity(), std::size_t{224} * 1000) << "the first block is sized for the drawing";
 }
 
+TEST(TextPool, EqualTellsTextsApartAtEveryLengthAndPlace) {
+  for (std::size_t n = 0; n <= 40; ++n) {
+    std::string a(n, 'a');
+    for (std::size_t i = 0; i < n; ++i) a[i] = static_cast<char>('a' + i % 26);
+    ASSERT_TRUE(CTextPool::equal(a, std::string(a)));
+    ASSERT_FALSE(CTextPool::equal(a, a + "x"));
+    for (std::size_t i = 0; i < n; ++i) {
+      std::string b = a;
+      b[i] = '#';
+      ASSERT_FALSE(CTextPool::equal(a, b)) << "length " << n << ", differing at " << i;
+    }
+  }
+}
+
 TEST(TextPool, RunsHoldTheirIdsInOrder) {
   CTextPool pool;
   const std::uint32_t first = pool.openRun();
