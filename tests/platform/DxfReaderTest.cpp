@@ -2,9 +2,12 @@
 // tree, the group list, and clear errors or warnings for damaged files.
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <random>
 #include <set>
 
 #include "platform/database.h"
@@ -89,6 +92,53 @@ TEST(DxfReader, AsciiToleratesCrlfPaddedCodesAndIntegersWrittenAsReals) {
   EXPECT_EQ(ents[0].colorIndex(), 3);
   EXPECT_EQ(ents[0].point(Accessor::startPoint), Point3d(1.25, -2, 0));
   EXPECT_EQ(ents[0].point(Accessor::endPoint), Point3d(40, 5, 0));
+}
+
+TEST(DxfReader, RealsReadAsTheNearestDoubleOfTheirText) {
+  // Texts of every kind the reader takes apart by hand: the shortest text of a double (most writers give
+  // seventeen digits), fixed texts of many places, nineteen-digit texts at random, and nineteen-digit texts
+  // cut from the exact midpoint between two doubles, where reading twice rounded would go wrong.
+  std::vector<std::string> texts;
+  std::mt19937_64 rng(20261123);
+  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  std::uniform_int_distribution<int> exponent(-8, 12);
+  for (int i = 0; i < 4000; ++i) {
+    const double v = unit(rng) * std::pow(10.0, exponent(rng));
+    char buf[128];
+    const auto shortest = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed);
+    texts.emplace_back(buf, shortest.ptr);
+    std::snprintf(buf, sizeof buf, "%.*f", static_cast<int>(rng() % 28), v);
+    texts.emplace_back(buf);
+    const std::string digits = std::to_string(rng() % 10000000000000000000ULL);
+    const std::size_t decimals = rng() % std::min<std::size_t>(digits.size() + 1, 28);
+    texts.push_back(digits.substr(0, digits.size() - decimals) + "." + digits.substr(digits.size() - decimals));
+    const double d = std::fabs(v) + 1.0;
+    const long double midpoint = (static_cast<long double>(d) + std::nextafter(d, 2 * d)) / 2;
+    std::snprintf(buf, sizeof buf, "%.40Lf", midpoint);
+    std::string near(buf);
+    std::size_t significant = 0, cut = 0;
+    while (cut < near.size() && significant < 19) significant += near[cut++] != '.';
+    texts.push_back(near.substr(0, cut));
+  }
+  std::string entities;
+  for (std::size_t i = 0; i + 1 < texts.size(); i += 2)
+    entities += "0|LINE|8|0|10|" + texts[i] + "|20|0|30|0|11|" + texts[i + 1] + "|21|0|31|0|";
+  entities.pop_back();
+  TempDir dir;
+  auto db = readDxfText(dir, "reals.dxf", dxfDrawing(entities));
+  ASSERT_TRUE(db);
+  const auto lines = modelEntities(*db);
+  ASSERT_EQ(lines.size(), texts.size() / 2);
+  const auto expected = [](const std::string& text) {
+    double value = 0.0;
+    const char* begin = text.data() + (text[0] == '-');
+    std::from_chars(begin, text.data() + text.size(), value);
+    return text[0] == '-' ? -value : value;
+  };
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    ASSERT_EQ(lines[i].point(Accessor::startPoint).x, expected(texts[2 * i])) << texts[2 * i];
+    ASSERT_EQ(lines[i].point(Accessor::endPoint).x, expected(texts[2 * i + 1])) << texts[2 * i + 1];
+  }
 }
 
 TEST(DxfReader, BinaryFilesOfBothCodeWidthsReadAlike) {

@@ -88,11 +88,16 @@ bool tooSmall(const char* b, const char* e) {
   return lead + exponent < 0;
 }
 
-// Reads a plain decimal ("-12.5", "0.0", "3") of at most 15 significant digits and 22 decimals: its digits
-// and the power of ten are exact as doubles, so one division rounds as reading the text would. False for
-// anything else (more digits, an exponent, a sign '+', damage), which from_chars reads.
-constexpr std::size_t kShortDecimalLength = 17;
-inline bool readShortDecimal(std::string_view v, double& out) {
+// Reads a plain decimal ("-12.5", "0.0", "3", "25139.439313888317") of at most 19 significant digits and 27
+// decimals, exactly as from_chars would; false for anything else (more digits, an exponent, a sign '+',
+// damage) and for the rare text this cannot settle, which from_chars then reads.
+//
+// The digits D and the power of ten P = 10^d are exact integers. With at most 15 digits and 22 decimals both
+// are exact doubles, so D / P rounded once is the double the text names. Writers mostly give all seventeen
+// digits: then D and P are exact in the 64-bit significand of the x87 extended type, D / P is within half of
+// its last place of the true quotient, and rounding that to a double gives the double the text names unless
+// a midpoint between two doubles lies that close, which the eleven bits below the double's last place tell.
+inline bool readPlainDecimal(std::string_view v, double& out) {
   static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
   const char* p = v.data();
@@ -107,7 +112,7 @@ inline bool readShortDecimal(std::string_view v, double& out) {
     if (d <= 9) {
       any = true;
       if (digits != 0 || d != 0) ++count;
-      if (count > 15) return false;
+      if (count > 19) return false;
       digits = digits * 10 + d;
       decimals += point;
     } else if (*p == '.' && !point) {
@@ -116,8 +121,33 @@ inline bool readShortDecimal(std::string_view v, double& out) {
       return false;
     }
   }
-  if (!any || decimals > 22) return false;
-  const double value = static_cast<double>(digits) / kPowers[decimals];
+  if (!any || decimals > 27) return false;
+  double value;
+  if (count <= 15 && decimals <= 22) {
+    value = static_cast<double>(digits) / kPowers[decimals];
+  } else {
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+    static_assert(std::numeric_limits<long double>::digits == 64, "the x87 extended type");
+    static constexpr auto kLongPowers = [] {
+      std::array<long double, 28> powers{};
+      long double p10 = 1.0L;
+      for (long double& power : powers) {
+        power = p10;
+        p10 *= 10.0L;
+      }
+      return powers;
+    }();
+    const long double quotient = static_cast<long double>(digits) / kLongPowers[decimals];
+    // The significand's eleven bits below a double's last place: 0x400 is a midpoint between two doubles.
+    std::uint64_t significand;
+    std::memcpy(&significand, &quotient, sizeof significand);
+    const std::uint64_t below = significand & 0x7FF;
+    if (below >= 0x3FF && below <= 0x401) return false;
+    value = static_cast<double>(quotient);
+#else
+    return false;
+#endif
+  }
   out = negative ? -value : value;
   return true;
 }
@@ -398,9 +428,7 @@ inline bool DxfTokenizer::takeValue(RawTag& tag, int code, std::string_view valu
       tag.text = trimSpaces(value);
       return true;
     case TagType::Real:
-      // A text longer than a sign, a point and fifteen digits seldom has fifteen significant digits or
-      // fewer (writers give most reals all seventeen): such a text goes to the general reader at once.
-      if (value.size() <= kShortDecimalLength && readShortDecimal(value, tag.real)) {
+      if (readPlainDecimal(value, tag.real)) {
         tag.integer = 0;
         return true;
       }
