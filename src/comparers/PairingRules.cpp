@@ -12,7 +12,7 @@ namespace {
 bool handled(const CVkAcadEntityBase& e) { return e.excluded != 0 || e.matched == 1; }
 
 // Below this many destination entities a second thread costs more than it saves.
-constexpr std::size_t kSplitFrom = 8192;
+constexpr std::size_t kSplitFrom = 16384;
 
 struct Pairing {
   std::vector<std::unique_ptr<CDiffType>>& records;
