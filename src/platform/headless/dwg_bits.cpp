@@ -1,0 +1,357 @@
+// Bit-level reading of DWG data: the packed value types and the checksums.
+#include "platform/headless/dwg_bits.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace headless {
+
+namespace {
+
+bool atLeast(DwgVersion version, DwgVersion release) { return version >= release; }
+
+// Lookup tables of the two reflected CRCs, built at compile time from their polynomials.
+template <typename Word, Word polynomial>
+constexpr std::array<Word, 256> reflectedCrcTable() {
+  std::array<Word, 256> table{};
+  for (unsigned i = 0; i < 256; ++i) {
+    Word value = static_cast<Word>(i);
+    for (int bit = 0; bit < 8; ++bit) value = (value & 1) ? static_cast<Word>((value >> 1) ^ polynomial) : value >> 1;
+    table[i] = value;
+  }
+  return table;
+}
+constexpr auto kCrc16Table = reflectedCrcTable<std::uint16_t, 0xA001>();
+constexpr auto kCrc32Table = reflectedCrcTable<std::uint32_t, 0xEDB88320u>();
+
+}  // namespace
+
+bool DwgBitReader::take(std::size_t bits) {
+  if (failed_ || bits > bitSize() - bit_) {
+    fail();
+    return false;
+  }
+  return true;
+}
+
+void DwgBitReader::setBitPosition(std::size_t bit) {
+  if (bit > bitSize()) {
+    fail();
+    return;
+  }
+  bit_ = bit;
+}
+
+void DwgBitReader::alignToByte() {
+  const std::size_t aligned = (bit_ + 7) & ~std::size_t(7);
+  bit_ = aligned <= bitSize() ? aligned : bitSize();
+}
+
+// The 8 bits at the position; the caller has made sure they are there.
+std::uint8_t DwgBitReader::peekByte() const {
+  const std::size_t byte = bit_ >> 3;
+  const unsigned shift = bit_ & 7;
+  if (shift == 0) return data_[byte];
+  return static_cast<std::uint8_t>((data_[byte] << shift) | (data_[byte + 1] >> (8 - shift)));
+}
+
+std::uint64_t DwgBitReader::readRawBytes(int count) {
+  if (!take(static_cast<std::size_t>(count) * 8)) return 0;
+  std::uint64_t value = 0;
+  for (int i = 0; i < count; ++i, bit_ += 8) value |= std::uint64_t(peekByte()) << (8 * i);
+  return value;
+}
+
+bool DwgBitReader::readBit() {
+  if (!take(1)) return false;
+  const bool value = (data_[bit_ >> 3] >> (7 - (bit_ & 7))) & 1;
+  ++bit_;
+  return value;
+}
+
+std::uint8_t DwgBitReader::readBitPair() {
+  const std::uint8_t high = readBit();
+  return static_cast<std::uint8_t>((high << 1) | readBit());
+}
+
+std::uint8_t DwgBitReader::readBitTriplet() {
+  std::uint8_t value = 0;
+  for (int i = 0; i < 3; ++i) {
+    const bool bit = readBit();
+    value = static_cast<std::uint8_t>((value << 1) | bit);
+    if (!bit) break;
+  }
+  return value;
+}
+
+std::uint8_t DwgBitReader::readRawChar() {
+  if (!take(8)) return 0;
+  const std::uint8_t value = peekByte();
+  bit_ += 8;
+  return value;
+}
+
+std::int16_t DwgBitReader::readRawShort() { return static_cast<std::int16_t>(readRawBytes(2)); }
+std::int32_t DwgBitReader::readRawLong() { return static_cast<std::int32_t>(readRawBytes(4)); }
+double DwgBitReader::readRawDouble() { return std::bit_cast<double>(readRawBytes(8)); }
+
+std::int16_t DwgBitReader::readBitShort() {
+  switch (readBitPair()) {
+    case 0: return readRawShort();
+    case 1: return readRawChar();
+    case 2: return 0;
+    default: return 256;
+  }
+}
+
+std::int32_t DwgBitReader::readBitLong() {
+  switch (readBitPair()) {
+    case 0: return readRawLong();
+    case 1: return readRawChar();
+    case 2: return 0;
+    default: fail(); return 0;
+  }
+}
+
+std::uint64_t DwgBitReader::readBitLongLong() { return readRawBytes(readBitTriplet()); }
+
+double DwgBitReader::readBitDouble() {
+  switch (readBitPair()) {
+    case 0: return readRawDouble();
+    case 1: return 1.0;
+    case 2: return 0.0;
+    default: fail(); return 0.0;
+  }
+}
+
+double DwgBitReader::readDoubleWithDefault(double defaultValue) {
+  std::uint64_t bits = std::bit_cast<std::uint64_t>(defaultValue);
+  switch (readBitPair()) {
+    case 0: return defaultValue;
+    case 1:  // the low four bytes are replaced
+      bits = (bits & 0xFFFFFFFF00000000ull) | readRawBytes(4);
+      break;
+    case 2: {  // bytes 4 and 5 first, then the low four bytes
+      const std::uint64_t middle = readRawBytes(2);
+      const std::uint64_t low = readRawBytes(4);
+      bits = (bits & 0xFFFF000000000000ull) | (middle << 32) | low;
+      break;
+    }
+    default: return readRawDouble();
+  }
+  return failed_ ? 0.0 : std::bit_cast<double>(bits);
+}
+
+std::uint64_t DwgBitReader::readUnsignedModularChar() {
+  std::uint64_t value = 0;
+  for (int shift = 0; shift < 64; shift += 7) {
+    const std::uint8_t byte = readRawChar();
+    value |= std::uint64_t(byte & 0x7F) << shift;
+    if (!(byte & 0x80)) return failed_ ? 0 : value;
+  }
+  fail();  // more groups than 64 bits hold
+  return 0;
+}
+
+std::int64_t DwgBitReader::readModularChar() {
+  std::uint64_t value = 0;
+  for (int shift = 0; shift < 64; shift += 7) {
+    const std::uint8_t byte = readRawChar();
+    if (failed_) return 0;
+    if (byte & 0x80) {
+      value |= std::uint64_t(byte & 0x7F) << shift;
+      continue;
+    }
+    value |= std::uint64_t(byte & 0x3F) << shift;
+    // Negated in unsigned arithmetic: the conversion back is exact even for the most negative value.
+    return static_cast<std::int64_t>((byte & 0x40) ? 0 - value : value);
+  }
+  fail();
+  return 0;
+}
+
+std::uint32_t DwgBitReader::readModularShort() {
+  std::uint64_t value = 0;
+  for (int shift = 0; shift < 32; shift += 15) {
+    const auto word = static_cast<std::uint16_t>(readRawBytes(2));
+    value |= std::uint64_t(word & 0x7FFF) << shift;
+    if (!(word & 0x8000)) {
+      if (failed_ || value > 0xFFFFFFFFu) break;
+      return static_cast<std::uint32_t>(value);
+    }
+  }
+  fail();
+  return 0;
+}
+
+DwgHandleRef DwgBitReader::readHandle(std::uint64_t referenceHandle) {
+  const std::uint8_t first = readRawChar();
+  DwgHandleRef ref;
+  ref.code = first >> 4;
+  const int length = first & 0x0F;
+  if (length > 8) {
+    fail();
+    return {};
+  }
+  // The handle's bytes come most significant first.
+  std::uint64_t value = 0;
+  for (int i = 0; i < length; ++i) value = (value << 8) | readRawChar();
+  if (failed_) return {};
+  switch (ref.code) {
+    case 0x6: ref.handle = referenceHandle + 1; break;
+    case 0x8: ref.handle = referenceHandle - 1; break;
+    case 0xA: ref.handle = referenceHandle + value; break;
+    case 0xC: ref.handle = referenceHandle - value; break;
+    default: ref.handle = value; break;
+  }
+  return ref;
+}
+
+void DwgBitReader::readText(std::string& out) {
+  const auto length = static_cast<std::uint16_t>(readBitShort());
+  out.clear();
+  if (!take(std::size_t(length) * 8)) return;
+  out.resize(length);
+  if ((bit_ & 7) == 0) {
+    if (length > 0) std::memcpy(out.data(), data_.data() + bit_ / 8, length);
+    bit_ += std::size_t(length) * 8;
+    return;
+  }
+  for (char& c : out) {
+    c = static_cast<char>(peekByte());
+    bit_ += 8;
+  }
+}
+
+void DwgBitReader::readUnicodeText(std::u16string& out) {
+  const auto length = static_cast<std::uint16_t>(readBitShort());
+  out.clear();
+  if (!take(std::size_t(length) * 16)) return;
+  out.resize(length);
+  for (char16_t& c : out) c = static_cast<char16_t>(readRawBytes(2));
+}
+
+DwgColor DwgBitReader::readColor() {
+  DwgColor color;
+  color.index = readBitShort();
+  if (atLeast(version_, DwgVersion::R2004)) {
+    color.rgb = static_cast<std::uint32_t>(readBitLong());
+    color.flags = readRawChar();
+  }
+  return color;
+}
+
+DwgEntityColor DwgBitReader::readEntityColor() {
+  DwgEntityColor color;
+  const auto number = static_cast<std::uint16_t>(readBitShort());
+  if (!atLeast(version_, DwgVersion::R2004)) {
+    color.index = static_cast<std::int16_t>(number);
+    return color;
+  }
+  color.index = static_cast<std::int16_t>(number & 0x1FF);
+  color.hasRgb = (number & 0x8000) != 0;
+  color.hasColorReference = (number & 0x4000) != 0;
+  color.hasTransparency = (number & 0x2000) != 0;
+  if (color.hasRgb) color.rgb = static_cast<std::uint32_t>(readBitLong());
+  if (color.hasTransparency) color.transparency = static_cast<std::uint32_t>(readBitLong());
+  return color;
+}
+
+DwgPoint3 DwgBitReader::readExtrusion() {
+  if (atLeast(version_, DwgVersion::R2000) && readBit()) return {0, 0, 1};
+  return read3BitDoubles();
+}
+
+double DwgBitReader::readThickness() {
+  if (atLeast(version_, DwgVersion::R2000) && readBit()) return 0.0;
+  return readBitDouble();
+}
+
+std::uint16_t DwgBitReader::readObjectType() {
+  if (!atLeast(version_, DwgVersion::R2010)) return static_cast<std::uint16_t>(readBitShort());
+  switch (readBitPair()) {
+    case 0: return readRawChar();
+    case 1: return static_cast<std::uint16_t>(readRawChar() + 0x1F0);
+    default: return static_cast<std::uint16_t>(readRawShort());
+  }
+}
+
+DwgPoint2 DwgBitReader::readRaw2Doubles() {
+  DwgPoint2 p;
+  p.x = readRawDouble();
+  p.y = readRawDouble();
+  return p;
+}
+
+DwgPoint2 DwgBitReader::read2DoublesWithDefault(const DwgPoint2& defaults) {
+  DwgPoint2 p;
+  p.x = readDoubleWithDefault(defaults.x);
+  p.y = readDoubleWithDefault(defaults.y);
+  return p;
+}
+
+DwgPoint3 DwgBitReader::read3BitDoubles() {
+  DwgPoint3 p;
+  p.x = readBitDouble();
+  p.y = readBitDouble();
+  p.z = readBitDouble();
+  return p;
+}
+
+DwgPoint3 DwgBitReader::read3DoublesWithDefault(const DwgPoint3& defaults) {
+  DwgPoint3 p;
+  p.x = readDoubleWithDefault(defaults.x);
+  p.y = readDoubleWithDefault(defaults.y);
+  p.z = readDoubleWithDefault(defaults.z);
+  return p;
+}
+
+DwgPoint3 DwgBitReader::readRaw3Doubles() {
+  DwgPoint3 p;
+  p.x = readRawDouble();
+  p.y = readRawDouble();
+  p.z = readRawDouble();
+  return p;
+}
+
+bool findStringStream(std::span<const std::uint8_t> data, std::size_t dataBeginBit, std::size_t endBit,
+                      DwgStringStream& stream) {
+  stream = {};
+  DwgBitReader reader(data, DwgVersion::R2007);
+  if (endBit < dataBeginBit + 1 || endBit > reader.bitSize()) return false;
+  reader.setBitPosition(endBit - 1);
+  if (!reader.readBit()) return true;  // no texts
+  // The size (in bits) is a short before the flag; with its top bit set, a second short before it holds
+  // the bits above the first fifteen.
+  if (endBit < dataBeginBit + 17) return false;
+  std::size_t sizePosition = endBit - 17;
+  reader.setBitPosition(sizePosition);
+  std::uint64_t size = static_cast<std::uint16_t>(reader.readRawShort());
+  if (size & 0x8000) {
+    if (sizePosition < dataBeginBit + 16) return false;
+    sizePosition -= 16;
+    reader.setBitPosition(sizePosition);
+    const auto high = static_cast<std::uint16_t>(reader.readRawShort());
+    size = (size & 0x7FFF) | (std::uint64_t(high) << 15);
+  }
+  if (reader.failed() || size > sizePosition - dataBeginBit) return false;
+  stream.present = true;
+  stream.beginBit = sizePosition - size;
+  stream.endBit = sizePosition;
+  return true;
+}
+
+std::uint16_t dwgCrc8(std::uint16_t seed, std::span<const std::uint8_t> data) {
+  std::uint16_t crc = seed;
+  for (std::uint8_t byte : data) crc = static_cast<std::uint16_t>((crc >> 8) ^ kCrc16Table[(crc ^ byte) & 0xFF]);
+  return crc;
+}
+
+std::uint32_t dwgCrc32(std::uint32_t seed, std::span<const std::uint8_t> data) {
+  std::uint32_t inverted = ~seed;
+  for (std::uint8_t byte : data) inverted = (inverted >> 8) ^ kCrc32Table[(inverted ^ byte) & 0xFF];
+  return ~inverted;
+}
+
+}  // namespace headless
