@@ -1,9 +1,12 @@
 // The headless host's drawing database: answers the platform's questions from the stored groups.
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 
+#include "platform/headless/dwg_container.h"
 #include "platform/headless/dxf_data.h"
 #include "platform/headless/dxf_extents.h"
 #include "platform/headless/dxf_groups.h"
@@ -65,7 +68,16 @@ std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& re
   report = ReadReport();
   const std::string_view ext = path.size() >= 4 ? std::string_view(path).substr(path.size() - 4) : std::string_view();
   if (equalsIgnoreCase(ext, ".dwg")) {
-    report.error = path + ": DWG drawings cannot be read yet; save the drawing as DXF (any release from R12 to R2018)";
+    // Files that are no R13+ DWG are told apart by their first bytes, so their message says what they are.
+    std::array<std::uint8_t, 6> signature{};
+    std::string problem;
+    if (std::ifstream in(path, std::ios::binary); in.is_open()) {
+      in.read(reinterpret_cast<char*>(signature.data()), signature.size());
+      problem = headless::dwgSignatureProblem(std::span(signature).first(static_cast<std::size_t>(in.gcount())));
+    }
+    report.error = path + ": " +
+                   (problem.empty() ? "DWG drawings cannot be read yet; save the drawing as DXF (any release from R12 to R2018)"
+                                    : problem);
     return nullptr;
   }
   auto data = std::make_unique<DatabaseData>();

@@ -21,6 +21,7 @@ constexpr std::size_t kSectionRecordBytes = 64, kSectionPageBytes = 56;
 
 // The fields of the decoded file header this reader needs.
 struct FileHeader {
+  std::uint64_t fileSize = 0;
   std::uint64_t pageMapFactor = 0, pageMapOffset = 0, pageMapStored = 0, pageMapSize = 0;
   std::uint64_t sectionMapId = 0, sectionMapStored = 0, sectionMapSize = 0, sectionMapFactor = 0;
 };
@@ -79,6 +80,7 @@ bool R2007Reader::decodeFileHeader(std::span<const std::uint8_t> stored, std::st
     problem = std::string("cannot be decompressed: ") + result.error;
     return false;
   }
+  header_.fileSize = le64(fields.data() + 0x08);
   header_.pageMapFactor = le64(fields.data() + 0x18);
   header_.pageMapOffset = le64(fields.data() + 0x38);
   header_.pageMapStored = le64(fields.data() + 0x50);
@@ -256,6 +258,9 @@ bool R2007Reader::read(std::string& error) {
     }
     context_.warn("file header at 0x80", problem + "; its copy at the end of the file is used");
   }
+  if (header_.fileSize > file_.size())
+    context_.warn("the file", "ends " + std::to_string(header_.fileSize - file_.size()) +
+                                  " bytes before the size its header gives (was it cut short?)");
   if (!readPageMap(error)) return false;
   const Page* sectionMapPage = findPage(static_cast<std::int64_t>(header_.sectionMapId));
   if (!sectionMapPage) {
