@@ -372,8 +372,8 @@ bool readDwgContainer(const std::string& path, DwgSections& out, std::string& er
 std::vector<DwgObjectLocation> readObjectMap(const DwgSections& sections, std::vector<std::string>& warnings) {
   const auto map = sections.handles;
   std::vector<DwgObjectLocation> locations;
-  // Each entry takes at least two bytes, which bounds what the map can hold.
-  locations.reserve(map.size() / 2);
+  // Entries take two to four bytes in real maps.
+  locations.reserve(map.size() / 3);
   const std::string where = sections.fileName + ": object map ";
   std::size_t at = 0;
   while (at + 2 <= map.size()) {
@@ -416,6 +416,9 @@ DwgObjectWalk walkObjects(const DwgSections& sections) {
   const bool handleStreamSize = sections.version >= DwgVersion::R2010;
   const std::string where = sections.fileName + ": object ";
   WarningTally outside("objects"), unreadable("objects"), badCrc("objects");
+  // Objects of a sound file do not overlap, so the CRCs together cover the section about once. A map
+  // whose objects cover it many times over would cost its size squared: the walk stops instead.
+  std::uint64_t checkBudget = 4 * std::uint64_t(objects.size()) + (1u << 20);
   for (const DwgObjectLocation& location : map) {
     auto name = [&] { return where + "handle " + dwg::hex(location.handle) + " at " + dwg::hex(location.offset); };
     if (location.offset >= objects.size()) {
@@ -438,6 +441,11 @@ DwgObjectWalk walkObjects(const DwgSections& sections) {
       continue;
     }
     const std::size_t crcAt = dataBegin + object.size;
+    if (crcAt - location.offset > checkBudget) {
+      walk.warnings.push_back(name() + " and the objects before it overlap, covering the objects many times over; the walk stops there");
+      break;
+    }
+    checkBudget -= crcAt - location.offset;
     const auto covered = objects.subspan(static_cast<std::size_t>(location.offset), crcAt - static_cast<std::size_t>(location.offset));
     object.crcMatches = dwgCrc8(0xC0C1, covered) == le16(objects.data() + crcAt);
     if (!object.crcMatches) badCrc.add(name() + " fails its CRC");

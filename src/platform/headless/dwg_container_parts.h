@@ -1,6 +1,7 @@
 // What the readers of the three DWG container layouts share: the read's context, its budgets and messages.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -40,6 +41,8 @@ class ReadContext {
   // A buffer owned by the sections, not cleared; empty (with nothing allocated) when the budget is spent.
   std::span<std::uint8_t> allocate(std::uint64_t bytes);
   std::uint64_t budgetLeft() const { return budget_; }
+  // Counts decompression work that lands outside the allocated sections.
+  void spend(std::uint64_t bytes) { budget_ -= std::min(bytes, budget_); }
 
  private:
   std::uint64_t budget_;

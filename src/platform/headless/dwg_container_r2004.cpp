@@ -116,8 +116,9 @@ std::span<const std::uint8_t> R2004Reader::systemPage(std::uint64_t at, std::uin
     return {};
   }
   if (compression != 2) {
-    std::memcpy(plain.data(), stored.data(), std::min<std::size_t>(stored.size(), plain.size()));
-    return plain;
+    const std::size_t count = std::min<std::size_t>(stored.size(), plain.size());
+    std::memcpy(plain.data(), stored.data(), count);
+    return plain.first(count);
   }
   const DwgDecompressed result = decompressR2004(stored, plain);
   if (result.error) context_.warn(where, std::string("cannot be decompressed whole: ") + result.error);
@@ -183,8 +184,12 @@ void R2004Reader::readDataPage(SectionAssembler& section, std::string_view secti
   }
   // Pages decompress to their full size even at the end of a section; a last page that is cut by the
   // section's end decompresses into the page buffer first.
+  // What it writes past the section counts against the read's budget like the sections themselves.
   std::span<std::uint8_t> target = window;
   if (window.size() < maxPageBytes) {
+    if (maxPageBytes > context_.budgetLeft())
+      return context_.warn(where, "would decompress past what a file of " + std::to_string(file_.size()) +
+                                      " bytes can hold; its bytes are left as zeros");
     pageBuffer_.resize(maxPageBytes);
     target = pageBuffer_;
   }
@@ -193,7 +198,10 @@ void R2004Reader::readDataPage(SectionAssembler& section, std::string_view secti
     context_.warn(where, std::string("cannot be decompressed whole: ") + result.error + "; " +
                              std::to_string(result.written) + " bytes are kept");
   const std::size_t kept = std::min(result.written, window.size());
-  if (target.data() != window.data()) std::memcpy(window.data(), target.data(), kept);
+  if (target.data() != window.data()) {
+    std::memcpy(window.data(), target.data(), kept);
+    context_.spend(result.written - kept);
+  }
   section.wrote(startOffset, kept);
 }
 
