@@ -277,43 +277,20 @@ std::uint16_t DwgBitReader::readObjectType() {
   }
 }
 
-DwgPoint2 DwgBitReader::readRaw2Doubles() {
-  DwgPoint2 p;
-  p.x = readRawDouble();
-  p.y = readRawDouble();
-  return p;
-}
+// The elements of a braced list are read in order, left to right.
+DwgPoint2 DwgBitReader::readRaw2Doubles() { return {readRawDouble(), readRawDouble()}; }
 
 DwgPoint2 DwgBitReader::read2DoublesWithDefault(const DwgPoint2& defaults) {
-  DwgPoint2 p;
-  p.x = readDoubleWithDefault(defaults.x);
-  p.y = readDoubleWithDefault(defaults.y);
-  return p;
+  return {readDoubleWithDefault(defaults.x), readDoubleWithDefault(defaults.y)};
 }
 
-DwgPoint3 DwgBitReader::read3BitDoubles() {
-  DwgPoint3 p;
-  p.x = readBitDouble();
-  p.y = readBitDouble();
-  p.z = readBitDouble();
-  return p;
-}
+DwgPoint3 DwgBitReader::read3BitDoubles() { return {readBitDouble(), readBitDouble(), readBitDouble()}; }
 
 DwgPoint3 DwgBitReader::read3DoublesWithDefault(const DwgPoint3& defaults) {
-  DwgPoint3 p;
-  p.x = readDoubleWithDefault(defaults.x);
-  p.y = readDoubleWithDefault(defaults.y);
-  p.z = readDoubleWithDefault(defaults.z);
-  return p;
+  return {readDoubleWithDefault(defaults.x), readDoubleWithDefault(defaults.y), readDoubleWithDefault(defaults.z)};
 }
 
-DwgPoint3 DwgBitReader::readRaw3Doubles() {
-  DwgPoint3 p;
-  p.x = readRawDouble();
-  p.y = readRawDouble();
-  p.z = readRawDouble();
-  return p;
-}
+DwgPoint3 DwgBitReader::readRaw3Doubles() { return {readRawDouble(), readRawDouble(), readRawDouble()}; }
 
 bool findStringStream(std::span<const std::uint8_t> data, std::size_t dataBeginBit, std::size_t endBit,
                       DwgStringStream& stream) {

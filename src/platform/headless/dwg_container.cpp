@@ -171,6 +171,24 @@ std::string ReadContext::message(std::string_view where, std::string_view what) 
 
 void ReadContext::warn(std::string_view where, std::string_view what) { out.warnings.push_back(message(where, what)); }
 
+bool ReadContext::readCommonHeader(std::size_t minimumSize, std::string& error) {
+  if (file.size() < minimumSize) {
+    error = message("file header", "is cut short: the file has only " + std::to_string(file.size()) + " bytes");
+    return false;
+  }
+  out.maintenanceVersion = file[0x0B];
+  out.codepage = le16(file.data() + 0x13);
+  return true;
+}
+
+std::span<std::uint8_t> ReadContext::allocateSection(std::string_view name, std::uint64_t size) {
+  const std::span<std::uint8_t> buffer = allocate(size);
+  if (buffer.size() != size)
+    warn("section " + std::string(name), "claims " + std::to_string(size) + " bytes, more than a file of " +
+                                              std::to_string(file.size()) + " bytes can hold; it is left out");
+  return buffer;
+}
+
 std::span<std::uint8_t> ReadContext::allocate(std::uint64_t bytes) {
   if (bytes > budget_) return {};
   budget_ -= bytes;
@@ -252,12 +270,7 @@ bool readR13Container(ReadContext& context, std::string& error) {
   const auto file = context.file;
   DwgSections& out = context.out;
   constexpr std::size_t kRecords = 0x19, kRecordBytes = 9;
-  if (file.size() < kRecords + 2) {
-    error = context.message("file header", "is cut short: the file has only " + std::to_string(file.size()) + " bytes");
-    return false;
-  }
-  out.maintenanceVersion = file[0x0B];
-  out.codepage = le16(file.data() + 0x13);
+  if (!context.readCommonHeader(kRecords + 2, error)) return false;
   const std::uint32_t count = le32(file.data() + 0x15);
   if (count > (file.size() - kRecords - 2) / kRecordBytes) {
     error = context.message("file header", "lists " + std::to_string(count) + " section records, more than the file holds");

@@ -38,6 +38,11 @@ class ReadContext {
   bool inFile(std::uint64_t offset, std::uint64_t count) const {
     return offset <= file.size() && count <= file.size() - offset;
   }
+  // Checks the file holds the first bytes of its layout's header and takes the fields every layout has
+  // there: the maintenance release and the code page.
+  bool readCommonHeader(std::size_t minimumSize, std::string& error);
+  // The buffer of a section of size bytes; empty, with a warning, when the budget cannot pay for it.
+  std::span<std::uint8_t> allocateSection(std::string_view name, std::uint64_t size);
   // A buffer owned by the sections, not cleared; empty (with nothing allocated) when the budget is spent.
   std::span<std::uint8_t> allocate(std::uint64_t bytes);
   std::uint64_t budgetLeft() const { return budget_; }

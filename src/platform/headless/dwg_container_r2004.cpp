@@ -243,12 +243,8 @@ bool R2004Reader::readSections(std::span<const std::uint8_t> map, std::string& e
                                std::to_string(file_.size()) + " bytes can hold; it is left out");
       continue;
     }
-    const std::span<std::uint8_t> buffer = context_.allocate(size);
-    if (buffer.size() != size) {
-      context_.warn(where, "claims " + std::to_string(size) + " bytes, more than a file of " + std::to_string(file_.size()) +
-                               " bytes can hold; it is left out");
-      continue;
-    }
+    const std::span<std::uint8_t> buffer = context_.allocateSection(name, size);
+    if (buffer.size() != size) continue;
     SectionAssembler assembler(context_, name, buffer);
     for (std::uint32_t p = 0; p < pageCount; ++p)
       readDataPage(assembler, name, id, compressed, maxPageBytes, entries + p * kSectionPageBytes);
@@ -258,13 +254,7 @@ bool R2004Reader::readSections(std::span<const std::uint8_t> map, std::string& e
 }
 
 bool R2004Reader::read(std::string& error) {
-  DwgSections& out = context_.out;
-  if (file_.size() < kFirstPageAt) {
-    error = context_.message("file header", "is cut short: the file has only " + std::to_string(file_.size()) + " bytes");
-    return false;
-  }
-  out.maintenanceVersion = file_[0x0B];
-  out.codepage = le16(file_.data() + 0x13);
+  if (!context_.readCommonHeader(kFirstPageAt, error)) return false;
   // The header is repeated at the end of the file, where it is the last thing written.
   const bool firstIsSound = decodeFileHeader(file_.subspan(kFileHeaderAt, kFileHeaderBytes), header_);
   if (!firstIsSound) {

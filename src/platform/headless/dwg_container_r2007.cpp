@@ -227,12 +227,8 @@ bool R2007Reader::readSections(std::span<const std::uint8_t> map) {
       continue;
     }
     if (encoding != 1 && encoding != 4) context_.warn(where, "has an unknown encoding " + std::to_string(encoding) + "; it is read as plain");
-    const std::span<std::uint8_t> buffer = context_.allocate(size);
-    if (buffer.size() != size) {
-      context_.warn(where, "claims " + std::to_string(size) + " bytes, more than a file of " + std::to_string(file_.size()) +
-                               " bytes can hold; it is left out");
-      continue;
-    }
+    const std::span<std::uint8_t> buffer = context_.allocateSection(name, size);
+    if (buffer.size() != size) continue;
     SectionAssembler assembler(context_, name, buffer);
     for (std::uint64_t p = 0; p < pageCount; ++p) readDataPage(assembler, name, encoding, entries + p * kSectionPageBytes);
     context_.out.sections.push_back({name, assembler.finish()});
@@ -241,13 +237,7 @@ bool R2007Reader::readSections(std::span<const std::uint8_t> map) {
 }
 
 bool R2007Reader::read(std::string& error) {
-  DwgSections& out = context_.out;
-  if (file_.size() < kPagesAt) {
-    error = context_.message("file header", "is cut short: the file has only " + std::to_string(file_.size()) + " bytes");
-    return false;
-  }
-  out.maintenanceVersion = file_[0x0B];
-  out.codepage = le16(file_.data() + 0x13);
+  if (!context_.readCommonHeader(kPagesAt, error)) return false;
   // A copy of the header closes the file; it stands in when the first one cannot be decoded.
   std::string problem;
   if (!decodeFileHeader(file_.subspan(kFileHeaderAt, kFileHeaderBytes), problem)) {
