@@ -439,3 +439,25 @@ TEST(DwgContainer, ReadingTheLargestDrawingsTakesMilliseconds) {
   EXPECT_GT(walk.objects.size(), 20000u);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
+
+TEST(DwgObjectMap, PagesWithDamagedEntriesEndWithoutWrappingAround) {
+  // A page of two entries, the second with an offset delta that would overflow, then the closing page.
+  std::vector<std::uint8_t> page = {0x00, 0x00, 0x01, 0x10, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x3F};
+  page[1] = static_cast<std::uint8_t>(page.size());
+  const std::uint16_t crc = dwgCrc8(0xC0C1, page);
+  std::vector<std::uint8_t> map = page;
+  map.push_back(static_cast<std::uint8_t>(crc >> 8));
+  map.push_back(static_cast<std::uint8_t>(crc));
+  for (std::uint8_t b : {0x00, 0x02, 0x00, 0x00}) map.push_back(b);
+  DwgSections sections;
+  sections.fileName = "map.dwg";
+  sections.version = DwgVersion::R2004;
+  sections.handles = map;
+  std::vector<std::string> warnings;
+  const auto locations = readObjectMap(sections, warnings);
+  ASSERT_EQ(locations.size(), 1u);
+  EXPECT_EQ(locations[0].handle, 1u);
+  EXPECT_EQ(locations[0].offset, 0x10u);
+  EXPECT_NE(joined(warnings).find("map.dwg: object map page at 0x0 has an entry that cannot be read"), std::string::npos)
+      << joined(warnings);
+}

@@ -408,8 +408,8 @@ std::vector<DwgObjectLocation> readObjectMap(const DwgSections& sections, std::v
     std::int64_t offset = 0;
     while (reader.bitPosition() < reader.bitSize()) {
       handle += reader.readUnsignedModularChar();
-      offset += reader.readModularChar();
-      if (reader.failed() || offset < 0) {
+      const std::int64_t delta = reader.readModularChar();
+      if (reader.failed() || __builtin_add_overflow(offset, delta, &offset) || offset < 0) {
         warnings.push_back(where + "page at " + dwg::hex(at) + " has an entry that cannot be read; the rest of the page is left out");
         break;
       }

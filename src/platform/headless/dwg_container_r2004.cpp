@@ -218,6 +218,10 @@ bool R2004Reader::readSections(std::span<const std::uint8_t> map, std::string& e
   }
   std::size_t at = kMapHeader;
   for (std::uint32_t s = 0; s < count; ++s) {
+    if (map.size() - at < kSectionDescriptionBytes) {
+      context_.warn("the section map", "ends inside the description of its section " + std::to_string(s) + "; the map ends there");
+      break;
+    }
     const std::uint8_t* description = map.data() + at;
     at += kSectionDescriptionBytes;
     const std::uint64_t size = le64(description);
