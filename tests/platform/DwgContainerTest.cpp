@@ -441,8 +441,11 @@ TEST(DwgContainer, ReadingTheLargestDrawingsTakesMilliseconds) {
 }
 
 TEST(DwgObjectMap, PagesWithDamagedEntriesEndWithoutWrappingAround) {
-  // A page of two entries, the second with an offset delta that would overflow, then the closing page.
-  std::vector<std::uint8_t> page = {0x00, 0x00, 0x01, 0x10, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x3F};
+  // A page of three entries: offsets 0x10, then two deltas of about 2^62 whose sum overflows; then the
+  // closing page.
+  std::vector<std::uint8_t> page = {0x00, 0x00, 0x01, 0x10};
+  for (int entry = 0; entry < 2; ++entry)
+    for (std::uint8_t b : {0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x3F}) page.push_back(b);
   page[1] = static_cast<std::uint8_t>(page.size());
   const std::uint16_t crc = dwgCrc8(0xC0C1, page);
   std::vector<std::uint8_t> map = page;
@@ -455,9 +458,10 @@ TEST(DwgObjectMap, PagesWithDamagedEntriesEndWithoutWrappingAround) {
   sections.handles = map;
   std::vector<std::string> warnings;
   const auto locations = readObjectMap(sections, warnings);
-  ASSERT_EQ(locations.size(), 1u);
+  ASSERT_EQ(locations.size(), 2u);
   EXPECT_EQ(locations[0].handle, 1u);
   EXPECT_EQ(locations[0].offset, 0x10u);
+  EXPECT_EQ(locations[1].handle, 2u);
   EXPECT_NE(joined(warnings).find("map.dwg: object map page at 0x0 has an entry that cannot be read"), std::string::npos)
       << joined(warnings);
 }
