@@ -1,6 +1,7 @@
 // The comparer base, the type display names, the key digest and the pair tests.
 #include "comparers/CVkAcadEntityBase.h"
 
+#include <bit>
 #include <cmath>
 #include <stdexcept>
 #include <typeinfo>
@@ -204,26 +205,7 @@ void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d 
   dxfName_ = intern(dxfName);
   // The message is set to the description by every compare, which is where it is read.
   description_ = typeDisplayName(dxfName).data();
-  const std::string_view layerName = entity.layer();
-  layerText_ = intern(layerName);
-
-  static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
-  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(entity.layerId(), layerName) : kNoLayerContext;
-
-  const int color = entity.colorIndex();
-  if (color == 256) colorText_ = intern(layer.colorText);
-  else if (color == 0) colorText_ = intern("ByBlock");
-  else colorText_ = intern(fmt("%d", color));
-
-  const std::string_view linetype = entity.linetype();
-  if (linetype == "ByLayer") linetypeText_ = intern(fmt("%s,%.2f", layer.linetypeName, entity.linetypeScale()));
-  else if (linetype == "ByBlock") linetypeText_ = intern("ByBlock");
-  else linetypeText_ = intern(fmt("%s,%.2f", linetype, entity.linetypeScale()));
-
-  const int weight = entity.lineWeight();
-  if (weight == -1) lineweightText_ = intern(layer.lineweightText);
-  else if (weight == -2) lineweightText_ = intern("ByBlock");
-  else lineweightText_ = intern(fmt("%d", weight));
+  loadCommonTexts(entity);
 
   textStyleText_ = CTextPool::kEmpty;
 
@@ -236,6 +218,43 @@ void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d 
 
   handle_ = entity.handle();
   objectId_ = entity.objectId();
+}
+
+void CVkAcadEntityBase::loadCommonTexts(const platform::Entity& entity) {
+  const std::string_view layerName = entity.layer();
+  const std::string_view linetype = entity.linetype();
+  const int color = entity.colorIndex();
+  const int weight = entity.lineWeight();
+  const double linetypeScale = entity.linetypeScale();
+  const platform::ObjectId layerId = entity.layerId();
+  const CommonTextsKey key{layerId.value, layerContext_, std::bit_cast<std::uint64_t>(linetypeScale), color, weight};
+  if (readerContext_)
+    if (const CommonTexts* known = readerContext_->commonTexts(key, layerName, linetype)) {
+      layerText_ = known->layer;
+      colorText_ = known->color;
+      linetypeText_ = known->linetype;
+      lineweightText_ = known->lineweight;
+      return;
+    }
+
+  layerText_ = intern(layerName);
+  static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
+  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(layerId, layerName) : kNoLayerContext;
+
+  if (color == 256) colorText_ = intern(layer.colorText);
+  else if (color == 0) colorText_ = intern("ByBlock");
+  else colorText_ = intern(fmt("%d", color));
+
+  if (linetype == "ByLayer") linetypeText_ = intern(fmt("%s,%.2f", layer.linetypeName, linetypeScale));
+  else if (linetype == "ByBlock") linetypeText_ = intern("ByBlock");
+  else linetypeText_ = intern(fmt("%s,%.2f", linetype, linetypeScale));
+
+  if (weight == -1) lineweightText_ = intern(layer.lineweightText);
+  else if (weight == -2) lineweightText_ = intern("ByBlock");
+  else lineweightText_ = intern(fmt("%d", weight));
+
+  if (readerContext_)
+    readerContext_->remember(key, {layerText_, intern(linetype), colorText_, linetypeText_, lineweightText_});
 }
 
 void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) {}

@@ -126,6 +126,9 @@ class CVkAcadEntityBase {
   CReadContext* readerContext() const { return readerContext_; }
   const CLayerContext* layerContext() const { return layerContext_; }
 
+  // The layer, colour, linetype and lineweight texts, remembered by the read context for the entities that
+  // share what gives them.
+  void loadCommonTexts(const platform::Entity& entity);
   // The drawing's texts. A comparer made without a read context holds no texts but the empty one; asking
   // such a comparer to keep one is a fault of its maker.
   CTextPool& pool() const;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/pages.h"
+#include "platform/text.h"
 
 namespace {
 
@@ -51,6 +52,30 @@ void* CComparerStore::allocate(std::size_t bytes, std::size_t alignment) {
   }
   next_ = at + bytes;
   return at;
+}
+
+std::size_t CReadContext::slotOf(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype) {
+  platform::Fnv1a h;
+  h.add(layerName);
+  h.add(linetype);
+  std::uint64_t mixed = h.value() ^ (key.layerId * 0x9E3779B97F4A7C15ULL) ^ key.linetypeScaleBits;
+  mixed ^= (static_cast<std::uint64_t>(static_cast<std::uint32_t>(key.color)) << 32) | static_cast<std::uint32_t>(key.lineWeight);
+  mixed *= 0xFF51AFD7ED558CCDULL;
+  return static_cast<std::size_t>(mixed >> 56);  // 256 slots
+}
+
+const CommonTexts* CReadContext::commonTexts(const CommonTextsKey& key, std::string_view layerName,
+                                             std::string_view linetype) const {
+  const CommonTextsSlot& slot = common_[slotOf(key, layerName, linetype)];
+  if (!slot.used || !(slot.key == key)) return nullptr;
+  if (!CTextPool::equal(texts_.view(slot.texts.layer), layerName) ||
+      !CTextPool::equal(texts_.view(slot.texts.linetypeName), linetype))
+    return nullptr;
+  return &slot.texts;
+}
+
+void CReadContext::remember(const CommonTextsKey& key, const CommonTexts& texts) {
+  common_[slotOf(key, texts_.view(texts.layer), texts_.view(texts.linetypeName))] = {key, texts, true};
 }
 
 CComparerStore::~CComparerStore() {

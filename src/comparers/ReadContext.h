@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "comparers/TextPool.h"
@@ -38,6 +40,19 @@ class CComparerStore {
   std::size_t capacity_ = 0;
 };
 
+// The common texts an entity's layer and its own colour, linetype and lineweight give, by what gives them:
+// the entities of a drawing share a few dozen such combinations, so most find theirs remembered.
+struct CommonTextsKey {
+  std::uint64_t layerId = 0;
+  const void* layers = nullptr;  // the layer context that answered
+  std::uint64_t linetypeScaleBits = 0;
+  std::int32_t color = 0, lineWeight = 0;
+  bool operator==(const CommonTextsKey&) const = default;
+};
+struct CommonTexts {
+  CTextPool::Id layer, linetypeName, color, linetype, lineweight;
+};
+
 class CReadContext {
  public:
   // The budget grows with the drawing: every entity of every block record may be loaded a number of times
@@ -57,6 +72,10 @@ class CReadContext {
   const std::vector<std::string>& warnings() const { return warnings_; }
   // The memory of the drawing's comparers; they must be destroyed before this context.
   CComparerStore& comparers() { return comparers_; }
+  // The common texts remembered for an entity of this key, layer name and linetype name, or null;
+  // remember() keeps them (in place of another's).
+  const CommonTexts* commonTexts(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype) const;
+  void remember(const CommonTextsKey& key, const CommonTexts& texts);
   // The texts of the drawing's comparers; they live as long as this context.
   CTextPool& texts() { return texts_; }
   const CTextPool& texts() const { return texts_; }
@@ -72,6 +91,13 @@ class CReadContext {
   std::vector<std::string> warnings_;
   CComparerStore comparers_;
   CTextPool texts_;
+  struct CommonTextsSlot {
+    CommonTextsKey key;
+    CommonTexts texts{};
+    bool used = false;
+  };
+  static std::size_t slotOf(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype);
+  std::vector<CommonTextsSlot> common_ = std::vector<CommonTextsSlot>(256);
 };
 
 // One walk into a block's contents, for as long as it lives. It is allowed when the block is not already
