@@ -1,6 +1,9 @@
 // Extents of curves: the box collector, exact elliptic arcs, bulges, NURBS evaluation, circles to polylines.
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 #include "platform/headless/dxf_extents_parts.h"
 
@@ -27,12 +30,49 @@ void BoxSink::add(const Point3d& p) {
   if (isFinite(w)) box_->addPoint(w);
 }
 
+namespace {
+
+// The cosine and sine of an angle. Circles in their plane ask for the quarter turns every time; those are
+// worked out once by the same functions, so the values are the very ones a call would give.
+struct CosSin {
+  double cos, sin;
+};
+CosSin cosSin(double t) {
+  struct Known {
+    double t;
+    CosSin value;
+  };
+  static const std::array<Known, 4> kQuarters = [] {
+    const double quarter = std::atan2(1.0, 0.0);
+    std::array<Known, 4> known{};
+    std::size_t i = 0;
+    for (double angle : {0.0, kPi, quarter, quarter + kPi}) known[i++] = {angle, {std::cos(angle), std::sin(angle)}};
+    return known;
+  }();
+  for (const Known& k : kQuarters)
+    if (std::bit_cast<std::uint64_t>(k.t) == std::bit_cast<std::uint64_t>(t)) return k.value;
+  return {std::cos(t), std::sin(t)};
+}
+
+// atan2(y, x), with the cases of an axis-aligned vector, which the standard fixes, answered without a call.
+double angleOf(double y, double x) {
+  static const double kQuarter = std::atan2(1.0, 0.0);
+  if (y == 0.0 && !std::signbit(y) && x > 0.0) return 0.0;
+  if (x == 0.0 && y > 0.0) return kQuarter;
+  return std::atan2(y, x);
+}
+
+}  // namespace
+
 void BoxSink::addArc(const Point3d& centre, const Vector3d& u, const Vector3d& v, double start, double sweep) {
   if (!isFinite(centre) || !isFinite(u) || !isFinite(v) || !isFinite(start) || !isFinite(sweep) || sweep < 0.0) return;
   const Point3d c = identity_ ? centre : m_.transform(centre);
   const Vector3d a = identity_ ? u : m_.transform(u);
   const Vector3d b = identity_ ? v : m_.transform(v);
-  const auto at = [&](double t) { return c + a * std::cos(t) + b * std::sin(t); };
+  const auto at = [&](double t) {
+    const CosSin cs = cosSin(t);
+    return c + a * cs.cos + b * cs.sin;
+  };
   const auto put = [&](const Point3d& p) {
     if (isFinite(p)) box_->addPoint(p);
   };
@@ -44,7 +84,7 @@ void BoxSink::addArc(const Point3d& centre, const Vector3d& u, const Vector3d& v
   const double as[3] = {a.x, a.y, a.z}, bs[3] = {b.x, b.y, b.z};
   for (int k = 0; k < 3; ++k) {
     if (as[k] == 0.0 && bs[k] == 0.0) continue;
-    const double t0 = std::atan2(bs[k], as[k]);
+    const double t0 = angleOf(bs[k], as[k]);
     for (double t : {t0, t0 + kPi}) {
       if (!whole) {
         double d = std::fmod(t - start, kTwoPi);
