@@ -1,6 +1,7 @@
 // The comparer base, the type display names, the key digest and the pair tests.
 #include "comparers/CVkAcadEntityBase.h"
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <stdexcept>
@@ -79,8 +80,16 @@ constexpr double kOrderTolerance = 1e-5;
 }  // namespace
 
 std::string_view typeDisplayName(std::string_view dxfName) {
-  for (const DisplayName& n : kDisplayNames)
-    if (n.dxf == dxfName) return n.display;
+  // Every entity asks: the names are looked up among those of their length only.
+  constexpr std::size_t kLongest = 17;
+  static const auto byLength = [] {
+    std::array<std::vector<const DisplayName*>, kLongest + 1> table;
+    for (const DisplayName& n : kDisplayNames) table.at(n.dxf.size()).push_back(&n);
+    return table;
+  }();
+  if (dxfName.size() > kLongest) return kOtherDisplayName;
+  for (const DisplayName* n : byLength[dxfName.size()])
+    if (CTextPool::equal(n->dxf, dxfName)) return n->display;
   return kOtherDisplayName;
 }
 
@@ -102,14 +111,18 @@ std::uint32_t keyDigestValue(std::string_view text) {
 std::string keyDigest(std::string_view text) { return fmt("%d", static_cast<long long>(keyDigestValue(text))); }
 
 std::uint64_t keyOrderOf(std::uint32_t digest) {
-  char digits[10];
-  int n = 0;
+  // The i-th digit from the left of an n-digit number takes the place of 11^(9 - i): walking the digits from
+  // the right, the last one's place is 11^(10 - n) and each next one's eleven times as much.
+  static constexpr std::uint64_t kPlaces[] = {1,         11,         121,         1331,          14641,         161051,
+                                              1771561,   19487171,   214358881,   2357947691ULL, 25937424601ULL};
+  int n = 1;
+  for (std::uint32_t rest = digest / 10; rest != 0; rest /= 10) ++n;
+  std::uint64_t place = kPlaces[10 - n], order = 0;
   do {
-    digits[n++] = static_cast<char>(digest % 10);
+    order += (digest % 10 + 1) * place;
+    place *= 11;
     digest /= 10;
   } while (digest != 0);
-  std::uint64_t order = 0;
-  for (int place = 0; place < 10; ++place) order = order * 11 + (place < n ? static_cast<std::uint64_t>(digits[n - 1 - place]) + 1 : 0);
   return order + 1;
 }
 
