@@ -37,6 +37,7 @@ char32_t decodeUtf8(std::string_view s, std::size_t& i) {
 
 // Room writeFixedFast needs: the integer part stays below 2^52 (16 digits), with sign, point and 6 places.
 constexpr std::size_t kFastFixedRoom = 32;
+static_assert(16 + 1 + 1 + 6 <= kFastFixedRoom);
 
 // Two decimal digits at a time, "00" to "99".
 constexpr char kDigitPairs[] =
@@ -91,23 +92,27 @@ char* writeFixedFast(char* p, double value, int decimals) {
       if (rem > half || (rem == half && (n & 1))) ++n;  // round half to even, as printf on an exact tie
     }
   }
-  char digits[kFastFixedRoom];
-  char* const end = digits + sizeof digits;
-  char* first;
-  if (decimals == 0) {
-    first = writeDigitsBefore(end, n);
-  } else {
-    // The places are written as scale + places, whose leading 1 keeps their zeros; the point replaces it.
-    const unsigned long long scale = kScale[decimals];
-    writeDigitsBefore(end, n % scale + scale);
-    char* point = end - decimals - 1;
-    *point = '.';
-    first = writeDigitsBefore(point, n / scale);
+  // The text is built right-aligned at the middle of the buffer and copied out whole, kFastFixedRoom bytes
+  // at once: a copy of fixed size costs two moves where one of the text's own length costs a call.
+  char digits[2 * kFastFixedRoom];
+  char* const end = digits + kFastFixedRoom;
+  char* first = end;
+  if (decimals > 0) {
+    unsigned long long places = n % kScale[decimals];
+    n /= kScale[decimals];
+    int left = decimals;
+    for (; left >= 2; left -= 2) {
+      first -= 2;
+      std::memcpy(first, kDigitPairs + (places % 100) * 2, 2);
+      places /= 100;
+    }
+    if (left == 1) *--first = static_cast<char>('0' + places);
+    *--first = '.';
   }
+  first = writeDigitsBefore(first, n);
   if (std::signbit(value)) *--first = '-';
-  const std::size_t length = static_cast<std::size_t>(end - first);
-  std::memcpy(p, first, length);
-  return p + length;
+  std::memcpy(p, first, kFastFixedRoom);
+  return p + (end - first);
 #else
   (void)p;
   (void)value;
@@ -295,6 +300,14 @@ void formatTo(std::string& out, std::string_view pattern, std::initializer_list<
     if (pattern[i] == '%') {
       to.put('%');
       ++i;
+      continue;
+    }
+    // The commonest conversions, "%.2f" and its kin with one digit of places, are read at once.
+    if (pattern[i] == '.' && i + 2 < pattern.size() && pattern[i + 2] == 'f' &&
+        static_cast<unsigned>(pattern[i + 1] - '0') <= 9) {
+      const FormatArg* a = arg != end ? arg++ : nullptr;
+      fixed(a ? a->real() : 0.0, pattern[i + 1] - '0');
+      i += 3;
       continue;
     }
     int precision = 6;
