@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "platform/headless/dwg_container.h"
+#include "platform/headless/dwg_reader.h"
 #include "platform/headless/dxf_data.h"
 #include "platform/headless/dxf_extents.h"
 #include "platform/headless/dxf_groups.h"
@@ -75,10 +76,18 @@ std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& re
       in.read(reinterpret_cast<char*>(signature.data()), signature.size());
       problem = headless::dwgSignatureProblem(std::span(signature).first(static_cast<std::size_t>(in.gcount())));
     }
-    report.error = path + ": " +
-                   (problem.empty() ? "DWG drawings cannot be read yet; save the drawing as DXF (any release from R12 to R2018)"
-                                    : problem);
-    return nullptr;
+    if (!problem.empty()) {
+      report.error = path + ": " + problem;
+      return nullptr;
+    }
+    auto data = std::make_unique<DatabaseData>();
+    try {
+      if (!headless::readDwg(path, *data, report)) return nullptr;
+    } catch (const std::exception& e) {
+      report.error = path + ": the drawing cannot be read: " + e.what();
+      return nullptr;
+    }
+    return std::unique_ptr<Database>(new Database(std::move(data)));
   }
   auto data = std::make_unique<DatabaseData>();
   if (!headless::readDxf(path, *data, report)) return nullptr;

@@ -249,12 +249,15 @@ DwgEntityColor DwgBitReader::readEntityColor() {
     color.index = static_cast<std::int16_t>(number);
     return color;
   }
+  // Real drawings store the transparency first, and no RGB value when the colour is a reference.
   color.index = static_cast<std::int16_t>(number & 0x1FF);
   color.hasRgb = (number & 0x8000) != 0;
   color.hasColorReference = (number & 0x4000) != 0;
   color.hasTransparency = (number & 0x2000) != 0;
-  if (color.hasRgb) color.rgb = static_cast<std::uint32_t>(readBitLong());
+  color.hasName = (number & 0x4100) == 0x4100;
+  color.hasBookName = (number & 0x4200) == 0x4200;
   if (color.hasTransparency) color.transparency = static_cast<std::uint32_t>(readBitLong());
+  if (color.hasRgb && !color.hasColorReference) color.rgb = static_cast<std::uint32_t>(readBitLong());
   return color;
 }
 

@@ -38,7 +38,8 @@ struct DwgColor {
 };
 
 // An entity's colour (ENC, R2004 and later; before that it is a CMC index). A reference to a colour
-// object, when present, is in the entity's handle stream.
+// object, when present, is in the entity's handle stream; the names, when present, are texts the caller
+// reads.
 struct DwgEntityColor {
   std::int16_t index = 0;
   std::uint32_t rgb = 0;
@@ -46,6 +47,8 @@ struct DwgEntityColor {
   bool hasRgb = false;
   bool hasColorReference = false;
   bool hasTransparency = false;
+  bool hasName = false;
+  bool hasBookName = false;
 };
 
 // Reads the packed values of one buffer from a bit position, most significant bit of each byte first.

@@ -110,7 +110,7 @@ struct TextKey {
 
 class DxfReader {
  public:
-  DxfReader(DxfTokenizer& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
+  DxfReader(TagSource& tok, DatabaseData& db, ReadReport& report) : tok_(tok), db_(db), report_(report) {
   }
 
   bool run();
@@ -191,7 +191,7 @@ class DxfReader {
   void linkMTextColumns();
   void finish();
 
-  DxfTokenizer& tok_;
+  TagSource& tok_;
   DatabaseData& db_;
   ReadReport& report_;
   RawTag cur_;
@@ -897,6 +897,32 @@ void DxfReader::finish() {
 
 }  // namespace
 
+bool readTagStream(TagSource& source, DatabaseData& data, ReadReport& report) {
+  // The two spaces exist in every drawing, even one without tables or blocks.
+  data.blocks.clear();
+  for (const char* space : {"*Model_Space", "*Paper_Space"}) {
+    BlockRec b;
+    b.name = space;
+    b.isLayout = true;
+    data.blockIndex.emplace(platform::toUpperAscii(space), static_cast<std::uint32_t>(data.blocks.size()));
+    data.blocks.push_back(std::move(b));
+  }
+  data.modelSpace = 0;
+  data.paperSpace = 1;
+  // Layer "0" always exists.
+  LayerRecord zero;
+  zero.id = makeId(IdKind::Layer, 0);
+  zero.name = "0";
+  data.layerTable.push_back(zero);
+  data.layerIndex.emplace("0", 0);
+  DxfReader reader(source, data, report);
+  if (!reader.run()) return false;
+  data.tags.shrink_to_fit();
+  data.entities.shrink_to_fit();
+  data.arena.shrink_to_fit();
+  return true;
+}
+
 bool readDxf(const std::string& path, DatabaseData& data, ReadReport& report) {
   std::string error;
   auto tok = DxfTokenizer::open(path, error);
@@ -915,29 +941,7 @@ bool readDxf(const std::string& path, DatabaseData& data, ReadReport& report) {
     data.entities.reserve(static_cast<std::size_t>(size / 100));
     data.arena.reserve(static_cast<std::size_t>(size / 16));
   }
-  // The two spaces exist in every drawing, even one without tables or blocks.
-  data.blocks.clear();
-  for (const char* space : {"*Model_Space", "*Paper_Space"}) {
-    BlockRec b;
-    b.name = space;
-    b.isLayout = true;
-    data.blockIndex.emplace(platform::toUpperAscii(space), static_cast<std::uint32_t>(data.blocks.size()));
-    data.blocks.push_back(std::move(b));
-  }
-  data.modelSpace = 0;
-  data.paperSpace = 1;
-  // Layer "0" always exists.
-  LayerRecord zero;
-  zero.id = makeId(IdKind::Layer, 0);
-  zero.name = "0";
-  data.layerTable.push_back(zero);
-  data.layerIndex.emplace("0", 0);
-  DxfReader reader(*tok, data, report);
-  if (!reader.run()) return false;
-  data.tags.shrink_to_fit();
-  data.entities.shrink_to_fit();
-  data.arena.shrink_to_fit();
-  return true;
+  return readTagStream(*tok, data, report);
 }
 
 }  // namespace headless

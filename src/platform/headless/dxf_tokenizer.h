@@ -36,30 +36,50 @@ struct RawTag {
 constexpr int kMinGroupCode = -5;
 constexpr int kMaxGroupCode = 1071;
 
-class DxfTokenizer {
+// The groups of a drawing in DXF order, whatever file they come from: the tokenizer reads them from a DXF
+// file, the DWG reader makes them from a drawing's objects. One reader builds the records from either.
+class TagSource {
+ public:
+  virtual ~TagSource() = default;
+  // Reads the next tag; false at the end of the input or on an error (then error() is set).
+  virtual bool next(RawTag& tag) = 0;
+  virtual bool failed() const = 0;
+  virtual const std::string& error() const = 0;
+  // Where the last tag came from, in words for messages ("line 12", "handle 2F3").
+  virtual std::string location() const = 0;
+  // The same as a number, which place() turns into words later.
+  virtual long long position() const = 0;
+  virtual std::string place(long long position) const = 0;
+  // True when input remains after the last tag read.
+  virtual bool hasMoreInput() = 0;
+  // True when the input held more at its end than when it was opened; fileSize() is what was read.
+  virtual bool grew() const = 0;
+  virtual long long fileSize() const = 0;
+};
+
+class DxfTokenizer final : public TagSource {
  public:
   // Opens a file; null with an error text (naming the file) when it cannot be opened or is no regular file
   // (a folder, a FIFO, a device), which is refused before anything is read.
   static std::unique_ptr<DxfTokenizer> open(const std::string& path, std::string& error);
-  ~DxfTokenizer();
+  ~DxfTokenizer() override;
 
   bool isBinary() const { return binary_; }
   // The file's size in bytes (-1 when unknown).
-  long long fileSize() const { return fileSize_; }
-  // Reads the next tag; false at the end of the input or on an error (then error() is set).
-  bool next(RawTag& tag);
-  bool failed() const { return !error_.empty(); }
-  const std::string& error() const { return error_; }
+  long long fileSize() const override { return fileSize_; }
+  bool next(RawTag& tag) override;
+  bool failed() const override { return !error_.empty(); }
+  const std::string& error() const override { return error_; }
   // Where the last tag began: "line N" (ASCII, the group code's line) or "byte offset N" (binary).
-  std::string location() const;
+  std::string location() const override;
   // The same as a number: the line (ASCII) or byte offset (binary) where the last tag began.
-  long long position() const { return binary_ ? tagOffset_ : tagLine_; }
+  long long position() const override { return binary_ ? tagOffset_ : tagLine_; }
   // A position kept from earlier, in the words of location().
-  std::string place(long long position) const;
+  std::string place(long long position) const override;
   // True when bytes remain after the last tag read.
-  bool hasMoreInput();
+  bool hasMoreInput() override;
   // True when the file held more bytes at its end than when it was opened; those were not read.
-  bool grew() const { return grew_; }
+  bool grew() const override { return grew_; }
 
  private:
   DxfTokenizer(std::FILE* file, std::string path, bool binary);

@@ -1,0 +1,311 @@
+// The DWG reader: decodes the tables, blocks and entities of an R13+ drawing into groups in DXF order,
+// which the DXF reader then builds its records from, as it does for a DXF file.
+#include "platform/headless/dwg_reader.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "platform/headless/dwg_entities.h"
+#include "platform/headless/dwg_tables.h"
+#include "platform/headless/dxf_reader.h"
+#include "platform/text.h"
+
+namespace headless {
+
+using namespace platform;
+
+namespace {
+
+struct StagedEntity {
+  std::uint64_t handle = 0;
+  std::uint64_t owner = 0;  // the block header, or the entity it belongs to (attributes, vertices)
+  std::size_t begin = 0, end = 0;
+  bool sequenceEnd = false;
+};
+
+class DwgReader {
+ public:
+  DwgReader(DwgSections& sections, ReadReport& report) : s_(sections), report_(report) {}
+  bool run(DwgTagList& out);
+
+ private:
+  std::string_view typeName(std::uint16_t type) const {
+    if (type >= 500) {
+      const std::size_t i = type - 500u;
+      return i < classes_.size() ? std::string_view(classes_[i].dxfName) : std::string_view();
+    }
+    return dwgFixedTypeName(type);
+  }
+  bool isEntity(std::uint16_t type) const {
+    if (type >= 500) return type - 500u < classes_.size() && classes_[type - 500u].isEntity;
+    return dwgFixedTypeIsEntity(type);
+  }
+  void damaged(const DwgObjectHeader& h, std::string_view type) {
+    ++damagedCount_;
+    if (damagedCount_ == 1)
+      firstDamage_ = s_.fileName + ": object " + dwgHex(h.handle) + " (" + std::string(type) +
+                     ") is damaged and was skipped";
+  }
+  void decodeTables();
+  bool decodeEntities();
+  void emitEntity(const StagedEntity& e, DwgTagList& out);
+  void emitBlocks(DwgTagList& out);
+
+  DwgSections& s_;
+  ReadReport& report_;
+  std::vector<DwgClass> classes_;
+  DwgObjectWalk walk_;
+  DwgObjectReader object_;
+  DwgNames names_;
+  std::vector<DwgBlockHeader> blocks_;
+  std::vector<DwgLayout> layouts_;
+  DwgTagList tables_[6];  // LTYPE, LAYER, STYLE, APPID, DIMSTYLE, BLOCK_RECORD
+  DwgTagList staged_;
+  std::vector<StagedEntity> entities_;
+  std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> byOwner_;
+  std::unordered_map<std::uint64_t, std::uint64_t> blockEntityLayer_;  // BLOCK and ENDBLK entities' layers
+  std::uint64_t modelSpace_ = 0, paperSpace_ = 0;
+  std::size_t damagedCount_ = 0;
+  std::string firstDamage_;
+};
+
+constexpr const char* kTableTypes[] = {"LTYPE", "LAYER", "STYLE", "APPID", "DIMSTYLE"};
+
+void DwgReader::decodeTables() {
+  // Linetypes are named by layers, so they come first.
+  for (int pass = 0; pass < 2; ++pass) {
+    for (const DwgObjectHeader& h : walk_.objects) {
+      const std::string_view type = typeName(h.type);
+      int table = -1;
+      for (int i = 0; i < 5; ++i)
+        if (type == kTableTypes[i]) table = i;
+      const bool other = type == "BLOCK_HEADER" || type == "LAYOUT";
+      if ((pass == 0) != (table == 0 || other) || (table < 0 && !other)) continue;
+      if (!object_.open(s_, h, false) ||
+          !decodeDwgTableEntry(object_, type, tables_[table < 0 ? 5 : table], names_, blocks_, layouts_) ||
+          object_.failed())
+        damaged(h, type);
+    }
+  }
+  for (const DwgBlockHeader& b : blocks_) {
+    if (equalsIgnoreCase(b.name, "*Model_Space")) modelSpace_ = b.handle;
+    else if (equalsIgnoreCase(b.name, "*Paper_Space")) paperSpace_ = b.handle;
+  }
+}
+
+bool DwgReader::decodeEntities() {
+  std::string scratch;
+  DwgDecodeContext context{names_, {}};
+  DwgTagList body;
+  for (const DwgObjectHeader& h : walk_.objects) {
+    if (!isEntity(h.type)) continue;
+    const std::string_view type = typeName(h.type);
+    if (type == "BLOCK" || type == "ENDBLK") {
+      if (object_.open(s_, h, true)) {
+        object_.readCommonHandles();
+        if (!object_.failed()) blockEntityLayer_[h.handle] = object_.common.layer;
+      }
+      continue;
+    }
+    const DwgEntityType* decoder = findDwgEntityType(h.type, type);
+    if (!decoder) {
+      report_.error = s_.fileName + ": the DWG reader cannot decode " +
+                      (type.empty() ? "type " + std::to_string(h.type) : std::string(type)) +
+                      " entities yet (handle " + dwgHex(h.handle) + ")";
+      return false;
+    }
+    body.truncate(0);
+    if (!object_.open(s_, h, true) || !decoder->decode(object_, body, context) || object_.failed()) {
+      damaged(h, decoder->dxfName);
+      continue;
+    }
+    const DwgCommon& c = object_.common;
+    StagedEntity e;
+    e.handle = c.handle;
+    e.owner = c.entityMode == 2 ? modelSpace_ : c.entityMode == 1 ? paperSpace_ : c.owner;
+    e.sequenceEnd = h.type == 6;
+    e.begin = staged_.size();
+    staged_.record(decoder->dxfName, c.handle);
+    staged_.handle(5, c.handle);
+    if (c.reactorCount > 0) {
+      staged_.text(102, "{ACAD_REACTORS");
+      for (std::uint32_t i = 0; i < std::min<std::size_t>(c.reactorCount, c.reactors.size()); ++i)
+        staged_.handle(330, c.reactors[i]);
+      staged_.text(102, "}");
+    }
+    if (c.xdictionary) {
+      staged_.text(102, "{ACAD_XDICTIONARY");
+      staged_.handle(360, c.xdictionary);
+      staged_.text(102, "}");
+    }
+    staged_.handle(330, e.owner);
+    staged_.text(100, "AcDbEntity");
+    if (c.entityMode == 1) staged_.integer(67, 1);
+    staged_.text(8, context.nameOf(c.layer));
+    if (c.linetypeFlags == 1) staged_.text(6, "ByBlock");
+    else if (c.linetypeFlags == 2) staged_.text(6, "Continuous");
+    else if (c.linetypeFlags == 3) staged_.text(6, context.nameOf(c.linetype));
+    if (c.color.index != 256) staged_.integer(62, c.color.index);
+    if (c.color.hasRgb && !c.color.hasColorReference) staged_.integer(420, c.color.rgb & 0xFFFFFF);
+    if (c.lineWeight != -1) staged_.integer(370, c.lineWeight);
+    if (c.linetypeScale != 1.0) staged_.real(48, c.linetypeScale);
+    if (c.invisible & 1) staged_.integer(60, 1);
+    staged_.append(body, 0, body.size());
+    if (c.eedEnd > c.eedBegin + 16 && !appendDwgExtendedData(object_, staged_, names_, scratch))
+      report_.warnings.push_back(s_.fileName + ": object " + dwgHex(c.handle) +
+                                 ": its extended data is damaged and was left out");
+    e.end = staged_.size();
+    byOwner_[e.owner].push_back(static_cast<std::uint32_t>(entities_.size()));
+    entities_.push_back(e);
+  }
+  return true;
+}
+
+void DwgReader::emitEntity(const StagedEntity& e, DwgTagList& out) {
+  out.append(staged_, e.begin, e.end);
+  auto it = byOwner_.find(e.handle);
+  if (it == byOwner_.end()) return;
+  // Attributes and vertices, then the sequence end.
+  for (int last = 0; last < 2; ++last)
+    for (std::uint32_t i : it->second)
+      if (entities_[i].sequenceEnd == (last == 1)) out.append(staged_, entities_[i].begin, entities_[i].end);
+}
+
+void DwgReader::emitBlocks(DwgTagList& out) {
+  std::unordered_map<std::uint64_t, std::uint32_t> entityIndex;
+  for (std::uint32_t i = 0; i < entities_.size(); ++i) entityIndex.emplace(entities_[i].handle, i);
+  auto emitMembers = [&](const DwgBlockHeader& b) {
+    auto it = byOwner_.find(b.handle);
+    if (it == byOwner_.end()) return;
+    std::vector<std::uint32_t> members = it->second;
+    // The block's own list gives the drawing order where the release has one; the rest follow by handle.
+    std::unordered_map<std::uint64_t, std::size_t> rank;
+    for (std::size_t k = 0; k < b.entities.size(); ++k) rank.emplace(b.entities[k], k);
+    std::stable_sort(members.begin(), members.end(), [&](std::uint32_t x, std::uint32_t y) {
+      auto rx = rank.find(entities_[x].handle), ry = rank.find(entities_[y].handle);
+      const std::size_t kx = rx == rank.end() ? rank.size() : rx->second;
+      const std::size_t ky = ry == rank.end() ? rank.size() : ry->second;
+      return kx != ky ? kx < ky : entities_[x].handle < entities_[y].handle;
+    });
+    for (std::uint32_t i : members) emitEntity(entities_[i], out);
+  };
+  auto layerOf = [&](std::uint64_t entity) {
+    auto it = blockEntityLayer_.find(entity);
+    auto name = it == blockEntityLayer_.end() ? names_.end() : names_.find(it->second);
+    return name == names_.end() ? std::string_view("0") : std::string_view(name->second);
+  };
+  out.record("SECTION");
+  out.text(2, "BLOCKS");
+  for (const DwgBlockHeader& b : blocks_) {
+    out.record("BLOCK", b.blockEntity);
+    out.handle(5, b.blockEntity);
+    out.handle(330, b.handle);
+    out.text(100, "AcDbEntity");
+    out.text(8, layerOf(b.blockEntity));
+    out.text(100, "AcDbBlockBegin");
+    out.text(2, b.name);
+    out.integer(70, (b.anonymous ? 1 : 0) | (b.hasAttributes ? 2 : 0) | (b.xref ? 4 : 0) | (b.overlaid ? 8 : 0));
+    out.point(10, b.base);
+    out.text(3, b.name);
+    out.text(1, b.xrefPath);
+    if (b.handle != modelSpace_ && b.handle != paperSpace_) emitMembers(b);
+    out.record("ENDBLK", b.endEntity);
+    out.handle(5, b.endEntity);
+    out.handle(330, b.handle);
+    out.text(100, "AcDbEntity");
+    out.text(8, layerOf(b.endEntity));
+    out.text(100, "AcDbBlockEnd");
+  }
+  out.record("ENDSEC");
+  out.record("SECTION");
+  out.text(2, "ENTITIES");
+  for (const DwgBlockHeader& b : blocks_)
+    if (b.handle == modelSpace_) emitMembers(b);
+  for (const DwgBlockHeader& b : blocks_)
+    if (b.handle == paperSpace_) emitMembers(b);
+  out.record("ENDSEC");
+}
+
+bool DwgReader::run(DwgTagList& out) {
+  classes_ = readDwgClasses(s_, report_.warnings);
+  walk_ = walkObjects(s_);
+  decodeTables();
+  if (!decodeEntities()) return false;
+  out.record("SECTION");
+  out.text(2, "HEADER");
+  out.text(9, "$ACADVER");
+  out.text(1, s_.versionString);
+  out.text(9, "$DWGCODEPAGE");
+  out.text(3, s_.codepageName().empty() ? std::string_view("ANSI_1252") : s_.codepageName());
+  out.record("ENDSEC");
+  out.record("SECTION");
+  out.text(2, "CLASSES");
+  for (const DwgClass& c : classes_) {
+    out.record("CLASS");
+    out.text(1, c.dxfName);
+    out.text(2, c.cppName);
+    out.text(3, c.appName);
+    out.integer(281, c.isEntity ? 1 : 0);
+  }
+  out.record("ENDSEC");
+  out.record("SECTION");
+  out.text(2, "TABLES");
+  constexpr const char* kTableNames[] = {"LTYPE", "LAYER", "STYLE", "APPID", "DIMSTYLE", "BLOCK_RECORD"};
+  for (const DwgBlockHeader& b : blocks_) {
+    tables_[5].record("BLOCK_RECORD", b.handle);
+    tables_[5].handle(5, b.handle);
+    tables_[5].text(100, "AcDbSymbolTableRecord");
+    tables_[5].text(100, "AcDbBlockTableRecord");
+    tables_[5].text(2, b.name);
+    if (b.layout) tables_[5].handle(340, b.layout);
+  }
+  for (int i = 0; i < 6; ++i) {
+    out.record("TABLE");
+    out.text(2, kTableNames[i]);
+    out.append(tables_[i], 0, tables_[i].size());
+    out.record("ENDTAB");
+  }
+  out.record("ENDSEC");
+  emitBlocks(out);
+  out.record("SECTION");
+  out.text(2, "OBJECTS");
+  for (const DwgLayout& l : layouts_) {
+    const auto b = std::find_if(blocks_.begin(), blocks_.end(), [&](const DwgBlockHeader& x) { return x.layout == l.handle; });
+    if (b == blocks_.end()) continue;
+    out.record("LAYOUT", l.handle);
+    out.handle(5, l.handle);
+    out.text(100, "AcDbLayout");
+    out.text(1, l.name);
+    out.integer(71, l.tabOrder);
+    out.handle(330, b->handle);
+  }
+  out.record("ENDSEC");
+  out.record("EOF");
+  for (std::string& w : walk_.warnings) report_.warnings.push_back(std::move(w));
+  if (damagedCount_ > 0)
+    report_.warnings.push_back(damagedCount_ == 1 ? firstDamage_
+                                                  : firstDamage_ + " (" + std::to_string(damagedCount_) +
+                                                        " objects; the first is shown)");
+  return true;
+}
+
+}  // namespace
+
+bool readDwg(const std::string& path, DatabaseData& data, ReadReport& report) {
+  DwgSections sections;
+  std::string error;
+  if (!readDwgContainer(path, sections, error)) {
+    report.error = error;
+    return false;
+  }
+  for (std::string& w : sections.warnings) report.warnings.push_back(std::move(w));
+  DwgTagList tags;
+  DwgReader reader(sections, report);
+  if (!reader.run(tags)) return false;
+  data.fileName = path;
+  data.format = "dwg";
+  DwgTagSource source(tags, static_cast<long long>(sections.fileBytes.size()));
+  return readTagStream(source, data, report);
+}
+
+}  // namespace headless

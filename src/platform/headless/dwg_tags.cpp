@@ -1,0 +1,105 @@
+// The groups made from a DWG drawing's objects and their replay to the DXF reader.
+#include "platform/headless/dwg_tags.h"
+
+#include <algorithm>
+
+namespace headless {
+
+std::string dwgHex(std::uint64_t value) {
+  char digits[17];
+  int n = 0;
+  do {
+    digits[n++] = "0123456789ABCDEF"[value & 15];
+    value >>= 4;
+  } while (value);
+  std::string out;
+  while (n > 0) out += digits[--n];
+  return out;
+}
+
+void DwgTagList::text(int code, std::string_view value) {
+  Tag t;
+  t.code = static_cast<std::int16_t>(code);
+  t.type = tagTypeOf(code);
+  if (t.type != TagType::Handle && t.type != TagType::Binary) t.type = TagType::Text;
+  t.textBegin = static_cast<std::uint32_t>(texts_.size());
+  t.textLength = static_cast<std::uint32_t>(value.size());
+  texts_.append(value);
+  tags_.push_back(t);
+}
+
+void DwgTagList::real(int code, double value) {
+  Tag t;
+  t.code = static_cast<std::int16_t>(code);
+  t.type = TagType::Real;
+  t.real = value;
+  tags_.push_back(t);
+}
+
+void DwgTagList::integer(int code, long long value) {
+  Tag t;
+  t.code = static_cast<std::int16_t>(code);
+  t.type = tagTypeOf(code);
+  if (!isIntegral(t.type)) t.type = TagType::Int32;
+  t.integer = value;
+  tags_.push_back(t);
+}
+
+void DwgTagList::handle(int code, std::uint64_t value) {
+  text(code, dwgHex(value));  // at most 16 digits: no allocation
+  tags_.back().type = TagType::Handle;
+}
+
+void DwgTagList::point(int code, const DwgPoint3& p) {
+  real(code, p.x);
+  real(code + 10, p.y);
+  real(code + 20, p.z);
+}
+
+void DwgTagList::point(int code, const DwgPoint2& p, double z) { point(code, DwgPoint3{p.x, p.y, z}); }
+
+void DwgTagList::record(std::string_view type, std::uint64_t handle) {
+  records_.emplace_back(tags_.size(), handle);
+  text(0, type);
+}
+
+void DwgTagList::append(const DwgTagList& other, std::size_t begin, std::size_t end) {
+  for (std::size_t i = begin; i < end; ++i) {
+    Tag t = other.tags_[i];
+    if (t.code == 0) {
+      // Records keep their handles for messages.
+      auto it = std::upper_bound(other.records_.begin(), other.records_.end(), std::make_pair(i, ~std::uint64_t(0)));
+      records_.emplace_back(tags_.size(), it == other.records_.begin() ? 0 : std::prev(it)->second);
+    }
+    if (t.type == TagType::Text || t.type == TagType::Handle || t.type == TagType::Binary) {
+      const std::string_view s = other.textOf(t);
+      t.textBegin = static_cast<std::uint32_t>(texts_.size());
+      texts_.append(s);
+    }
+    tags_.push_back(t);
+  }
+}
+
+std::uint64_t DwgTagList::handleAt(std::size_t i) const {
+  auto it = std::upper_bound(records_.begin(), records_.end(), std::make_pair(i, ~std::uint64_t(0)));
+  return it == records_.begin() ? 0 : std::prev(it)->second;
+}
+
+bool DwgTagSource::next(RawTag& tag) {
+  if (next_ >= tags_.size()) return false;
+  const DwgTagList::Tag& t = tags_[next_++];
+  tag = RawTag();
+  tag.code = t.code;
+  tag.type = t.type;
+  tag.real = t.real;
+  tag.integer = t.integer;
+  if (t.type == TagType::Text || t.type == TagType::Handle || t.type == TagType::Binary) tag.text = tags_.textOf(t);
+  return true;
+}
+
+std::string DwgTagSource::place(long long position) const {
+  const std::uint64_t handle = tags_.handleAt(static_cast<std::size_t>(position));
+  return handle ? "object " + dwgHex(handle) : "the drawing's header";
+}
+
+}  // namespace headless

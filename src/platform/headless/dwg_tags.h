@@ -1,0 +1,76 @@
+// The groups a DWG drawing's objects become, in DXF order, and the tag source that hands them to the reader.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/headless/dwg_bits.h"
+#include "platform/headless/dxf_tokenizer.h"
+
+namespace headless {
+
+// Groups stored as the DXF reader receives them; texts live in one buffer, referred to by offset.
+class DwgTagList {
+ public:
+  struct Tag {
+    std::int16_t code = 0;
+    TagType type = TagType::Text;
+    double real = 0.0;
+    long long integer = 0;
+    std::uint32_t textBegin = 0, textLength = 0;
+  };
+
+  void text(int code, std::string_view value);
+  void real(int code, double value);
+  void integer(int code, long long value);
+  // A handle as DXF writes it: upper-case hex digits without leading zeros.
+  void handle(int code, std::uint64_t value);
+  // The three groups code, code + 10 and code + 20.
+  void point(int code, const DwgPoint3& p);
+  void point(int code, const DwgPoint2& p, double z);
+  // Starts a record (group 0); the handle names it in messages.
+  void record(std::string_view type, std::uint64_t handle = 0);
+
+  std::size_t size() const { return tags_.size(); }
+  const Tag& operator[](std::size_t i) const { return tags_[i]; }
+  std::string_view textOf(const Tag& t) const { return std::string_view(texts_).substr(t.textBegin, t.textLength); }
+  // Appends the tags [begin, end) of another list (texts included).
+  void append(const DwgTagList& other, std::size_t begin, std::size_t end);
+  // Drops the tags from begin on (a record that could not be finished).
+  void truncate(std::size_t begin) { tags_.resize(begin); }
+  // The handle of the record that holds tag i, 0 when it has none.
+  std::uint64_t handleAt(std::size_t i) const;
+
+ private:
+  std::vector<Tag> tags_;
+  std::string texts_;
+  std::vector<std::pair<std::size_t, std::uint64_t>> records_;  // first tag, handle
+};
+
+// Replays a tag list as if read from a DXF file; positions are tag indices, placed by their record's handle.
+class DwgTagSource final : public TagSource {
+ public:
+  DwgTagSource(const DwgTagList& tags, long long fileSize) : tags_(tags), fileSize_(fileSize) {}
+  bool next(RawTag& tag) override;
+  bool failed() const override { return false; }
+  const std::string& error() const override { return error_; }
+  std::string location() const override { return place(position()); }
+  long long position() const override { return static_cast<long long>(next_ == 0 ? 0 : next_ - 1); }
+  std::string place(long long position) const override;
+  bool hasMoreInput() override { return next_ < tags_.size(); }
+  bool grew() const override { return false; }
+  long long fileSize() const override { return fileSize_; }
+
+ private:
+  const DwgTagList& tags_;
+  std::size_t next_ = 0;
+  long long fileSize_;
+  std::string error_;
+};
+
+std::string dwgHex(std::uint64_t value);
+
+}  // namespace headless
