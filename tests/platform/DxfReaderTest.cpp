@@ -370,7 +370,7 @@ TEST(DxfReader, DamagedFilesGiveOneClearError) {
       {"text.dxf", "Hello, this is not a drawing\n", "line 1: expected a group code"},
       {"empty.dxf", "", ""},
       {"binary.dxf", binaryDrawing(true, "AC1015").substr(0, 120), "byte offset"},
-      {"drawing.dwg", "AC1032\0\0\0\0", "DWG drawings cannot be read yet"},
+      {"drawing.dwg", "AC1032\0\0\0\0", "file header is cut short"},
       {"nosection.dxf", dxfFromPairs("0|SECTION|0|ENDSEC|0|EOF"), "expected the section's name"},
   };
   for (const Case& c : cases) {

@@ -109,6 +109,9 @@ bool DwgObjectReader::open(const DwgSections& sections, const DwgObjectHeader& h
   strings = DwgBitReader();
   handles = DwgBitReader();
   common = DwgCommon();
+  xdictionaryMissing_ = false;
+  plotstyleFlags_ = materialFlags_ = 0;
+  fullStyle_ = faceStyle_ = edgeStyle_ = false;
   isEntity = entity;
   separateStrings_ = atLeast(DwgVersion::R2007);
   type = bits.readObjectType();
@@ -158,6 +161,8 @@ bool DwgObjectReader::readCommonObject() {
   // Each reactor takes at least a byte of the handle stream.
   if (reactors < 0 || static_cast<std::size_t>(reactors) > bits.bitSize() / 8) return false;
   common.reactorCount = static_cast<std::uint32_t>(reactors);
+  if (atLeast(DwgVersion::R2004)) xdictionaryMissing_ = bits.readBit();
+  if (atLeast(DwgVersion::R2013)) bits.readBit();  // data in the data store
   return !bits.failed();
 }
 
@@ -165,9 +170,8 @@ bool DwgObjectReader::readCommonEntity() {
   if (!readCommonObject()) return false;
   bool byLayerLinetype = false;
   if (!atLeast(DwgVersion::R2000)) byLayerLinetype = bits.readBit();
-  if (atLeast(DwgVersion::R2004)) xdictionaryMissing_ = bits.readBit();
+  // Releases before R2004 link entities to their neighbours (the extended dictionary bit took its place).
   if (!atLeast(DwgVersion::R2004)) common.hasLinks = !bits.readBit();
-  if (atLeast(DwgVersion::R2013)) bits.readBit();  // data in the data store
   common.color = bits.readEntityColor();
   common.linetypeScale = bits.readBitDouble();
   if (atLeast(DwgVersion::R2000)) {
@@ -191,7 +195,12 @@ bool DwgObjectReader::readCommonEntity() {
 }
 
 void DwgObjectReader::readText(std::string& out) {
-  if (!separateStrings_) return bits.readText(out);
+  if (!separateStrings_) {
+    bits.readText(out);
+    // Some writers count a terminating zero in the length.
+    while (!out.empty() && out.back() == '\0') out.pop_back();
+    return;
+  }
   out.clear();
   if (strings.bitSize() == 0) return;  // an object without texts
   strings.readUnicodeText(wide_);

@@ -87,9 +87,25 @@ void DwgReader::decodeTables() {
         damaged(h, type);
     }
   }
-  for (const DwgBlockHeader& b : blocks_) {
-    if (equalsIgnoreCase(b.name, "*Model_Space")) modelSpace_ = b.handle;
-    else if (equalsIgnoreCase(b.name, "*Paper_Space")) paperSpace_ = b.handle;
+  // Block headers may share a name (the second paper space, anonymous blocks stored as "*U"); they get
+  // numbers as DXF writers give them: "*Paper_Space0", "*U1".
+  std::unordered_map<std::string, int> seen;
+  for (DwgBlockHeader& b : blocks_) {
+    const std::string key = toUpperAscii(b.name);
+    const bool bareAnonymous = key.size() == 2 && key[0] == '*';
+    int& count = seen[key];
+    if (count > 0 || bareAnonymous) {
+      const bool paper = key == "*PAPER_SPACE";
+      std::string name;
+      do name = b.name + std::to_string(paper ? count - 1 : count + 1);
+      while (seen.contains(toUpperAscii(name)) && ++count < 1'000'000);
+      b.name = name;
+      names_[b.handle] = name;
+      ++seen[toUpperAscii(name)];
+    }
+    ++count;
+    if (key == "*MODEL_SPACE" && !modelSpace_) modelSpace_ = b.handle;
+    else if (key == "*PAPER_SPACE" && !paperSpace_) paperSpace_ = b.handle;
   }
 }
 

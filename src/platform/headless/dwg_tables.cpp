@@ -15,8 +15,9 @@ struct EntryStart {
 EntryStart readEntryStart(DwgObjectReader& o, std::string& name) {
   o.readText(name);
   EntryStart start;
-  o.bits.readBit();       // 64-flag
-  o.bits.readBitShort();  // external reference index + 1
+  o.bits.readBit();  // 64-flag
+  // The external reference index is gone from R2007 on (real drawings have no bits for it).
+  if (!o.atLeast(DwgVersion::R2007)) o.bits.readBitShort();
   start.xrefDependent = o.bits.readBit();
   return start;
 }
