@@ -61,7 +61,7 @@ std::size_t CReadContext::slotOf(const CommonTextsKey& key, std::string_view lay
   std::uint64_t mixed = h.value() ^ (key.layerId * 0x9E3779B97F4A7C15ULL) ^ key.linetypeScaleBits;
   mixed ^= (static_cast<std::uint64_t>(static_cast<std::uint32_t>(key.color)) << 32) | static_cast<std::uint32_t>(key.lineWeight);
   mixed *= 0xFF51AFD7ED558CCDULL;
-  return static_cast<std::size_t>(mixed >> 56);  // 256 slots
+  return static_cast<std::size_t>(mixed >> 54);  // 1024 slots
 }
 
 const CommonTexts* CReadContext::commonTexts(const CommonTextsKey& key, std::string_view layerName,

@@ -97,7 +97,7 @@ class CReadContext {
     bool used = false;
   };
   static std::size_t slotOf(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype);
-  std::vector<CommonTextsSlot> common_ = std::vector<CommonTextsSlot>(256);
+  std::vector<CommonTextsSlot> common_ = std::vector<CommonTextsSlot>(1024);
 };
 
 // One walk into a block's contents, for as long as it lives. It is allowed when the block is not already
