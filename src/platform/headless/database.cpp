@@ -87,6 +87,14 @@ std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& re
       report.error = path + ": the drawing cannot be read: " + e.what();
       return nullptr;
     }
+    // Without its header variables a drawing's current space is unknown: guessing model space would compare
+    // the wrong space of a drawing saved with a layout showing.
+    if (!data->dwgHeaderDecoded) {
+      report = ReadReport();
+      report.error = path + ": DWG drawings cannot be read yet: their header variables (the current space among "
+                            "them) are not decoded; save the drawing as DXF (any release from R12 to R2018)";
+      return nullptr;
+    }
     return std::unique_ptr<Database>(new Database(std::move(data)));
   }
   auto data = std::make_unique<DatabaseData>();

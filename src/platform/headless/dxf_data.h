@@ -104,6 +104,9 @@ struct DatabaseData {
   std::string version;
   std::string codepage;
   int tilemode = 1;
+  // Set by the DWG reader once it has decoded the drawing's header variables: without them a DWG's current
+  // space is unknown. (A DXF drawing's come from its HEADER section, or are the host's defaults.)
+  bool dwgHeaderDecoded = false;
 
   headless::PageArray<StoredTag> tags;
   headless::PageArray<char> arena;
