@@ -1,4 +1,5 @@
-// The comparer store, and the per-drawing budget and cycle guard for walking into blocks.
+// The comparer store, the common texts remembered, and the per-drawing budget and cycle guard for walking
+// into blocks.
 #include "comparers/ReadContext.h"
 
 #include <algorithm>
@@ -83,8 +84,6 @@ CComparerStore::~CComparerStore() {
 }
 
 void CComparerStore::reserve(std::size_t bytes) { nextBlock_ = std::max(nextBlock_, bytes); }
-
-
 
 CBlockWalk::CBlockWalk(CReadContext* context, const platform::BlockRecord& block) : context_(context) {
   if (!context || !block || context->spent_) return;

@@ -1,10 +1,10 @@
-// What the comparers of one drawing share: the memory they live in, the pool of their texts, and while it is
-// read the work budget for walking into blocks, the blocks being walked, and the warnings the walk gives.
+// What the comparers of one drawing share: the memory they live in, the pool of their texts, the common texts
+// remembered, and while it is read the work budget for walking into blocks, the blocks being walked, and the
+// warnings the walk gives.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,7 +41,7 @@ class CComparerStore {
 };
 
 // The common texts an entity's layer and its own colour, linetype and lineweight give, by what gives them:
-// the entities of a drawing share a few dozen such combinations, so most find theirs remembered.
+// the entities of a drawing share a few dozen or hundred such combinations, so most find theirs remembered.
 struct CommonTextsKey {
   std::uint64_t layerId = 0;
   const void* layers = nullptr;  // the layer context that answered
