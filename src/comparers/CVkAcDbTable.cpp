@@ -22,7 +22,7 @@ double at(const std::vector<double>& values, std::size_t i) { return i < values.
 void CVkAcDbTable::load(const platform::Entity& entity, platform::Matrix3d transform) {
   CVkAcadEntityBase::load(entity, transform);
   const platform::Point3d p = transform.transform(entity.point(Accessor::position));  // AcDbTable::position
-  setFullKey(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
+  setKeyFrom(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
   setZText(platform::fmt("%.2f", p.z));
   if (isCompared(kCodeDetails)) loadDetail(entity, transform);
 }

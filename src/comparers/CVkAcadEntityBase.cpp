@@ -195,7 +195,7 @@ const CompareOptions& CVkAcadEntityBase::options() const { return options_ ? *op
 
 std::string CVkAcadEntityBase::keyText() const {
   if (!hasKey_) return {};
-  return "0," + keyDigest(fullKey());
+  return "0," + std::to_string(keyDigest_);
 }
 
 CTextPool& CVkAcadEntityBase::pool() const {
@@ -205,9 +205,7 @@ CTextPool& CVkAcadEntityBase::pool() const {
 
 CTextPool::Id CVkAcadEntityBase::intern(std::string_view t) { return t.empty() ? CTextPool::kEmpty : pool().intern(t); }
 
-void CVkAcadEntityBase::setFullKey(std::string_view fullKey) {
-  // Keys are made of coordinates and are seldom repeated: no use looking them up.
-  fullKey_ = fullKey.empty() ? CTextPool::kEmpty : pool().add(fullKey);
+void CVkAcadEntityBase::setKeyFrom(std::string_view fullKey) {
   keyDigest_ = keyDigestValue(fullKey);
   hasKey_ = true;
 }

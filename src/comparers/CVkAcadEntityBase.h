@@ -71,7 +71,6 @@ class CVkAcadEntityBase {
   std::string keyText() const;
   // The order of key texts as a number: equal keys give equal numbers, and numbers compare as the texts do.
   std::uint64_t keyOrder() const { return hasKey_ ? keyOrderOf(keyDigest_) : 0; }
-  std::string_view fullKey() const { return text(fullKey_); }
   std::string_view dxfName() const { return text(dxfName_); }
   std::string_view colorText() const { return text(colorText_); }
   std::string_view layerText() const { return text(layerText_); }
@@ -117,8 +116,9 @@ class CVkAcadEntityBase {
 
  protected:
   using TextId = CTextPool::Id;
-  // Stores the full key and the number of its key text "0,<digest>".
-  void setFullKey(std::string_view fullKey);
+  // Keys the comparer by its full key text ("LINE,0.00,0.00,10.00,5.00"): only the digest is kept, which
+  // is all that pairing and the key text need.
+  void setKeyFrom(std::string_view fullKey);
   void setZText(std::string_view z) { zText_ = intern(z); }
   void setTextStyleText(std::string_view s) { textStyleText_ = intern(s); }
   const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
@@ -157,7 +157,6 @@ class CVkAcadEntityBase {
   TextId lineweightText_ = CTextPool::kEmpty;
   TextId zText_ = CTextPool::kEmpty;
   TextId textStyleText_ = CTextPool::kEmpty;
-  TextId fullKey_ = CTextPool::kEmpty;
   const CLayerContext* layerContext_ = nullptr;
   CReadContext* readerContext_ = nullptr;
   const platform::Matrix3d* drawingTransform_ = nullptr;

@@ -51,11 +51,11 @@ void CVkCustomEntity::load(const platform::Entity& entity, platform::Matrix3d tr
       }
   if (position) {
     const platform::Point3d p = transform.transform(*position);
-    setFullKey(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
+    setKeyFrom(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
     setZText(platform::fmt("%.2f", p.z));
   } else {
     const platform::Extents3d& e = placedExtents();
-    setFullKey(platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", dxfName(), e.min.x, e.min.y, e.max.x, e.max.y));
+    setKeyFrom(platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", dxfName(), e.min.x, e.min.y, e.max.x, e.max.y));
     setZText(platform::fmt("%.2f,%.2f", minZ(), maxZ()));
   }
   if (isCompared(kCodeDetails)) captureGroups(groups, transform);

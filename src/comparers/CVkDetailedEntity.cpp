@@ -13,7 +13,7 @@ void CVkDetailedEntity::load(const platform::Entity& entity, platform::Matrix3d 
   keys.zText.clear();
   keys.textStyle.clear();
   traits_.key(entity, transform, *this, keys);
-  setFullKey(keys.fullKey);
+  setKeyFrom(keys.fullKey);
   setZText(keys.zText);
   setTextStyleText(keys.textStyle);
   if (isCompared(kCodeDetails)) loadDetail(entity, transform);

@@ -70,7 +70,7 @@ TEST_F(EntitiesFixture, HatchMessagesInOrder) {
   auto d = drawing(a);
   EXPECT_EQ(detailed(d).detailTexts(), (std::vector<std::string>{"0", "0.00", "1.00", "3.00", "0", "1", "ANSI31"}));
   const platform::Extents3d& x = d.comparers[0]->placedExtents();
-  EXPECT_EQ(d.comparers[0]->fullKey(), platform::fmt("HATCH,%.2f,%.2f,%.2f,%.2f", x.min.x, x.min.y, x.max.x, x.max.y));
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest(platform::fmt("HATCH,%.2f,%.2f,%.2f,%.2f", x.min.x, x.min.y, x.max.x, x.max.y)));
 }
 
 TEST_F(EntitiesFixture, MeshCountsAndVertices) {
@@ -96,7 +96,7 @@ TEST_F(EntitiesFixture, MeshCountsAndVertices) {
 TEST_F(EntitiesFixture, FaceKeyAndEdgeVisibility) {
   const std::string face = "0|3DFACE|8|0|10|0|20|0|30|0|11|1|21|0|31|0|12|1|22|1|32|2|13|0|23|1|33|2";
   auto d = drawing(face);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "3DFACE,0.00,0.00,1.00,0.00,1.00,1.00,0.00,1.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("3DFACE,0.00,0.00,1.00,0.00,1.00,1.00,0.00,1.00"));
   EXPECT_EQ(d.comparers[0]->zText(), "0.00,0.00,2.00,2.00");
   EXPECT_EQ(detailed(d).detailTexts()[0], "1,1,1,1");
   auto hidden = drawing(face + "|70|5");
@@ -108,7 +108,7 @@ TEST_F(EntitiesFixture, SolidsAndTracesByName) {
   auto d = drawing("0|SOLID|8|0|10|1|20|2|30|0|11|3|21|2|12|1|22|4|13|3|23|4|0|TRACE|8|0|10|1|20|2|11|3|21|2|12|1|22|4|13|3|23|4");
   ASSERT_NE(dynamic_cast<const CVkAcDbSolidOrTrace*>(d.comparers[0].get()), nullptr);
   ASSERT_NE(dynamic_cast<const CVkAcDbSolidOrTrace*>(d.comparers[1].get()), nullptr);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "SOLID,1.00,2.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("SOLID,1.00,2.00"));
   EXPECT_EQ(d.comparers[1]->description(), "跟踪图元 ");
   EXPECT_EQ(compare("0|SOLID|8|0|10|1|20|2|11|3|21|2|12|1|22|4", "0|SOLID|8|0|39|2|10|1|20|2|11|3|21|2|12|1|22|4|210|0|220|0|230|-1"),
             "三维实体图元 厚度不一样,仅有一个平面包含实体不一样,");
@@ -136,7 +136,7 @@ TEST_F(EntitiesFixture, LightsAreComparedAsCustomEntities) {
   EXPECT_NE(drawing(moved).comparers[0]->keyText(), a.comparers[0]->keyText());
   // The light comparer itself: its target text keeps the literal "%.2f," of its format.
   auto mine = direct<CVkAcDbLight>(a);
-  EXPECT_EQ(mine->fullKey(), "LIGHT,5.00,6.00");
+  EXPECT_EQ(mine->keyText(), "0," + keyDigest("LIGHT,5.00,6.00"));
   EXPECT_EQ(mine->detailTexts(), (std::vector<std::string>{"Spot1", "%.2f,1.00", "3"}));
   auto other = direct<CVkAcDbLight>(drawing("0|LIGHT|8|0|100|AcDbLight|90|1|1|Spot2|70|2|10|5|20|6|30|7|11|4|21|2|31|3"));
   EXPECT_EQ(compareText(*other, *mine), "光照图元 光对象的名称不一样,光目标位置的位置不一样,光对象的类型不一样,");
@@ -153,7 +153,7 @@ TEST_F(EntitiesFixture, ImagesAndWipeouts) {
                             "13|100|23|50|340|40|70|7|280|0|71|1|91|2|14|-0.5|24|-0.5|14|99.5|24|49.5";
   const std::string def = "0|IMAGEDEF|5|40|100|AcDbRasterImageDef|90|0|1|C:/img/a.png|10|100|20|50";
   auto a = drawing(image, def);
-  EXPECT_EQ(a.comparers[0]->fullKey(), "IMAGE,1.00,2.00");
+  EXPECT_EQ(a.comparers[0]->keyText(), "0," + keyDigest("IMAGE,1.00,2.00"));
   EXPECT_EQ(detailed(a).detailTexts(), (std::vector<std::string>{"10.00, 0.00", "0.00, 5.00", "C:/img/a.png"}));
   std::string clipped = image;
   clipped.replace(clipped.find("14|99.5"), 7, "14|90.5");
@@ -175,7 +175,7 @@ TEST_F(EntitiesFixture, OleFramesCompareOnlyCommonPropertiesThroughTheFactory) {
   EXPECT_EQ(compare(a, "0|OLE2FRAME|8|0|62|1|100|AcDbOle2Frame|70|2|10|0|20|5|30|0|11|4|21|0|31|0|71|2"), " OLE2FRAME 图元 颜色不相同,");
   // The OLE2 frame comparer, which the factory never makes, compares the object too.
   auto frame = direct<CVkAcDbOle2Frame>(da);
-  EXPECT_EQ(frame->fullKey(), "OLE2FRAME,0.00,5.00,0.00,4.00,0.00,0.00");
+  EXPECT_EQ(frame->keyText(), "0," + keyDigest("OLE2FRAME,0.00,5.00,0.00,4.00,0.00,0.00"));
   EXPECT_EQ(frame->detailTexts(), (std::vector<std::string>{"2", "0.00", "4.00", "5.00", "", "", ""}));
   auto other = direct<CVkAcDbOle2Frame>(
       drawing("0|OLE2FRAME|8|0|100|AcDbOle2Frame|70|2|10|0|20|6|30|0|11|5|21|0|31|0|71|3"));
@@ -202,7 +202,7 @@ TEST_F(EntitiesFixture, ViewportMessagesInOrder) {
   EXPECT_EQ(compare(a, b), "浮动视口 绘图单位的视口实体窗口高度不一样,绘图单位的视口实体窗口宽度不一样,视图的ID号不一样,"
                            "褪色值不一样,高度不一样,视野中心不一样,扭转角度不一样,在视口的镜头长度不一样,"
                            "前裁剪面是当前打开的视图中不一样,后裁剪面是当前打开的视图中不一样,褪色下限不一样,捕捉角度不一样,");
-  EXPECT_EQ(drawing(a).comparers[0]->fullKey(), "VIEWPORT,5.00,5.00");
+  EXPECT_EQ(drawing(a).comparers[0]->keyText(), "0," + keyDigest("VIEWPORT,5.00,5.00"));
 }
 
 TEST_F(EntitiesFixture, ProxiesHaveNoKey) {

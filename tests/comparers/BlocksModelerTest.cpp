@@ -184,8 +184,8 @@ TEST_F(ModelerFixture, SurfacesByKindWithTheirKeysAndMessages) {
   EXPECT_EQ(a.comparers[1], nullptr);  // a surface of another kind takes no part
   EXPECT_EQ(detailed(a, 0).detailTexts(), (std::vector<std::string>{"200.00", "0.00,0.00,200.00"}));
   const platform::Extents3d& x = a.comparers[2]->placedExtents();
-  EXPECT_EQ(a.comparers[2]->fullKey(), platform::fmt("REVOLVEDSURFACE,0.000000,%.2f,%.2f,%.2f,%.2f,1.00,2.00,0.00", x.min.x,
-                                                     x.min.y, x.max.x, x.max.y));
+  EXPECT_EQ(a.comparers[2]->keyText(), "0," + keyDigest(platform::fmt("REVOLVEDSURFACE,0.000000,%.2f,%.2f,%.2f,%.2f,1.00,2.00,0.00", x.min.x,
+                                                     x.min.y, x.max.x, x.max.y)));
   EXPECT_NE(dynamic_cast<const CVkAcDbRevolvedSurface*>(a.comparers[2].get()), nullptr);
   auto b = drawing("0|EXTRUDEDSURFACE" + head + "|100|AcDbExtrudedSurface|10|0|20|5|30|200|0|NURBSURFACE" + head +
                    "|0|REVOLVEDSURFACE|102|{ACAD_REACTORS|330|99|102|}" + head +

@@ -44,7 +44,7 @@ struct BlockFixture : ::testing::Test {
 TEST_F(BlockFixture, OwnMessagesAndKey) {
   auto a = drawing(insert("B1", "10|5|20|6|30|1|41|2|50|90"), block("B1", kLine) + "|" + block("B2", kLine));
   auto b = drawing(insert("B2", "10|5|20|6|30|1|41|3|50|45"), block("B1", kLine) + "|" + block("B2", kLine));
-  EXPECT_EQ(a.comparers[0]->fullKey(), "INSERT,5.00,6.00");
+  EXPECT_EQ(a.comparers[0]->keyText(), "0," + keyDigest("INSERT,5.00,6.00"));
   EXPECT_EQ(a.comparers[0]->zText(), "1.00");
   EXPECT_EQ(reference(a).detailTexts(), (std::vector<std::string>{"1.57", "2.00,1.00,1.00", "B1"}));
   // Turned and scaled otherwise, the block's line lies elsewhere in the drawing.
@@ -81,7 +81,7 @@ TEST_F(BlockFixture, ContentsAreInDrawingCoordinates) {
   const CVkAcDbBlockReference& ref = reference(d);
   ASSERT_TRUE(ref.contentLoaded());
   ASSERT_EQ(ref.blockEntities().size(), 1u);
-  EXPECT_EQ(ref.blockEntities().begin()->comparer->fullKey(), "LINE,10.00,20.00,10.00,21.00");
+  EXPECT_EQ(ref.blockEntities().begin()->comparer->keyText(), "0," + keyDigest("LINE,10.00,20.00,10.00,21.00"));
   EXPECT_NE(dynamic_cast<const CVkAcDbLine*>(ref.blockEntities().begin()->comparer.get()), nullptr);
 }
 

@@ -84,12 +84,12 @@ TEST_F(BaseFixture, OppositeDirectionsGiveOneKeyAndNoMessage) {
                                             line("8|A", 0, 0, 0, 5) + "|" + line("8|A", 0, 5, 0, 0)),
                          all);
   ASSERT_EQ(a.comparers.size(), 4u);
-  EXPECT_EQ(a.comparers[0]->fullKey(), "LINE,0.00,0.00,10.00,5.00");
-  EXPECT_EQ(a.comparers[1]->fullKey(), a.comparers[0]->fullKey());
+  EXPECT_EQ(a.comparers[0]->keyText(), "0," + keyDigest("LINE,0.00,0.00,10.00,5.00"));
+  EXPECT_EQ(a.comparers[1]->keyText(), a.comparers[0]->keyText());
   EXPECT_EQ(a.comparers[1]->keyText(), a.comparers[0]->keyText());
   EXPECT_EQ(a.comparers[0]->keyText(), "0," + keyDigest("LINE,0.00,0.00,10.00,5.00"));
-  EXPECT_EQ(a.comparers[2]->fullKey(), "LINE,0.00,0.00,0.00,5.00");
-  EXPECT_EQ(a.comparers[3]->fullKey(), a.comparers[2]->fullKey());
+  EXPECT_EQ(a.comparers[2]->keyText(), "0," + keyDigest("LINE,0.00,0.00,0.00,5.00"));
+  EXPECT_EQ(a.comparers[3]->keyText(), a.comparers[2]->keyText());
   EXPECT_EQ(compareText(*a.comparers[1], *a.comparers[0]), "直线图元 ");
 }
 
@@ -177,5 +177,5 @@ TEST(ComparerFactory, RowsInOrderAndTheLastRule) {
   EXPECT_NE(dynamic_cast<CVkAcDbLine*>(d.comparers[0].get()), nullptr);
   EXPECT_NE(dynamic_cast<CVkCustomEntity*>(d.comparers[1].get()), nullptr);
   EXPECT_EQ(d.comparers[1]->description(), "代理实体图元");
-  EXPECT_EQ(d.comparers[1]->fullKey(), "MYCUSTOM,1.00,2.00");
+  EXPECT_EQ(d.comparers[1]->keyText(), "0," + keyDigest("MYCUSTOM,1.00,2.00"));
 }

@@ -164,7 +164,7 @@ TEST_F(CurvesFixture, KeysZAndDetailTextsPerClass) {
     SCOPED_TRACE(r.entity);
     auto c = one(r.entity, all);
     ASSERT_TRUE(c);
-    EXPECT_EQ(c->fullKey(), r.key);
+    EXPECT_EQ(c->keyText(), "0," + keyDigest(r.key));
     EXPECT_EQ(c->keyText(), "0," + keyDigest(r.key));
     if (r.z.ends_with('*')) EXPECT_TRUE(c->zText().starts_with(r.z.substr(0, r.z.size() - 1))) << c->zText();
     else EXPECT_EQ(c->zText(), r.z);
@@ -281,10 +281,10 @@ TEST_F(CurvesFixture, LeadingPointsInCanonicalOrderGiveOneKey) {
 TEST_F(CurvesFixture, LoadTransformMovesKeysAndTexts) {
   const auto moved = platform::Matrix3d::translation({-1, -2, -3});
   auto arc = one(kArc, all, moved);
-  EXPECT_EQ(arc->fullKey(), "ARC,0.00,0.00,5.00,0.52");
+  EXPECT_EQ(arc->keyText(), "0," + keyDigest("ARC,0.00,0.00,5.00,0.52"));
   EXPECT_EQ(arc->zText(), "0.00");
   auto square = one(lwpolyline(kSquare), all, moved);
-  EXPECT_EQ(square->fullKey(), "LWPOLYLINE,4,-1.00,-2.00,9.00,-2.00");
+  EXPECT_EQ(square->keyText(), "0," + keyDigest("LWPOLYLINE,4,-1.00,-2.00,9.00,-2.00"));
   EXPECT_EQ(detailsOf(*square), "0.00|0|1|0|0.00|-1.00,-2.00|9.00,-2.00 [9.00,3.00 -1.00,3.00]");
   EXPECT_EQ(one(helix(), all, moved)->zText(), "-3.00,-3.00,3.00,1.00,6.00");
   EXPECT_EQ(detailsOf(*one(mline("40|1|71|1"), all, moved)), "1.00|0 [-1.00,-2.00 9.00,-2.00 9.00,3.00]");
@@ -305,14 +305,14 @@ TEST_F(CurvesFixture, VerticesOpenedOnTheirOwn) {
   auto plain = vertex(0, 0), rich = vertex(0, 1);
   ASSERT_NE(dynamic_cast<CVkAcDb2dVertex*>(rich.get()), nullptr);
   EXPECT_EQ(rich->description(), "顶点图元 ");
-  EXPECT_EQ(rich->fullKey(), "VERTEX,10.00,0.00");
+  EXPECT_EQ(rich->keyText(), "0," + keyDigest("VERTEX,10.00,0.00"));
   EXPECT_EQ(detailsOf(*rich), "1.00|2.00|0.50|1|1.57|7");
   EXPECT_EQ(rich->compare(*plain)->text,
             "顶点图元 顶点的开始宽度不一样,顶点的结束宽度不一样,顶点的凸出值不一样,曲线拟合的切线方向这点不一样,"
             "曲线拟合切线方向不一样,顶点标识不一样,");
   auto simple = vertex(1, 0), control = vertex(1, 1);
   ASSERT_NE(dynamic_cast<CVkAcDb3dPolylineVertex*>(control.get()), nullptr);
-  EXPECT_EQ(simple->fullKey(), "VERTEX,1.00,2.00");
+  EXPECT_EQ(simple->keyText(), "0," + keyDigest("VERTEX,1.00,2.00"));
   EXPECT_TRUE(simple->zText().starts_with("3.00,"));
   EXPECT_EQ(detailsOf(*control), "1");  // a spline frame control point
   EXPECT_EQ(control->compare(*simple)->text, "顶点图元 Z坐标不相同,类型不一样,");

@@ -27,7 +27,7 @@ TEST_F(CustomFixture, GroupTextIsSortedAndLeavesOutIdentityAndCommonGroups) {
                                             "10|1|20|2|30|0|11|3|21|4|31|5|340|2B|1|label|1001|APP|1000|ignored"),
                          all);
   EXPECT_EQ(custom(d).groupText(), ",0,MYCUSTOM,1,label,11,3.00,4.00,5.00,40,1.50,70,4,100,AcDbEntity,100,MyThing");
-  EXPECT_EQ(d.comparers[0]->fullKey(), "MYCUSTOM,1.00,2.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("MYCUSTOM,1.00,2.00"));
   EXPECT_EQ(d.comparers[0]->zText(), "0.00");
 }
 
@@ -66,6 +66,6 @@ TEST_F(CustomFixture, PolylinesAndEntitiesWithoutPositionAreKeyedByExtents) {
                          all);
   ASSERT_EQ(d.comparers.size(), 1u);
   const platform::Extents3d& e = d.comparers[0]->placedExtents();
-  EXPECT_EQ(d.comparers[0]->fullKey(), platform::fmt("POLYLINE,%.2f,%.2f,%.2f,%.2f", e.min.x, e.min.y, e.max.x, e.max.y));
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest(platform::fmt("POLYLINE,%.2f,%.2f,%.2f,%.2f", e.min.x, e.min.y, e.max.x, e.max.y)));
   EXPECT_EQ(d.comparers[0]->description(), "多段线图元 ");
 }

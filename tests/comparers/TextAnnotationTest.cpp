@@ -64,7 +64,7 @@ TEST_F(AnnotationFixture, LeaderMessagesFollowInTheirOrder) {
   const std::string src = leader("71|1|72|0|75|0|76|3", "10|0|20|0|30|0|10|5|20|5|30|0|10|8|20|5|30|1");
   auto d = load(src);
   EXPECT_NE(dynamic_cast<CVkAcDbLeader*>(d.comparers.at(0).get()), nullptr);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "LEADER,0.00,0.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("LEADER,0.00,0.00"));
   EXPECT_EQ(d.comparers[0]->zText(), "0.00,1.00");
   EXPECT_EQ(details(d).back(), "8.00, 5.00");  // the last vertex, with a blank after the comma
   EXPECT_EQ(compare(src, leader("71|0|72|1|75|1|76|4", "10|0|20|0|30|0|10|5|20|5|30|0|10|8|20|5|30|1|10|9|20|5|30|1")),
@@ -77,7 +77,7 @@ TEST_F(AnnotationFixture, ToleranceMessagesFollowInTheirOrder) {
   const std::string src = tolerance("1|{\\Fgdt;j}%%v0.1|11|1|21|0|31|0");
   auto d = load(src);
   EXPECT_NE(dynamic_cast<CVkAcDbFcf*>(d.comparers.at(0).get()), nullptr);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "TOLERANCE,1.00,2.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("TOLERANCE,1.00,2.00"));
   EXPECT_EQ(d.comparers[0]->textStyleText(), "");  // not a text-bearing type
   EXPECT_EQ(compare(src, tolerance("1|{\\Fgdt;j}%%v0.2|11|0|21|1|31|0|210|0|220|0|230|-1",
                                    "1001|ACAD|1000|DSTYLE|1002|{|1070|147|1040|1|1070|40|1040|2|1070|140|1040|3|1002|}")),
@@ -104,7 +104,7 @@ TEST_F(AnnotationFixture, EqualTablesAreListedCellByCell) {
   auto d = load(one);
   auto* t = dynamic_cast<CVkAcDbTable*>(d.comparers.at(0).get());
   ASSERT_NE(t, nullptr);
-  EXPECT_EQ(t->fullKey(), "ACAD_TABLE,1.00,2.00");
+  EXPECT_EQ(t->keyText(), "0," + keyDigest("ACAD_TABLE,1.00,2.00"));
   EXPECT_EQ(t->zText(), "0.00");
   EXPECT_EQ(t->rotationText(), "0.00");
   EXPECT_EQ(t->scaleText(), "1.00,1.00,1.00");

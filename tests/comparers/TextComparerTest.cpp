@@ -57,12 +57,12 @@ TEST_F(TextFixture, TextKeyFollowsTheVerticalMode) {
   auto d = load(text("10|1|20|2|30|3|40|1|1|a") + "|" + text("10|1|20|2|30|3|40|1|1|a|11|5|21|6|31|3|72|1|100|AcDbText|73|2"));
   ASSERT_EQ(d.comparers.size(), 2u);
   EXPECT_NE(dynamic_cast<CVkAcDbText*>(d.comparers[0].get()), nullptr);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "TEXT,1.00,2.00");
-  EXPECT_EQ(d.comparers[1]->fullKey(), "TEXT,5.00,6.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("TEXT,1.00,2.00"));
+  EXPECT_EQ(d.comparers[1]->keyText(), "0," + keyDigest("TEXT,5.00,6.00"));
   EXPECT_TRUE(d.comparers[0]->zText().starts_with("3.00,"));
   // A horizontal mode on the baseline keeps the position.
   auto e = load(text("10|1|20|2|40|1|1|a|11|5|21|6|72|2"));
-  EXPECT_EQ(e.comparers[0]->fullKey(), "TEXT,1.00,2.00");
+  EXPECT_EQ(e.comparers[0]->keyText(), "0," + keyDigest("TEXT,1.00,2.00"));
 }
 
 TEST_F(TextFixture, TextMessagesFollowInTheirOrder) {
@@ -114,7 +114,7 @@ TEST_F(TextFixture, MTextMessagesFollowInTheirOrder) {
             "文本内容不一样,");
   auto d = load(src);
   EXPECT_NE(dynamic_cast<CVkAcDbMText*>(d.comparers[0].get()), nullptr);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "MTEXT,4.00,5.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("MTEXT,4.00,5.00"));
   EXPECT_EQ(d.comparers[0]->textStyleText(), "Standard");
 }
 
@@ -159,7 +159,7 @@ TEST_F(TextFixture, AttributesCompareLockMultilineAndText) {
   ASSERT_EQ(sa.size(), 1u);
   ASSERT_EQ(sb.size(), 1u);
   EXPECT_NE(dynamic_cast<CVkAcDbAttribute*>(sa[0].get()), nullptr);
-  EXPECT_EQ(sa[0]->fullKey(), "ATTRIB,3.00,4.00");
+  EXPECT_EQ(sa[0]->keyText(), "0," + keyDigest("ATTRIB,3.00,4.00"));
   EXPECT_EQ(compareText(*sb[0], *sa[0]), "属性图元 锁定情况不一样,多行文本显示不一样,文本内容不一样,");
   // The tag is not compared; the version number (the first 280) is not the lock flag.
   auto c = load(insertWith("v1|100|AcDbAttribute|280|1|2|OTHER|70|0|280|0"), "AC1032");
@@ -173,7 +173,7 @@ TEST_F(TextFixture, AttributeDefinitionsComparePromptTagAndMultiline) {
   EXPECT_EQ(compare(src, dst, nullptr, "AC1032", "AC1032"), "属性定义图元 提示不一样,标记不一样,多行文字不一样,");
   auto d = load(src, "AC1032");
   EXPECT_NE(dynamic_cast<CVkAcDbAttributeDefinition*>(d.comparers[0].get()), nullptr);
-  EXPECT_EQ(d.comparers[0]->fullKey(), "ATTDEF,1.00,1.00");
+  EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("ATTDEF,1.00,1.00"));
 }
 
 TEST_F(TextFixture, OlderDrawingsKeepTheMultilineFlagInTheExtensionDictionary) {

@@ -78,7 +78,7 @@ TEST_F(DimensionFixture, EveryKindGoesToTheDimensionComparer) {
     auto d = load(dimension(kCommon, kind));
     ASSERT_EQ(d.comparers.size(), 1u);
     EXPECT_EQ(typeid(*d.comparers[0]), typeid(CVkAcDbDimension)) << kind;
-    EXPECT_EQ(d.comparers[0]->fullKey(), "DIMENSION,5.00,6.00");  // the text position
+    EXPECT_EQ(d.comparers[0]->keyText(), "0," + keyDigest("DIMENSION,5.00,6.00"));  // the text position
     EXPECT_EQ(d.comparers[0]->description(), "尺寸标注图元 ");
   }
 }
@@ -110,7 +110,7 @@ TEST_F(DimensionFixture, AlignedDimensionComparer) {
   const std::string src = dimension(kCommon, kAligned);
   auto d = load(src);
   auto c = direct<CVkAcDbAlignedDimension>(d);
-  EXPECT_EQ(c->fullKey(), "DIMENSION,0.00,0.00,10.00,0.00,10.00,5.00");
+  EXPECT_EQ(c->keyText(), "0," + keyDigest("DIMENSION,0.00,0.00,10.00,0.00,10.00,5.00"));
   EXPECT_TRUE(c->zText().starts_with("0.00,0.00,0.00,"));
   EXPECT_EQ(c->textStyleText(), "Standard");
   EXPECT_EQ(compareDirect<CVkAcDbAlignedDimension>(src, dimension(kCommon, kAligned + "|52|15")),
@@ -123,11 +123,11 @@ TEST_F(DimensionFixture, RadialAndDiametricComparersSpellTheirLeaderLengthDiffer
   const std::string radial = "70|36|100|AcDbRadialDimension|10|0|20|0|30|0|15|3|25|4|35|0|40|";
   const std::string diametric = "70|35|100|AcDbDiametricDimension|10|-3|20|-4|30|0|15|3|25|4|35|0|40|";
   auto r = load(dimension(kCommon, radial + "1"));
-  EXPECT_EQ(direct<CVkAcDbRadialDimension>(r)->fullKey(), "DIMENSION,0.00,0.00,3.00,4.00,5.00");
+  EXPECT_EQ(direct<CVkAcDbRadialDimension>(r)->keyText(), "0," + keyDigest("DIMENSION,0.00,0.00,3.00,4.00,5.00"));
   EXPECT_EQ(compareDirect<CVkAcDbRadialDimension>(dimension(kCommon, radial + "1"), dimension(kCommon, radial + "2")),
             "尺寸标注图元 LeaderLength不一样,");
   auto m = load(dimension(kCommon, diametric + "1"));
-  EXPECT_EQ(direct<CVkAcDbDiametricDimension>(m)->fullKey(), "DIMENSION,3.00,4.00,-3.00,-4.00,10.00");
+  EXPECT_EQ(direct<CVkAcDbDiametricDimension>(m)->keyText(), "0," + keyDigest("DIMENSION,3.00,4.00,-3.00,-4.00,10.00"));
   EXPECT_EQ(compareDirect<CVkAcDbDiametricDimension>(dimension(kCommon, diametric + "1"),
                                                      dimension(kCommon, diametric + "2")),
             "尺寸标注图元 leaderLength不一样,");
@@ -137,11 +137,11 @@ TEST_F(DimensionFixture, AngularAndOrdinateComparers) {
   auto a = load(dimension(kCommon, "70|37|100|AcDb3PointAngularDimension|10|1|20|2|30|0|13|3|23|4|33|0|14|5|24|6|34|0|"
                                    "15|7|25|8|35|0"));
   auto angular = direct<CVkAcDb3PointAngularDimension>(a);
-  EXPECT_EQ(angular->fullKey(), "DIMENSION,7.00,8.00,3.00,4.00,5.00,6.00,1.00,2.00");
+  EXPECT_EQ(angular->keyText(), "0," + keyDigest("DIMENSION,7.00,8.00,3.00,4.00,5.00,6.00,1.00,2.00"));
   EXPECT_TRUE(angular->zText().starts_with("0.00,0.00,0.00,0.00,"));
   const std::string ordinate = "70|38|100|AcDbOrdinateDimension|10|0|20|0|30|0|13|1|23|2|33|0|14|";
   auto o = load(dimension(kCommon, ordinate + "3|24|3|34|0"));
-  EXPECT_EQ(direct<CVkAcDbOrdinateDimension>(o)->fullKey(), "DIMENSION,0.00,0.00,1.00,2.00");
+  EXPECT_EQ(direct<CVkAcDbOrdinateDimension>(o)->keyText(), "0," + keyDigest("DIMENSION,0.00,0.00,1.00,2.00"));
   EXPECT_EQ(compareDirect<CVkAcDbOrdinateDimension>(dimension(kCommon, ordinate + "3|24|3|34|0"),
                                                     dimension("3|Standard|1|9", ordinate + "4|24|3|34|0")),
             "尺寸标注图元 用户提供尺寸标注的文本字符串不一样,Leader的端点不一样,");

@@ -18,7 +18,7 @@ class FakeComparer : public CVkAcadEntityBase {
     description_ = name_.c_str();
     setContexts(&context, nullptr, nullptr, nullptr);
     // An empty key stays unset, as with comparers that never key their entity.
-    if (!key_.empty()) setFullKey(key_);
+    if (!key_.empty()) setKeyFrom(key_);
   }
   void appendDifferences(const CVkAcadEntityBase& other, std::string& out) override {
     out += name_;
