@@ -2,6 +2,8 @@
 // switches, the display names and the pair tests, on lines read by the real drawing reader.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "comparers/CVkAcDbLine.h"
 #include "comparers/CVkCustomEntity.h"
 #include "comparers/ComparerTestSupport.h"
@@ -44,6 +46,19 @@ TEST(KeyDigest, HashesUtf16CodeUnits) {
   const std::string digest = keyDigest(std::string(200, 'z'));
   EXPECT_LT(std::stoll(digest), 2147483648LL);
   EXPECT_GE(std::stoll(digest), 0);
+  // Every length, each position of a non-ASCII character among the bytes read four at a time, against the
+  // rule unit by unit.
+  std::mt19937 rng(131);
+  for (std::size_t n = 0; n < 40; ++n) {
+    std::string ascii;
+    for (std::size_t i = 0; i < n; ++i) ascii += static_cast<char>(' ' + rng() % 95);
+    for (std::size_t at = 0; at <= n; ++at) {
+      const std::string text = at == n ? ascii : ascii.substr(0, at) + "中" + ascii.substr(at);
+      std::uint32_t h = 0;
+      for (char16_t unit : platform::utf8ToUtf16(text)) h = h * 131u + unit;
+      ASSERT_EQ(keyDigestValue(text), h & 0x7FFFFFFFu) << text;
+    }
+  }
 }
 
 TEST(TypeDisplayName, KeepsTheProgramsWording) {
