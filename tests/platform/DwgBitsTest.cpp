@@ -82,7 +82,7 @@ TEST(DwgBitReader, CodesTheFormatNeverUsesFailTheRead) {
 TEST(DwgBitReader, SmallCodesAndRawValuesOffByteBoundaries) {
   Bits b;
   b << "1 10 110 0 111";  // B, BB, 3B 6, 3B 0, 3B 7
-  b << "10";               // BLL of 2 bytes
+  b << "010";              // BLL of 2 bytes: the count is three bits
   b.bytes(0x1234, 2);
   b.byte(0xAB).bytes(0xBEEF, 2).bytes(0x80000000u, 4).bytes(std::bit_cast<std::uint64_t>(3.25), 8);
   DwgBitReader r = b.reader();

@@ -114,7 +114,13 @@ std::int32_t DwgBitReader::readBitLong() {
   }
 }
 
-std::uint64_t DwgBitReader::readBitLongLong() { return readRawBytes(readBitTriplet()); }
+// The byte count is three plain bits, not a bit triplet: REQUIREDVERSIONS, 0 in every R2013+ header
+// variables section seen, takes three bits before the variables that follow it.
+std::uint64_t DwgBitReader::readBitLongLong() {
+  int count = 0;
+  for (int i = 0; i < 3; ++i) count = count << 1 | (readBit() ? 1 : 0);
+  return readRawBytes(count);
+}
 
 double DwgBitReader::readBitDouble() {
   switch (readBitPair()) {

@@ -81,7 +81,7 @@ class DwgBitReader {
   std::uint8_t readBitTriplet();        // 3B: 1 to 3 bits, ended by a zero bit
   std::int16_t readBitShort();          // BS
   std::int32_t readBitLong();           // BL
-  std::uint64_t readBitLongLong();      // BLL
+  std::uint64_t readBitLongLong();      // BLL: a 3-bit byte count and that many bytes
   double readBitDouble();               // BD
   double readDoubleWithDefault(double defaultValue);  // DD
   std::uint8_t readRawChar();           // RC
