@@ -101,6 +101,19 @@ TEST_F(VkcompareFixture, TruncatedDrawingIsNamedWithItsLine) {
   EXPECT_NE(info.err.find(data("truncated.dxf") + ": line "), std::string::npos) << info.err;
 }
 
+// A DWG drawing is described as its DXF twin is; only the file and its format differ.
+TEST_F(VkcompareFixture, InfoOnADwgDrawingMatchesItsDxfTwin) {
+  const std::string base = vktest::corpusDir() + "/same_drawing/libredwg_sample_2018/libredwg_sample_2018";
+  if (vktest::corpusDir().empty() || !std::filesystem::exists(base + ".dwg")) GTEST_SKIP() << "no corpus";
+  const Result dwg = run({"info", "--json", base + ".dwg"}), dxf = run({"info", "--json", base + ".dxf"});
+  ASSERT_EQ(dwg.status, 0) << dwg.err;
+  ASSERT_EQ(dxf.status, 0) << dxf.err;
+  EXPECT_NE(dwg.out.find("\"format\": \"dwg\""), std::string::npos) << dwg.out;
+  EXPECT_NE(dwg.out.find("\"tilemode\": 1"), std::string::npos) << dwg.out;
+  const auto rest = [](const std::string& json) { return json.substr(json.find("\"version\"")); };
+  EXPECT_EQ(rest(dwg.out), rest(dxf.out));
+}
+
 // A drawing larger than the memory the process may take: the run ends as trouble naming the file, no log.
 TEST_F(VkcompareFixture, OutOfMemoryIsTroubleNamingTheFile) {
 #if defined(__SANITIZE_ADDRESS__)

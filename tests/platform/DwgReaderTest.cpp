@@ -1,5 +1,5 @@
-// DWG drawings read against their DXF twins of the corpus: the same entities in the same spaces, with the
-// same group values; and entity types not decoded yet are refused by name.
+// DWG drawings read against their DXF twins of the corpus: the same header variables, the same entities in
+// the same spaces with the same group values; and entity types not decoded yet are refused by name.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,6 +8,8 @@
 #include <set>
 
 #include "platform/database.h"
+#include "platform/headless/dwg_container.h"
+#include "platform/headless/dwg_header.h"
 #include "platform/headless/dwg_reader.h"
 #include "platform/headless/dxf_reader.h"
 #include "support/TestSupport.h"
@@ -50,6 +52,8 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
     platform::ReadReport ra, rb;
     ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
     ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+    // Every entity of these decodes, so the database reads them as it reads their twins.
+    EXPECT_NE(platform::Database::read(dwg, ra), nullptr) << ra.error;
     EXPECT_EQ(countsOf(a), countsOf(b));
     EXPECT_EQ(a.layerTable.size(), b.layerTable.size());
     // Every group of these codes the DXF twin has, the DWG entity of the same handle has with the same value.
@@ -81,6 +85,75 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
     }
     EXPECT_GT(compared, 0);
   }
+}
+
+// The value of a header variable's group code, or NaN when the drawing lacks it.
+double headerValue(const DatabaseData& db, const char* name, int code) {
+  const platform::HeaderVar* var = db.headerVar(name);
+  const platform::StoredTag* tag = var ? db.find(var->tagBegin, var->tagCount, code) : nullptr;
+  if (!tag) return std::nan("");
+  return tag->type == headless::TagType::Real ? tag->real : static_cast<double>(tag->integer);
+}
+
+TEST(DwgReader, HeaderVariablesMatchTheirDxfTwins) {
+  const std::string corpus = corpusFile("same_drawing");
+  if (corpus.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  // These DXF twins were written by programs that worked out the extents afresh (every coordinate of the
+  // one, the heights of the other differ); their DWGs keep what the drawing was saved with.
+  const std::set<std::string> extentsRecomputed = {"zcad_nonregular2.dwg", "libredwg_example_2000.dwg"};
+  std::set<std::string> releases;
+  int read = 0;
+  for (const auto& dir : fs::directory_iterator(corpus)) {
+    for (const auto& file : fs::directory_iterator(dir.path())) {
+      const fs::path dwg = file.path();
+      fs::path twin;
+      // One drawing saved by one program in several releases shares its header variables; the R2010 one
+      // of these has no DXF of its own release.
+      for (std::string name : {dwg.stem().string() + ".dxf", dwg.stem().string() + "_ascii.dxf",
+                               std::string("acadsharp_sample_AC1015_ascii.dxf")})
+        if (twin.empty() && fs::exists(dwg.parent_path() / name)) twin = dwg.parent_path() / name;
+      if (dwg.extension() != ".dwg" || twin.empty()) continue;
+      SCOPED_TRACE(dwg.string());
+      headless::DwgSections sections;
+      std::string error;
+      if (!headless::readDwgContainer(dwg.string(), sections, error)) {
+        EXPECT_NE(error.find("older than R13"), std::string::npos) << error;
+        continue;
+      }
+      DatabaseData b;
+      platform::ReadReport rb;
+      ASSERT_TRUE(headless::readDxf(twin.string(), b, rb)) << rb.error;
+      headless::DwgHeaderVariables h;
+      ASSERT_TRUE(headless::readDwgHeaderVariables(sections, h, error)) << error;
+      releases.insert(sections.versionString);
+      EXPECT_EQ(h.tilemode ? 1 : 0, b.tilemode);
+      EXPECT_EQ(h.ltscale, headerValue(b, "$LTSCALE", 40));
+      std::vector<std::pair<const char*, headless::DwgPoint3>> points = {{"$INSBASE", h.insbase}};
+      if (!extentsRecomputed.contains(dwg.filename().string()))
+        points.insert(points.end(), {{"$EXTMIN", h.extmin}, {"$EXTMAX", h.extmax}});
+      for (const auto& [name, p] : points) {
+        const double got[] = {p.x, p.y, p.z};
+        for (int i = 0; i < 3; ++i) {
+          const double want = headerValue(b, name, 10 * (i + 1));
+          EXPECT_NEAR(got[i], want, 1e-9 * std::max(1.0, std::abs(want))) << name << " " << 10 * (i + 1);
+        }
+      }
+      // Where the entities decode too, the values reach the drawing as its header groups.
+      DatabaseData a;
+      platform::ReadReport ra;
+      if (!headless::readDwg(dwg.string(), a, ra)) {
+        EXPECT_NE(ra.error.find("cannot decode"), std::string::npos) << ra.error;
+        continue;
+      }
+      EXPECT_TRUE(a.dwgHeaderDecoded);
+      EXPECT_EQ(a.tilemode, b.tilemode);
+      EXPECT_EQ(headerValue(a, "$EXTMAX", 20), h.extmax.y);
+      EXPECT_EQ(headerValue(a, "$PEXTMIN", 10), h.paperExtmin.x);
+      ++read;
+    }
+  }
+  EXPECT_EQ(releases, (std::set<std::string>{"AC1014", "AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"}));
+  EXPECT_GE(read, 2);
 }
 
 TEST(DwgReader, EntityTypesNotDecodedAreRefusedByNameAndHandle) {

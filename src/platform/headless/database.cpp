@@ -91,8 +91,8 @@ std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& re
     // the wrong space of a drawing saved with a layout showing.
     if (!data->dwgHeaderDecoded) {
       report = ReadReport();
-      report.error = path + ": DWG drawings cannot be read yet: their header variables (the current space among "
-                            "them) are not decoded; save the drawing as DXF (any release from R12 to R2018)";
+      report.error = path + ": the drawing's header variables (the current space among them) could not be "
+                            "decoded; save the drawing as DXF (any release from R12 to R2018)";
       return nullptr;
     }
     return std::unique_ptr<Database>(new Database(std::move(data)));

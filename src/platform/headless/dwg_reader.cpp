@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "platform/headless/dwg_entities.h"
+#include "platform/headless/dwg_header.h"
 #include "platform/headless/dwg_tables.h"
 #include "platform/headless/dxf_reader.h"
 #include "platform/text.h"
@@ -27,6 +28,7 @@ class DwgReader {
  public:
   DwgReader(DwgSections& sections, ReadReport& report) : s_(sections), report_(report) {}
   bool run(DwgTagList& out);
+  bool headerDecoded() const { return headerDecoded_; }
 
  private:
   std::string_view typeName(std::uint16_t type) const {
@@ -50,6 +52,7 @@ class DwgReader {
   bool decodeEntities();
   void emitEntity(const StagedEntity& e, DwgTagList& out);
   void emitBlocks(DwgTagList& out);
+  void emitHeader(DwgTagList& out);
 
   DwgSections& s_;
   ReadReport& report_;
@@ -67,6 +70,7 @@ class DwgReader {
   std::uint64_t modelSpace_ = 0, paperSpace_ = 0;
   std::size_t damagedCount_ = 0;
   std::string firstDamage_;
+  bool headerDecoded_ = false;
 };
 
 constexpr const char* kTableTypes[] = {"LTYPE", "LAYER", "STYLE", "APPID", "DIMSTYLE"};
@@ -242,18 +246,40 @@ void DwgReader::emitBlocks(DwgTagList& out) {
   out.record("ENDSEC");
 }
 
-bool DwgReader::run(DwgTagList& out) {
-  classes_ = readDwgClasses(s_, report_.warnings);
-  walk_ = walkObjects(s_);
-  decodeTables();
-  if (!decodeEntities()) return false;
+void DwgReader::emitHeader(DwgTagList& out) {
   out.record("SECTION");
   out.text(2, "HEADER");
   out.text(9, "$ACADVER");
   out.text(1, s_.versionString);
   out.text(9, "$DWGCODEPAGE");
   out.text(3, s_.codepageName().empty() ? std::string_view("ANSI_1252") : s_.codepageName());
+  DwgHeaderVariables h;
+  std::string error;
+  headerDecoded_ = readDwgHeaderVariables(s_, h, error);
+  if (headerDecoded_) {
+    const std::pair<const char*, const DwgPoint3*> points[] = {
+        {"$INSBASE", &h.insbase},       {"$EXTMIN", &h.extmin},           {"$EXTMAX", &h.extmax},
+        {"$PINSBASE", &h.paperInsbase}, {"$PEXTMIN", &h.paperExtmin},     {"$PEXTMAX", &h.paperExtmax}};
+    for (const auto& [name, p] : points) {
+      out.text(9, name);
+      out.point(10, *p);
+    }
+    out.text(9, "$LTSCALE");
+    out.real(40, h.ltscale);
+    out.text(9, "$TILEMODE");
+    out.integer(70, h.tilemode ? 1 : 0);
+  } else {
+    report_.warnings.push_back(error);
+  }
   out.record("ENDSEC");
+}
+
+bool DwgReader::run(DwgTagList& out) {
+  classes_ = readDwgClasses(s_, report_.warnings);
+  walk_ = walkObjects(s_);
+  decodeTables();
+  if (!decodeEntities()) return false;
+  emitHeader(out);
   out.record("SECTION");
   out.text(2, "CLASSES");
   for (const DwgClass& c : classes_) {
@@ -321,7 +347,9 @@ bool readDwg(const std::string& path, DatabaseData& data, ReadReport& report) {
   data.fileName = path;
   data.format = "dwg";
   DwgTagSource source(tags, static_cast<long long>(sections.fileBytes.size()));
-  return readTagStream(source, data, report);
+  if (!readTagStream(source, data, report)) return false;
+  data.dwgHeaderDecoded = reader.headerDecoded();
+  return true;
 }
 
 }  // namespace headless
