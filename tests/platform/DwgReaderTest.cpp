@@ -156,6 +156,27 @@ TEST(DwgReader, HeaderVariablesMatchTheirDxfTwins) {
   EXPECT_GE(read, 2);
 }
 
+// No twin holds attributes whose other entities all decode; this drawing's tags and values are known.
+TEST(DwgReader, AttributesAndTheirDefinitionsKeepTagAndValue) {
+  const std::string dwg = corpusFile("dwg/R2010/libredwg_2010_gh209_1.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData db;
+  platform::ReadReport report;
+  ASSERT_TRUE(headless::readDwg(dwg, db, report)) << report.error;
+  std::multiset<std::string> seen;
+  for (const platform::EntityRec& e : db.entities) {
+    const std::string_view type = db.name(e.dxfName);
+    if (type != "ATTRIB" && type != "ATTDEF") continue;
+    const platform::StoredTag* tag = db.find(e.tagBegin, e.tagCount, 2);
+    const platform::StoredTag* value = db.find(e.tagBegin, e.tagCount, 1);
+    ASSERT_TRUE(tag && value);
+    seen.insert(std::string(type) + " " + std::string(db.text(*tag)) + "=" + std::string(db.text(*value)));
+  }
+  EXPECT_EQ(seen, (std::multiset<std::string>{"ATTDEF TEST=", "ATTDEF MISPAR_TIK=", "ATTRIB TEST=888",
+                                              "ATTRIB TEST=456", "ATTRIB MISPAR_TIK=9456/23"}));
+  EXPECT_NE(platform::Database::read(dwg, report), nullptr) << report.error;
+}
+
 TEST(DwgReader, EntityTypesNotDecodedAreRefusedByNameAndHandle) {
   const std::string dwg = corpusFile("same_drawing/libredwg_r14_Leader/libredwg_r14_Leader.dwg");
   if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";

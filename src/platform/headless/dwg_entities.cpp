@@ -1,5 +1,5 @@
 // The DWG entities of plain geometry and text: lines, points, circles, arcs, ellipses, rays, traces and
-// faces, light polylines, single-line text, block references and sequence ends.
+// faces, light polylines, single-line text and attributes, block references and sequence ends.
 #include "platform/headless/dwg_entities.h"
 
 #include <numbers>
@@ -227,59 +227,109 @@ bool decodeLightPolyline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&)
   return true;
 }
 
-bool decodeText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  DwgBitReader& b = o.bits;
-  double elevation = 0, oblique = 0, rotation = 0, height = 0, width = 1, t = 0;
+// The fields TEXT, ATTRIB and ATTDEF share.
+struct TextData {
+  double elevation = 0, oblique = 0, rotation = 0, height = 0, width = 1, thickness = 0;
   DwgPoint2 insertion, alignment;
-  DwgPoint3 e{0, 0, 1};
+  DwgPoint3 extrusion{0, 0, 1};
   int generation = 0, horizontal = 0, vertical = 0;
+};
+
+// Reads the shared fields, the text itself into context.text.
+void readTextData(DwgObjectReader& o, TextData& d, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
   if (o.atLeast(DwgVersion::R2000)) {
     const std::uint8_t flags = b.readRawChar();
-    if (!(flags & 1)) elevation = b.readRawDouble();
-    insertion = b.readRaw2Doubles();
-    alignment = (flags & 2) ? insertion : b.read2DoublesWithDefault(insertion);
-    e = b.readExtrusion();
-    t = b.readThickness();
-    if (!(flags & 4)) oblique = b.readRawDouble();
-    if (!(flags & 8)) rotation = b.readRawDouble();
-    height = b.readRawDouble();
-    if (!(flags & 16)) width = b.readRawDouble();
+    if (!(flags & 1)) d.elevation = b.readRawDouble();
+    d.insertion = b.readRaw2Doubles();
+    d.alignment = (flags & 2) ? d.insertion : b.read2DoublesWithDefault(d.insertion);
+    d.extrusion = b.readExtrusion();
+    d.thickness = b.readThickness();
+    if (!(flags & 4)) d.oblique = b.readRawDouble();
+    if (!(flags & 8)) d.rotation = b.readRawDouble();
+    d.height = b.readRawDouble();
+    if (!(flags & 16)) d.width = b.readRawDouble();
     o.readText(context.text);
-    if (!(flags & 32)) generation = b.readBitShort();
-    if (!(flags & 64)) horizontal = b.readBitShort();
-    if (!(flags & 128)) vertical = b.readBitShort();
+    if (!(flags & 32)) d.generation = b.readBitShort();
+    if (!(flags & 64)) d.horizontal = b.readBitShort();
+    if (!(flags & 128)) d.vertical = b.readBitShort();
   } else {
-    elevation = b.readBitDouble();
-    insertion = b.readRaw2Doubles();
-    alignment = b.readRaw2Doubles();
-    e = b.read3BitDoubles();
-    t = b.readBitDouble();
-    oblique = b.readBitDouble();
-    rotation = b.readBitDouble();
-    height = b.readBitDouble();
-    width = b.readBitDouble();
+    d.elevation = b.readBitDouble();
+    d.insertion = b.readRaw2Doubles();
+    d.alignment = b.readRaw2Doubles();
+    d.extrusion = b.read3BitDoubles();
+    d.thickness = b.readBitDouble();
+    d.oblique = b.readBitDouble();
+    d.rotation = b.readBitDouble();
+    d.height = b.readBitDouble();
+    d.width = b.readBitDouble();
     o.readText(context.text);
-    generation = b.readBitShort();
-    horizontal = b.readBitShort();
-    vertical = b.readBitShort();
+    d.generation = b.readBitShort();
+    d.horizontal = b.readBitShort();
+    d.vertical = b.readBitShort();
+  }
+}
+
+// The AcDbText groups, all but the vertical alignment, whose place differs between text and attributes.
+void emitTextData(DwgTagList& out, const TextData& d, std::string_view text, std::string_view style) {
+  out.text(100, "AcDbText");
+  thickness(out, d.thickness);
+  out.point(10, d.insertion, d.elevation);
+  out.real(40, d.height);
+  out.text(1, text);
+  if (d.rotation != 0.0) out.real(50, d.rotation * kDegrees);
+  if (d.width != 1.0) out.real(41, d.width);
+  if (d.oblique != 0.0) out.real(51, d.oblique * kDegrees);
+  out.text(7, style);
+  if (d.generation != 0) out.integer(71, d.generation);
+  if (d.horizontal != 0) out.integer(72, d.horizontal);
+  if (d.horizontal != 0 || d.vertical != 0) out.point(11, d.alignment, d.elevation);
+  extrusion(out, d.extrusion);
+}
+
+bool decodeText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  TextData d;
+  readTextData(o, d, context);
+  o.readCommonHandles();
+  const std::uint64_t style = o.readHandle();
+  emitTextData(out, d, context.text, context.nameOf(style));
+  out.text(100, "AcDbText");
+  if (d.vertical != 0) out.integer(73, d.vertical);
+  return true;
+}
+
+// ATTRIB and ATTDEF: a text with a tag (and for definitions a prompt). Multi-line attributes, which embed
+// a whole MTEXT from R2018 on, are refused as damaged rather than read in part.
+bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  const bool definition = o.type == 3;
+  TextData d;
+  readTextData(o, d, context);
+  const std::string value = context.text;
+  int version = 0;
+  if (o.atLeast(DwgVersion::R2010)) version = b.readRawChar();
+  if (o.atLeast(DwgVersion::R2018) && b.readRawChar() != 1) return false;
+  std::string tag;
+  o.readText(tag);
+  const int fieldLength = b.readBitShort();
+  const int flags = b.readRawChar();
+  const bool lockPosition = o.atLeast(DwgVersion::R2007) && b.readBit();
+  std::string prompt;
+  if (definition) {
+    if (o.atLeast(DwgVersion::R2010)) version = b.readRawChar();
+    o.readText(prompt);
   }
   o.readCommonHandles();
   const std::uint64_t style = o.readHandle();
-  out.text(100, "AcDbText");
-  thickness(out, t);
-  out.point(10, insertion, elevation);
-  out.real(40, height);
-  out.text(1, context.text);
-  if (rotation != 0.0) out.real(50, rotation * kDegrees);
-  if (width != 1.0) out.real(41, width);
-  if (oblique != 0.0) out.real(51, oblique * kDegrees);
-  out.text(7, context.nameOf(style));
-  if (generation != 0) out.integer(71, generation);
-  if (horizontal != 0) out.integer(72, horizontal);
-  if (horizontal != 0 || vertical != 0) out.point(11, alignment, elevation);
-  extrusion(out, e);
-  out.text(100, "AcDbText");
-  if (vertical != 0) out.integer(73, vertical);
+  emitTextData(out, d, value, context.nameOf(style));
+  out.text(100, definition ? "AcDbAttributeDefinition" : "AcDbAttribute");
+  if (o.atLeast(DwgVersion::R2010)) out.integer(280, version);
+  if (definition) out.text(3, prompt);
+  out.text(2, tag);
+  out.integer(70, flags);
+  if (fieldLength != 0) out.integer(73, fieldLength);
+  if (d.vertical != 0) out.integer(74, d.vertical);
+  if (lockPosition) out.integer(280, 1);
   return true;
 }
 
@@ -357,7 +407,8 @@ struct TypeEntry {
 };
 
 constexpr TypeEntry kTypes[] = {
-    {1, {"TEXT", decodeText}},         {6, {"SEQEND", decodeSequenceEnd}}, {7, {"INSERT", decodeInsert}},
+    {1, {"TEXT", decodeText}},         {2, {"ATTRIB", decodeAttribute}},  {3, {"ATTDEF", decodeAttribute}},
+    {6, {"SEQEND", decodeSequenceEnd}}, {7, {"INSERT", decodeInsert}},
     {8, {"MINSERT", decodeInsert}},    {17, {"ARC", decodeArc}},          {18, {"CIRCLE", decodeCircle}},
     {19, {"LINE", decodeLine}},        {27, {"POINT", decodePoint}},      {28, {"3DFACE", decodeFace}},
     {31, {"SOLID", decodeTrace}},      {32, {"TRACE", decodeTrace}},      {35, {"ELLIPSE", decodeEllipse}},
