@@ -162,7 +162,7 @@ bool decodeFace(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&) {
   return true;
 }
 
-bool decodeLightPolyline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&) {
+bool decodeLightPolyline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const int flags = static_cast<std::uint16_t>(b.readBitShort());
   const double constantWidth = (flags & 4) ? b.readBitDouble() : 0.0;
@@ -196,26 +196,30 @@ bool decodeLightPolyline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&)
     out.real(10, p.x);
     out.real(20, p.y);
   }
-  DwgTagList extra;  // per vertex: bulge, id, widths, in DXF order after the point
-  std::vector<double> bulge(static_cast<std::size_t>(bulges));
+  // The arrays are read whole before the vertices are put together, into buffers kept across polylines.
+  std::vector<double>& bulge = context.bulges;
+  bulge.resize(static_cast<std::size_t>(bulges));
   for (double& v : bulge) v = b.readBitDouble();
-  std::vector<std::int32_t> id(static_cast<std::size_t>(ids));
+  std::vector<std::int32_t>& id = context.vertexIds;
+  id.resize(static_cast<std::size_t>(ids));
   for (std::int32_t& v : id) v = b.readBitLong();
-  std::vector<std::pair<double, double>> width(static_cast<std::size_t>(widths));
-  for (auto& w : width) {
-    w.first = b.readBitDouble();
-    w.second = b.readBitDouble();
+  std::vector<DwgPoint2>& width = context.widths;
+  width.resize(static_cast<std::size_t>(widths));
+  for (DwgPoint2& w : width) {
+    w.x = b.readBitDouble();
+    w.y = b.readBitDouble();
   }
   if (b.failed()) return false;
   if (bulges || ids || widths) {
-    DwgTagList vertices;
+    DwgTagList& vertices = context.vertices;
+    vertices.truncate(0);
     for (std::int32_t i = 0; i < points; ++i) {
       const auto k = static_cast<std::size_t>(i);
       vertices.append(out, first + 2 * k, first + 2 * k + 2);
       if (k < id.size()) vertices.integer(91, id[k]);
       if (k < width.size()) {
-        vertices.real(40, width[k].first);
-        vertices.real(41, width[k].second);
+        vertices.real(40, width[k].x);
+        vertices.real(41, width[k].y);
       }
       if (k < bulge.size() && bulge[k] != 0.0) vertices.real(42, bulge[k]);
     }

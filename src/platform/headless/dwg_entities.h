@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/headless/dwg_objects.h"
 
@@ -10,8 +11,14 @@ namespace headless {
 
 // What entity decoders need beyond the entity itself.
 struct DwgDecodeContext {
+  explicit DwgDecodeContext(const DwgNames& tableNames) : names(tableNames) {}
   const DwgNames& names;
   std::string text;  // reused for texts read
+  // Light polylines' per-vertex arrays, reused from one polyline to the next.
+  std::vector<double> bulges;
+  std::vector<std::int32_t> vertexIds;
+  std::vector<DwgPoint2> widths;  // start and end width of each vertex
+  DwgTagList vertices;
   std::string_view nameOf(std::uint64_t handle) const {
     auto it = names.find(handle);
     return it == names.end() ? std::string_view() : std::string_view(it->second);

@@ -115,7 +115,7 @@ void DwgReader::decodeTables() {
 
 bool DwgReader::decodeEntities() {
   std::string scratch;
-  DwgDecodeContext context{names_, {}};
+  DwgDecodeContext context(names_);
   DwgTagList body;
   for (const DwgObjectHeader& h : walk_.objects) {
     if (!isEntity(h.type)) continue;
