@@ -333,23 +333,33 @@ bool DwgReader::run(DwgTagList& out) {
 
 }  // namespace
 
-bool readDwg(const std::string& path, DatabaseData& data, ReadReport& report) {
-  DwgSections sections;
-  std::string error;
-  if (!readDwgContainer(path, sections, error)) {
-    report.error = error;
-    return false;
-  }
+namespace {
+
+bool readDwgSections(DwgSections& sections, DatabaseData& data, ReadReport& report) {
   for (std::string& w : sections.warnings) report.warnings.push_back(std::move(w));
   DwgTagList tags;
   DwgReader reader(sections, report);
   if (!reader.run(tags)) return false;
-  data.fileName = path;
+  data.fileName = sections.fileName;
   data.format = "dwg";
   DwgTagSource source(tags, static_cast<long long>(sections.fileBytes.size()));
   if (!readTagStream(source, data, report)) return false;
   data.dwgHeaderDecoded = reader.headerDecoded();
   return true;
+}
+
+}  // namespace
+
+bool readDwg(const std::string& path, DatabaseData& data, ReadReport& report) {
+  DwgSections sections;
+  if (!readDwgContainer(path, sections, report.error)) return false;
+  return readDwgSections(sections, data, report);
+}
+
+bool readDwg(std::vector<std::uint8_t> bytes, std::string_view fileName, DatabaseData& data, ReadReport& report) {
+  DwgSections sections;
+  if (!readDwgContainer(std::move(bytes), fileName, sections, report.error)) return false;
+  return readDwgSections(sections, data, report);
 }
 
 }  // namespace headless
