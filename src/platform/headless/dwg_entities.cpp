@@ -303,7 +303,7 @@ bool decodeText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) 
 }
 
 // ATTRIB and ATTDEF: a text with a tag (and for definitions a prompt). Multi-line attributes, which embed
-// a whole MTEXT from R2018 on, are refused as damaged rather than read in part.
+// a whole MTEXT from R2018 on, are not decoded yet.
 bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const bool definition = o.type == 3;
@@ -312,7 +312,10 @@ bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
   const std::string value = context.text;
   int version = 0;
   if (o.atLeast(DwgVersion::R2010)) version = b.readRawChar();
-  if (o.atLeast(DwgVersion::R2018) && b.readRawChar() != 1) return false;
+  if (o.atLeast(DwgVersion::R2018) && b.readRawChar() != 1) {
+    context.notDecoded = definition ? "multi-line ATTDEF" : "multi-line ATTRIB";
+    return false;
+  }
   std::string tag;
   o.readText(tag);
   const int fieldLength = b.readBitShort();

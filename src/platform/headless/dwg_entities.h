@@ -14,6 +14,9 @@ struct DwgDecodeContext {
   explicit DwgDecodeContext(const DwgNames& tableNames) : names(tableNames) {}
   const DwgNames& names;
   std::string text;  // reused for texts read
+  // Set by a decoder that meets a form of its type not decoded yet ("multi-line ATTRIB"): the drawing is
+  // then refused, naming it, as for a type not decoded at all.
+  std::string notDecoded;
   // Light polylines' per-vertex arrays, reused from one polyline to the next.
   std::vector<double> bulges;
   std::vector<std::int32_t> vertexIds;

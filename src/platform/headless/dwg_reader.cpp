@@ -128,14 +128,15 @@ bool DwgReader::decodeEntities() {
       continue;
     }
     const DwgEntityType* decoder = findDwgEntityType(h.type, type);
-    if (!decoder) {
-      report_.error = s_.fileName + ": the DWG reader cannot decode " +
-                      (type.empty() ? "type " + std::to_string(h.type) : std::string(type)) +
-                      " entities yet (handle " + dwgHex(h.handle) + ")";
+    auto refuse = [&](const std::string& what) {
+      report_.error = s_.fileName + ": the DWG reader cannot decode " + what + " entities yet (handle " +
+                      dwgHex(h.handle) + ")";
       return false;
-    }
+    };
+    if (!decoder) return refuse(type.empty() ? "type " + std::to_string(h.type) : std::string(type));
     body.truncate(0);
     if (!object_.open(s_, h, true) || !decoder->decode(object_, body, context) || object_.failed()) {
+      if (!context.notDecoded.empty()) return refuse(context.notDecoded);
       damaged(h, decoder->dxfName);
       continue;
     }
