@@ -114,6 +114,19 @@ TEST_F(VkcompareFixture, InfoOnADwgDrawingMatchesItsDxfTwin) {
   EXPECT_EQ(rest(dwg.out), rest(dxf.out));
 }
 
+// A DWG drawing compared with its DXF twin is the same drawing: no entity differs, its layers' colours and
+// linetypes included (R2004 and R2018).
+TEST_F(VkcompareFixture, DwgDrawingsCompareIdenticalToTheirDxfTwins) {
+  if (vktest::corpusDir().empty()) GTEST_SKIP() << "no corpus";
+  for (const char* twin : {"zcad_nonregular2/zcad_nonregular2", "libredwg_sample_2018/libredwg_sample_2018",
+                           "acadsharp_dynblock_visibility/acadsharp_BLOCKVISIBILITYPARAMETER"}) {
+    const std::string base = vktest::corpusDir() + "/same_drawing/" + twin;
+    const Result r = run({base + ".dxf", base + ".dwg"});
+    EXPECT_EQ(r.status, 0) << twin << ": " << r.out << r.err;
+    EXPECT_NE(r.out.find("文件完全相同"), std::string::npos) << twin << ": " << r.out;
+  }
+}
+
 // A drawing larger than the memory the process may take: the run ends as trouble naming the file, no log.
 TEST_F(VkcompareFixture, OutOfMemoryIsTroubleNamingTheFile) {
 #if defined(__SANITIZE_ADDRESS__)

@@ -244,6 +244,16 @@ DwgColor DwgBitReader::readColor() {
   if (atLeast(version_, DwgVersion::R2004)) {
     color.rgb = static_cast<std::uint32_t>(readBitLong());
     color.flags = readRawChar();
+    // From R2004 on the index is left 0 and the colour's method rides in the top byte of the value: by
+    // layer, by block, or an index in the low byte. A true colour (0xC2) keeps what index was written.
+    if (color.index == 0) {
+      switch (color.rgb >> 24) {
+        case 0xC0: color.index = 256; break;
+        case 0xC1: color.index = 0; break;
+        case 0xC3: color.index = static_cast<std::int16_t>(color.rgb & 0xFF); break;
+        default: break;
+      }
+    }
   }
   return color;
 }
