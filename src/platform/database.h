@@ -143,6 +143,10 @@ struct ReadReport {
 
 struct DatabaseData;  // the implementation's storage
 
+// The newest DWG release the host reads, as characters 5 and 6 of a DWG file's version code ("AC1032": 32).
+// The headless host reads up to R2018 (32); a host whose SDK stops at R2010 answers 24.
+int newestReadableRelease();
+
 class Database {
  public:
   // readDwgFile: reads a drawing file. Returns null with report.error set when it cannot be read.

@@ -101,7 +101,7 @@ TEST_F(SilentFixture, FailureLinesKeepTheirPunctuation) {
   const std::string layout = drawing("layout.dxf", kBase, "9|$TILEMODE|70|0");
   EXPECT_EQ(run(good, layout), 1);
   EXPECT_EQ(output(), "两个文件的当前空间不同，不能进行比较,退出比图");
-  vktest::writeFile(dir.file("new.dwg"), std::string("AC1032") + std::string(20, '\0'));
+  vktest::writeFile(dir.file("new.dwg"), std::string("AC1033") + std::string(20, '\0'));  // past R2018
   EXPECT_EQ(run(dir.file("new.dwg"), good), 1);
   EXPECT_EQ(output(), "文件不合法，退出比图");
   EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 1u);

@@ -1,6 +1,8 @@
-// The release check reads characters 5 and 6 of each file and refuses numbers above 24.
+// The release check reads characters 5 and 6 of each file and refuses numbers above the newest release the
+// host reads: 32 in the headless host, 24 in a host whose SDK stops at R2010.
 #include <gtest/gtest.h>
 
+#include "platform/database.h"
 #include "platform/headless/console.h"
 #include "support/TestSupport.h"
 #include "ui/OpenDrawings.h"
@@ -23,18 +25,26 @@ struct VersionFixture : ::testing::Test {
 
 }  // namespace
 
-TEST_F(VersionFixture, Release24PassesNewerFail) {
+TEST_F(VersionFixture, Release24PassesNewerFailWhereTheHostStopsAtR2010) {
   const std::string ok = drawing("r24.dwg", "AC1024");
-  EXPECT_EQ(CheckDwgVersion(ok, ok), 1);
+  EXPECT_EQ(CheckDwgVersion(ok, ok, 24), 1);
   EXPECT_TRUE(headless::Console::instance().messageBoxes().empty());
-  EXPECT_EQ(CheckDwgVersion(ok, drawing("r27.dwg", "AC1027")), 0);
+  EXPECT_EQ(CheckDwgVersion(ok, drawing("r27.dwg", "AC1027"), 24), 0);
   const auto boxes = headless::Console::instance().takeMessageBoxes();
   ASSERT_EQ(boxes.size(), 1u);
   EXPECT_EQ(boxes[0].text, "不能比较文件，因为它是使用更新版本的AutoCAD创建的。\n" + dir.file("r27.dwg"));
 }
 
+TEST_F(VersionFixture, TheHeadlessHostReadsUpToR2018) {
+  EXPECT_EQ(platform::newestReadableRelease(), 32);
+  EXPECT_EQ(CheckDwgVersion(drawing("r32.dwg", "AC1032"), drawing("r27.dwg", "AC1027")), 1);
+  EXPECT_TRUE(headless::Console::instance().messageBoxes().empty());
+  EXPECT_EQ(CheckDwgVersion(drawing("r33.dwg", "AC1033"), drawing("r32b.dwg", "AC1032")), 0);
+  EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 1u);
+}
+
 TEST_F(VersionFixture, EachTooNewFileGetsItsOwnMessage) {
-  EXPECT_EQ(CheckDwgVersion(drawing("a.dwg", "AC1032"), drawing("b.dwg", "AC1027")), 0);
+  EXPECT_EQ(CheckDwgVersion(drawing("a.dwg", "AC1032"), drawing("b.dwg", "AC1027"), 24), 0);
   EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 2u);
 }
 
@@ -44,6 +54,6 @@ TEST_F(VersionFixture, NonDigitsShortAndMissingFilesPass) {
   EXPECT_EQ(CheckDwgVersion(drawing("s.dwg", "AC"), dir.file("absent.dwg")), 1);
   // Leading blanks and a sign are read as atoi reads them.
   EXPECT_EQ(CheckDwgVersion(drawing("b1.dwg", "AC10 9"), drawing("b2.dwg", "AC10-9")), 1);
-  EXPECT_EQ(CheckDwgVersion(drawing("b3.dwg", "AC10 31"), drawing("b4.dwg", "AC1025")), 0);
+  EXPECT_EQ(CheckDwgVersion(drawing("b3.dwg", "AC10 31"), drawing("b4.dwg", "AC1025"), 24), 0);
   EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 1u);
 }

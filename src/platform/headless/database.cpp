@@ -65,6 +65,8 @@ Database::Database(std::unique_ptr<DatabaseData> data) : data_(std::move(data)) 
 }
 Database::~Database() = default;
 
+int newestReadableRelease() { return 32; }
+
 std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& report) {
   report = ReadReport();
   const std::string_view ext = path.size() >= 4 ? std::string_view(path).substr(path.size() - 4) : std::string_view();
