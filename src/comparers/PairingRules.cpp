@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <future>
 #include <iterator>
-#include <system_error>
+
+#include "comparers/RunBeside.h"
 
 namespace {
 
@@ -176,13 +176,7 @@ void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<st
     std::vector<std::unique_ptr<CDiffType>> upperRecords;
     std::vector<platform::ObjectId> upperSourceIds, upperDestinationIds;
     Pairing upper{upperRecords, sourceIds ? &upperSourceIds : nullptr, destinationIds ? &upperDestinationIds : nullptr};
-    const auto pairUpper = [&] { pairKeys(srcMiddle, src.end(), dstMiddle, dst.end(), upper); };
-    std::future<void> upperDone;
-    try {
-      upperDone = std::async(std::launch::async, pairUpper);
-    } catch (const std::system_error&) {
-      upperDone = std::async(std::launch::deferred, pairUpper);
-    }
+    auto upperDone = startBeside([&] { pairKeys(srcMiddle, src.end(), dstMiddle, dst.end(), upper); });
     pairKeys(src.begin(), srcMiddle, dst.begin(), dstMiddle, p);
     upperDone.get();
     records.insert(records.end(), std::make_move_iterator(upperRecords.begin()), std::make_move_iterator(upperRecords.end()));

@@ -1,9 +1,7 @@
 // The silent compare run.
 #include "engine/CompareRun.h"
 
-#include <future>
-#include <system_error>
-
+#include "comparers/RunBeside.h"
 #include "engine/CompareLog.h"
 #include "engine/ComparisonState.h"
 #include "engine/Pairing.h"
@@ -36,16 +34,6 @@ std::unique_ptr<platform::Database> takeSide(SideRead side, CComparisonState& st
   if (!side.database && state.lastError.empty()) state.lastError = side.report.error;
   state.lastWarnings.insert(state.lastWarnings.end(), side.report.warnings.begin(), side.report.warnings.end());
   return std::move(side.database);
-}
-
-// Runs work on a thread of its own where one can be started, else when its result is asked for.
-template <class Work>
-auto startBeside(const Work& work) {
-  try {
-    return std::async(std::launch::async, work);
-  } catch (const std::system_error&) {
-    return std::async(std::launch::deferred, work);
-  }
 }
 
 // Collects the comparers of both drawings, the destination's on a thread of its own; the host hears of the

@@ -215,27 +215,26 @@ void DwgReader::emitBlocks(DwgTagList& out) {
     auto name = it == blockEntityLayer_.end() ? names_.end() : names_.find(it->second);
     return name == names_.end() ? std::string_view("0") : std::string_view(name->second);
   };
+  // The groups BLOCK and ENDBLK share: the record, its handle, its block record and its layer.
+  auto blockMarker = [&](const char* type, std::uint64_t entity, const DwgBlockHeader& b, const char* subclass) {
+    out.record(type, entity);
+    out.handle(5, entity);
+    out.handle(330, b.handle);
+    out.text(100, "AcDbEntity");
+    out.text(8, layerOf(entity));
+    out.text(100, subclass);
+  };
   out.record("SECTION");
   out.text(2, "BLOCKS");
   for (const DwgBlockHeader& b : blocks_) {
-    out.record("BLOCK", b.blockEntity);
-    out.handle(5, b.blockEntity);
-    out.handle(330, b.handle);
-    out.text(100, "AcDbEntity");
-    out.text(8, layerOf(b.blockEntity));
-    out.text(100, "AcDbBlockBegin");
+    blockMarker("BLOCK", b.blockEntity, b, "AcDbBlockBegin");
     out.text(2, b.name);
     out.integer(70, (b.anonymous ? 1 : 0) | (b.hasAttributes ? 2 : 0) | (b.xref ? 4 : 0) | (b.overlaid ? 8 : 0));
     out.point(10, b.base);
     out.text(3, b.name);
     out.text(1, b.xrefPath);
     if (b.handle != modelSpace_ && b.handle != paperSpace_) emitMembers(b);
-    out.record("ENDBLK", b.endEntity);
-    out.handle(5, b.endEntity);
-    out.handle(330, b.handle);
-    out.text(100, "AcDbEntity");
-    out.text(8, layerOf(b.endEntity));
-    out.text(100, "AcDbBlockEnd");
+    blockMarker("ENDBLK", b.endEntity, b, "AcDbBlockEnd");
   }
   out.record("ENDSEC");
   out.record("SECTION");
