@@ -1,6 +1,8 @@
 // The entity types the DWG reader decodes: each turns an entity's own data into its DXF groups.
 #pragma once
 
+#include <numbers>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,7 +38,28 @@ struct DwgEntityType {
   const char* dxfName;
   DwgEntityDecoder decode;
 };
+struct DwgEntityEntry {
+  std::uint16_t type;  // the fixed type number; 0 for a type known by its class's DXF name only
+  DwgEntityType entity;
+};
+using DwgEntityFamily = std::span<const DwgEntityEntry>;
+
+// The families of entity types, one file each; the registry (dwg_entities.cpp) lists them.
+DwgEntityFamily dwgPlainEntities();  // lines, circles, texts, inserts and the other simple types
+
 // The decoder of an entity type by DWG type number (and DXF name for classes); null when not decoded yet.
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName);
+
+// What the decoders share.
+inline constexpr double kDwgDegrees = 180.0 / std::numbers::pi;
+inline bool isDefaultExtrusion(const DwgPoint3& p) { return p.x == 0.0 && p.y == 0.0 && p.z == 1.0; }
+// Group 210 unless the extrusion is the default (0,0,1), which DXF leaves out.
+inline void extrusion(DwgTagList& out, const DwgPoint3& p) {
+  if (!isDefaultExtrusion(p)) out.point(210, p);
+}
+// Group 39 unless the thickness is 0.
+inline void thickness(DwgTagList& out, double t) {
+  if (t != 0.0) out.real(39, t);
+}
 
 }  // namespace headless
