@@ -88,9 +88,12 @@ std::vector<DwgClass> readDwgClasses(const DwgSections& sections, std::vector<st
     bits.readBit();  // was a zombie
     c.isEntity = bits.readBitShort() == 0x1F2;
     if (version >= DwgVersion::R2004) {
+      // The count of instances, the release and maintenance version that made the class, two unknowns.
+      // The versions are described as shorts, but other writers store them as longs, and the two forms
+      // differ only for values past a byte, which the maker's own files never hold.
       bits.readBitLong();
-      bits.readBitShort();
-      bits.readBitShort();
+      bits.readBitLong();
+      bits.readBitLong();
       bits.readBitLong();
       bits.readBitLong();
     }
