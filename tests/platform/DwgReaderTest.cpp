@@ -40,6 +40,15 @@ std::pair<std::map<std::string, std::map<std::string, int>>, std::multiset<std::
   return {layouts, blocks};
 }
 
+// The handles of each layout's entities in drawing order.
+std::map<std::string, std::vector<platform::Handle>> layoutOrder(const DatabaseData& db) {
+  std::map<std::string, std::vector<platform::Handle>> order;
+  for (const platform::BlockRec& b : db.blocks)
+    if (b.isLayout)
+      for (std::uint32_t i : b.entities) order[b.name].push_back(db.entities[i].handle);
+  return order;
+}
+
 TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
   const char* twins[] = {"same_drawing/libredwg_sample_2018/libredwg_sample_2018",
                          "same_drawing/zcad_nonregular2/zcad_nonregular2",
@@ -57,6 +66,7 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
     // Every entity of these decodes, so the database reads them as it reads their twins.
     EXPECT_NE(platform::Database::read(dwg, ra), nullptr) << ra.error;
     EXPECT_EQ(countsOf(a), countsOf(b));
+    EXPECT_EQ(layoutOrder(a), layoutOrder(b));
     EXPECT_EQ(a.layerTable.size(), b.layerTable.size());
     // Every group of these codes the DXF twin has, the DWG entity of the same handle has with the same value.
     std::map<platform::Handle, std::uint32_t> byHandle;

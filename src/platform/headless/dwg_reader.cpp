@@ -20,6 +20,7 @@ namespace {
 struct StagedEntity {
   std::uint64_t handle = 0;
   std::uint64_t owner = 0;  // the block header, or the entity it belongs to (attributes, vertices)
+  std::uint64_t next = 0;    // before R2004: the entity after it in its block's chain
   std::size_t begin = 0, end = 0;
   bool sequenceEnd = false;
 };
@@ -145,6 +146,8 @@ bool DwgReader::decodeEntities() {
     e.handle = c.handle;
     e.owner = c.entityMode == 2 ? modelSpace_ : c.entityMode == 1 ? paperSpace_ : c.owner;
     e.sequenceEnd = h.type == 6;
+    // Without links of its own an entity's neighbours are the handles next to its own.
+    if (!object_.atLeast(DwgVersion::R2004)) e.next = c.hasLinks ? c.next : c.handle + 1;
     e.begin = staged_.size();
     staged_.record(decoder->dxfName, c.handle);
     staged_.handle(5, c.handle);
@@ -199,9 +202,16 @@ void DwgReader::emitBlocks(DwgTagList& out) {
     auto it = byOwner_.find(b.handle);
     if (it == byOwner_.end()) return;
     std::vector<std::uint32_t> members = it->second;
-    // The block's own list gives the drawing order where the release has one; the rest follow by handle.
+    // The block's own list gives the drawing order, or before R2004 the chain of links from its first
+    // entity (walked at most once round its members); the rest follow by handle.
     std::unordered_map<std::uint64_t, std::size_t> rank;
     for (std::size_t k = 0; k < b.entities.size(); ++k) rank.emplace(b.entities[k], k);
+    std::uint64_t link = b.entities.empty() ? b.firstEntity : 0;
+    for (std::size_t k = 0; link != 0 && k < members.size(); ++k) {
+      auto found = entityIndex.find(link);
+      if (found == entityIndex.end() || entities_[found->second].owner != b.handle || !rank.emplace(link, k).second) break;
+      link = entities_[found->second].next;
+    }
     std::stable_sort(members.begin(), members.end(), [&](std::uint32_t x, std::uint32_t y) {
       auto rx = rank.find(entities_[x].handle), ry = rank.find(entities_[y].handle);
       const std::size_t kx = rx == rank.end() ? rank.size() : rx->second;

@@ -152,8 +152,8 @@ bool decodeBlockHeader(DwgObjectReader& o, DwgNames& names, std::vector<DwgBlock
       block.entities.reserve(static_cast<std::size_t>(owned));
       for (std::int32_t i = 0; i < owned && !o.handles.failed(); ++i) block.entities.push_back(o.readHandle());
     } else {
-      o.readHandle();  // first and last entity: the entities are found by their owner
-      o.readHandle();
+      block.firstEntity = o.readHandle();
+      o.readHandle();  // the last entity
     }
   }
   block.endEntity = o.readHandle();

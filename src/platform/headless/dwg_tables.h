@@ -16,6 +16,7 @@ struct DwgBlockHeader {
   DwgPoint3 base;
   std::uint64_t blockEntity = 0, endEntity = 0, layout = 0;
   std::vector<std::uint64_t> entities;  // in drawing order, where the release lists them (R2004+)
+  std::uint64_t firstEntity = 0;        // before R2004: the head of the entities' chain of links
 };
 
 struct DwgLayout {
