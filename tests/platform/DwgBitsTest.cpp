@@ -279,6 +279,41 @@ TEST(DwgBitReader, PointsAndDefaultsCombine) {
   EXPECT_FALSE(r.failed());
 }
 
+// Raw values read whole words at a time away from the end and byte by byte near it: at every bit offset,
+// up to the last bit, both give what the bits say.
+TEST(DwgBitReader, RawValuesAgreeAtEveryOffsetUpToTheEnd) {
+  std::vector<std::uint8_t> data(40);
+  std::uint32_t state = 12345;
+  for (std::uint8_t& b : data) b = static_cast<std::uint8_t>((state = state * 1103515245u + 12345u) >> 24);
+  auto bitAt = [&](std::size_t i) { return (data[i / 8] >> (7 - i % 8)) & 1; };
+  auto expectBytes = [&](std::size_t at, int count) {  // little-endian bytes starting at bit `at`
+    std::uint64_t value = 0;
+    for (int k = 0; k < count; ++k) {
+      std::uint64_t byte = 0;
+      for (int i = 0; i < 8; ++i) byte = byte << 1 | bitAt(at + 8 * k + i);
+      value |= byte << (8 * k);
+    }
+    return value;
+  };
+  for (std::size_t at = 0; at + 8 <= data.size() * 8; ++at) {
+    SCOPED_TRACE(testing::Message() << "bit " << at);
+    const std::size_t room = data.size() * 8 - at;
+    DwgBitReader r(data, DwgVersion::R2000);
+    r.setBitPosition(at);
+    if (room >= 64) {
+      EXPECT_EQ(std::bit_cast<std::uint64_t>(r.readRawDouble()), expectBytes(at, 8));
+    } else if (room >= 32) {
+      EXPECT_EQ(static_cast<std::uint32_t>(r.readRawLong()), expectBytes(at, 4));
+    } else if (room >= 16) {
+      EXPECT_EQ(static_cast<std::uint16_t>(r.readRawShort()), expectBytes(at, 2));
+    } else {
+      EXPECT_EQ(r.readRawChar(), expectBytes(at, 1));
+      EXPECT_EQ(r.readBitPair(), room >= 10 ? (bitAt(at + 8) << 1 | bitAt(at + 9)) : 0);
+    }
+    EXPECT_EQ(r.failed(), room < 10);
+  }
+}
+
 TEST(DwgBitReader, ReadingPastTheEndFailsOnceAndForAll) {
   const std::vector<std::uint8_t> one = {0xFF};
   DwgBitReader r(one, DwgVersion::R2018);

@@ -48,33 +48,6 @@ void DwgBitReader::alignToByte() {
   bit_ = aligned <= bitSize() ? aligned : bitSize();
 }
 
-// The 8 bits at the position; the caller has made sure they are there.
-std::uint8_t DwgBitReader::peekByte() const {
-  const std::size_t byte = bit_ >> 3;
-  const unsigned shift = bit_ & 7;
-  if (shift == 0) return data_[byte];
-  return static_cast<std::uint8_t>((data_[byte] << shift) | (data_[byte + 1] >> (8 - shift)));
-}
-
-std::uint64_t DwgBitReader::readRawBytes(int count) {
-  if (!take(static_cast<std::size_t>(count) * 8)) return 0;
-  std::uint64_t value = 0;
-  for (int i = 0; i < count; ++i, bit_ += 8) value |= std::uint64_t(peekByte()) << (8 * i);
-  return value;
-}
-
-bool DwgBitReader::readBit() {
-  if (!take(1)) return false;
-  const bool value = (data_[bit_ >> 3] >> (7 - (bit_ & 7))) & 1;
-  ++bit_;
-  return value;
-}
-
-std::uint8_t DwgBitReader::readBitPair() {
-  const std::uint8_t high = readBit();
-  return static_cast<std::uint8_t>((high << 1) | readBit());
-}
-
 std::uint8_t DwgBitReader::readBitTriplet() {
   std::uint8_t value = 0;
   for (int i = 0; i < 3; ++i) {
@@ -82,13 +55,6 @@ std::uint8_t DwgBitReader::readBitTriplet() {
     value = static_cast<std::uint8_t>((value << 1) | bit);
     if (!bit) break;
   }
-  return value;
-}
-
-std::uint8_t DwgBitReader::readRawChar() {
-  if (!take(8)) return 0;
-  const std::uint8_t value = peekByte();
-  bit_ += 8;
   return value;
 }
 
@@ -224,10 +190,7 @@ void DwgBitReader::readText(std::string& out) {
     bit_ += std::size_t(length) * 8;
     return;
   }
-  for (char& c : out) {
-    c = static_cast<char>(peekByte());
-    bit_ += 8;
-  }
+  for (char& c : out) c = static_cast<char>(readRawChar());
 }
 
 void DwgBitReader::readUnicodeText(std::u16string& out) {

@@ -1,8 +1,10 @@
 // Bit-level reading of DWG data: the packed value types of R13 and later drawings, and their checksums.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -76,15 +78,15 @@ class DwgBitReader {
   void alignToByte();
   std::size_t bytePosition() const { return bit_ / 8; }
 
-  bool readBit();                       // B
-  std::uint8_t readBitPair();           // BB
+  bool readBit() { return static_cast<bool>(readBits(1)); }             // B
+  std::uint8_t readBitPair() { return static_cast<std::uint8_t>(readBits(2)); }  // BB
   std::uint8_t readBitTriplet();        // 3B: 1 to 3 bits, ended by a zero bit
   std::int16_t readBitShort();          // BS
   std::int32_t readBitLong();           // BL
   std::uint64_t readBitLongLong();      // BLL: a 3-bit byte count and that many bytes
   double readBitDouble();               // BD
   double readDoubleWithDefault(double defaultValue);  // DD
-  std::uint8_t readRawChar();           // RC
+  std::uint8_t readRawChar() { return static_cast<std::uint8_t>(readBits(8)); }  // RC
   std::int16_t readRawShort();          // RS
   std::int32_t readRawLong();           // RL
   double readRawDouble();               // RD
@@ -113,8 +115,37 @@ class DwgBitReader {
 
  private:
   bool take(std::size_t bits);
-  std::uint8_t peekByte() const;
-  std::uint64_t readRawBytes(int count);
+  // The next count (1 to 57) bits as a number, the first read the highest; 0 and failed past the end.
+  std::uint64_t readBits(unsigned count) {
+    if (failed_ || count > bitSize() - bit_) {
+      fail();
+      return 0;
+    }
+    const std::size_t byte = bit_ >> 3;
+    std::uint64_t window;
+    if (byte + 8 <= data_.size()) {
+      std::memcpy(&window, data_.data() + byte, 8);
+      if constexpr (std::endian::native == std::endian::little) window = byteSwap(window);
+    } else {
+      window = 0;
+      for (std::size_t i = 0; i < 8; ++i) window = window << 8 | (byte + i < data_.size() ? data_[byte + i] : 0);
+    }
+    const std::uint64_t value = (window << (bit_ & 7)) >> (64 - count);
+    bit_ += count;
+    return value;
+  }
+  static std::uint64_t byteSwap(std::uint64_t v) { return __builtin_bswap64(v); }
+  // count (0 to 8) bytes in little-endian order, at any bit position.
+  std::uint64_t readRawBytes(int count) {
+    if (count <= 0) return 0;
+    if (count > 7) {
+      const std::uint64_t low = readRawBytes(4);
+      return low | readRawBytes(count - 4) << 32;
+    }
+    const std::uint64_t big = readBits(static_cast<unsigned>(count) * 8);
+    // The bytes came first-highest; little-endian puts the first lowest.
+    return byteSwap(big) >> (64 - 8 * count);
+  }
 
   std::span<const std::uint8_t> data_;
   std::size_t bit_ = 0;

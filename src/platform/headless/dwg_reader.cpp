@@ -3,6 +3,7 @@
 #include "platform/headless/dwg_reader.h"
 
 #include <algorithm>
+#include <tuple>
 #include <unordered_map>
 
 #include "platform/headless/dwg_entities.h"
@@ -201,7 +202,7 @@ void DwgReader::emitBlocks(DwgTagList& out) {
   auto emitMembers = [&](const DwgBlockHeader& b) {
     auto it = byOwner_.find(b.handle);
     if (it == byOwner_.end()) return;
-    std::vector<std::uint32_t> members = it->second;
+    const std::vector<std::uint32_t>& members = it->second;
     // The block's own list gives the drawing order, or before R2004 the chain of links from its first
     // entity (walked at most once round its members); the rest follow by handle.
     std::unordered_map<std::uint64_t, std::size_t> rank;
@@ -212,13 +213,15 @@ void DwgReader::emitBlocks(DwgTagList& out) {
       if (found == entityIndex.end() || entities_[found->second].owner != b.handle || !rank.emplace(link, k).second) break;
       link = entities_[found->second].next;
     }
-    std::stable_sort(members.begin(), members.end(), [&](std::uint32_t x, std::uint32_t y) {
-      auto rx = rank.find(entities_[x].handle), ry = rank.find(entities_[y].handle);
-      const std::size_t kx = rx == rank.end() ? rank.size() : rx->second;
-      const std::size_t ky = ry == rank.end() ? rank.size() : ry->second;
-      return kx != ky ? kx < ky : entities_[x].handle < entities_[y].handle;
-    });
-    for (std::uint32_t i : members) emitEntity(entities_[i], out);
+    // Each member's place is looked up once: (rank, handle, entity).
+    std::vector<std::tuple<std::size_t, std::uint64_t, std::uint32_t>> order;
+    order.reserve(members.size());
+    for (std::uint32_t i : members) {
+      auto r = rank.find(entities_[i].handle);
+      order.emplace_back(r == rank.end() ? rank.size() : r->second, entities_[i].handle, i);
+    }
+    std::sort(order.begin(), order.end());
+    for (const auto& [place, handle, i] : order) emitEntity(entities_[i], out);
   };
   auto layerOf = [&](std::uint64_t entity) {
     auto it = blockEntityLayer_.find(entity);

@@ -22,9 +22,9 @@ void DwgTagList::text(int code, std::string_view value) {
   t.code = static_cast<std::int16_t>(code);
   t.type = tagTypeOf(code);
   if (t.type != TagType::Handle && t.type != TagType::Binary) t.type = TagType::Text;
-  t.textBegin = static_cast<std::uint32_t>(texts_.size());
-  t.textLength = static_cast<std::uint32_t>(value.size());
-  texts_.append(value);
+  t.text.begin = static_cast<std::uint32_t>(texts_.size());
+  t.text.length = static_cast<std::uint32_t>(value.size());
+  texts_.append(value.data(), value.size());
   tags_.push_back(t);
 }
 
@@ -71,13 +71,24 @@ void DwgTagList::append(const DwgTagList& other, std::size_t begin, std::size_t 
       auto it = std::upper_bound(other.records_.begin(), other.records_.end(), std::make_pair(i, ~std::uint64_t(0)));
       records_.emplace_back(tags_.size(), it == other.records_.begin() ? 0 : std::prev(it)->second);
     }
-    if (t.type == TagType::Text || t.type == TagType::Handle || t.type == TagType::Binary) {
+    if (t.holdsText()) {
       const std::string_view s = other.textOf(t);
-      t.textBegin = static_cast<std::uint32_t>(texts_.size());
-      texts_.append(s);
+      t.text.begin = static_cast<std::uint32_t>(texts_.size());
+      texts_.append(s.data(), s.size());
     }
     tags_.push_back(t);
   }
+}
+
+void DwgTagList::truncate(std::size_t begin) {
+  // Texts are appended in the order of their tags: the first dropped tag with a text starts the texts dropped.
+  for (std::size_t i = begin; i < tags_.size(); ++i)
+    if (tags_[i].holdsText()) {
+      texts_.truncate(tags_[i].text.begin);
+      break;
+    }
+  tags_.truncate(begin);
+  while (!records_.empty() && records_.back().first >= begin) records_.pop_back();
 }
 
 std::uint64_t DwgTagList::handleAt(std::size_t i) const {
@@ -91,9 +102,15 @@ bool DwgTagSource::next(RawTag& tag) {
   tag = RawTag();
   tag.code = t.code;
   tag.type = t.type;
-  tag.real = t.real;
-  tag.integer = t.integer;
-  if (t.type == TagType::Text || t.type == TagType::Handle || t.type == TagType::Binary) tag.text = tags_.textOf(t);
+  // As the tokenizer gives them: an integral group's value also as a real.
+  if (t.holdsText()) {
+    tag.text = tags_.textOf(t);
+  } else if (t.type == TagType::Real) {
+    tag.real = t.real;
+  } else {
+    tag.integer = t.integer;
+    tag.real = static_cast<double>(t.integer);
+  }
   return true;
 }
 

@@ -9,19 +9,27 @@
 
 #include "platform/headless/dwg_bits.h"
 #include "platform/headless/dxf_tokenizer.h"
+#include "platform/pages.h"
 
 namespace headless {
 
 // Groups stored as the DXF reader receives them; texts live in one buffer, referred to by offset.
 class DwgTagList {
  public:
+  // A drawing makes a few dozen groups an entity: the value shares its room with the text's place.
   struct Tag {
     std::int16_t code = 0;
     TagType type = TagType::Text;
-    double real = 0.0;
-    long long integer = 0;
-    std::uint32_t textBegin = 0, textLength = 0;
+    union {
+      double real = 0.0;  // Real
+      long long integer;  // the integral types
+      struct {
+        std::uint32_t begin, length;
+      } text;  // Text, Handle and Binary: the place in the list's buffer
+    };
+    bool holdsText() const { return type == TagType::Text || type == TagType::Handle || type == TagType::Binary; }
   };
+  static_assert(sizeof(Tag) == 16);
 
   void text(int code, std::string_view value);
   void real(int code, double value);
@@ -36,17 +44,18 @@ class DwgTagList {
 
   std::size_t size() const { return tags_.size(); }
   const Tag& operator[](std::size_t i) const { return tags_[i]; }
-  std::string_view textOf(const Tag& t) const { return std::string_view(texts_).substr(t.textBegin, t.textLength); }
+  std::string_view textOf(const Tag& t) const { return {texts_.data() + t.text.begin, t.text.length}; }
   // Appends the tags [begin, end) of another list (texts included).
   void append(const DwgTagList& other, std::size_t begin, std::size_t end);
   // Drops the tags from begin on (a record that could not be finished).
-  void truncate(std::size_t begin) { tags_.resize(begin); }
+  void truncate(std::size_t begin);
   // The handle of the record that holds tag i, 0 when it has none.
   std::uint64_t handleAt(std::size_t i) const;
 
  private:
-  std::vector<Tag> tags_;
-  std::string texts_;
+  // Mapped pages: a drawing's groups grow without being copied, and the largest lists take huge pages.
+  platform::PageArray<Tag> tags_;
+  platform::PageArray<char> texts_;
   std::vector<std::pair<std::size_t, std::uint64_t>> records_;  // first tag, handle
 };
 
