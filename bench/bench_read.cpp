@@ -135,6 +135,39 @@ void BM_IterateModelSpace(benchmark::State& state, const std::string& version) {
   state.counters["entities"] = benchmark::Counter(static_cast<double>(entities), benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// Real drawings of the corpus (VK_CORPUS, or the folder beside the checkout), DWG beside the DXF of the same
+// drawing where there is one: the CPU time of a read per model-space entity, which is what compares the two
+// readers on drawings of different sizes. Cases whose drawing is absent skip.
+void BM_ReadReal(benchmark::State& state, const std::string& relative) {
+  const char* env = std::getenv("VK_CORPUS");
+  const fs::path path = fs::path(env && *env ? env : VK_CORPUS_DIR) / relative;
+  std::error_code ec;
+  const auto bytes = fs::file_size(path, ec);
+  if (ec) {
+    state.SkipWithError(("absent: " + path.string()).c_str());
+    return;
+  }
+  std::size_t entities = 0;
+  double cpu = 0.0;
+  for (auto _ : state) {
+    const double t0 = cpuSeconds();
+    platform::ReadReport report;
+    auto db = platform::Database::read(path.string(), report);
+    cpu += cpuSeconds() - t0;
+    if (!db) {
+      state.SkipWithError(report.error.c_str());
+      return;
+    }
+    entities = db->blockRecord(db->modelSpaceId()).entityCount();
+    state.PauseTiming();
+    db.reset();
+    state.ResumeTiming();
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(bytes));
+  state.counters["entities"] = static_cast<double>(entities);
+  state.counters["us_per_entity"] = entities ? cpu * 1e6 / static_cast<double>(state.iterations()) / static_cast<double>(entities) : 0.0;
+}
+
 // A million entities take seconds a read: a few reads are enough, and keep the run short.
 constexpr int kLargeIterations = 3;
 
@@ -156,6 +189,14 @@ void registerAll() {
   for (const std::int64_t n : {100'000, 1'000'000})
     benchmark::RegisterBenchmark("iterate_model_space/AC1015", BM_IterateModelSpace, std::string("AC1015"))
         ->Arg(n)->Unit(benchmark::kMillisecond);
+  for (const char* drawing :
+       {"large/zcad_regular.dwg", "same_drawing/zcad_nonregular2/zcad_nonregular2.dwg",
+        "same_drawing/zcad_nonregular2/zcad_nonregular2.dxf", "same_drawing/libredwg_example/libredwg_example_2000.dwg",
+        "same_drawing/libredwg_example/libredwg_example_2000.dxf",
+        "same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015.dwg",
+        "same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015_ascii.dxf"})
+    benchmark::RegisterBenchmark((std::string("read_real/") + drawing).c_str(), BM_ReadReal, std::string(drawing))
+        ->Unit(benchmark::kMillisecond);
 }
 
 // One read of one drawing in this fresh process: the figures a command that opens a drawing once sees.
