@@ -23,6 +23,16 @@ constexpr std::array<Word, 256> reflectedCrcTable() {
   return table;
 }
 constexpr auto kCrc16Table = reflectedCrcTable<std::uint16_t, 0xA001>();
+// The same CRC four bytes at a time ("slicing"): row k gives the effect of a byte followed by k zero bytes.
+constexpr std::array<std::array<std::uint16_t, 256>, 4> crc16Slices() {
+  std::array<std::array<std::uint16_t, 256>, 4> rows{};
+  rows[0] = kCrc16Table;
+  for (std::size_t k = 1; k < 4; ++k)
+    for (unsigned i = 0; i < 256; ++i)
+      rows[k][i] = static_cast<std::uint16_t>((rows[k - 1][i] >> 8) ^ kCrc16Table[rows[k - 1][i] & 0xFF]);
+  return rows;
+}
+constexpr auto kCrc16Slices = crc16Slices();
 constexpr auto kCrc32Table = reflectedCrcTable<std::uint32_t, 0xEDB88320u>();
 
 }  // namespace
@@ -303,7 +313,14 @@ bool findStringStream(std::span<const std::uint8_t> data, std::size_t dataBeginB
 
 std::uint16_t dwgCrc8(std::uint16_t seed, std::span<const std::uint8_t> data) {
   std::uint16_t crc = seed;
-  for (std::uint8_t byte : data) crc = static_cast<std::uint16_t>((crc >> 8) ^ kCrc16Table[(crc ^ byte) & 0xFF]);
+  std::size_t i = 0;
+  // Objects' CRCs cover every byte of the drawing's objects: four bytes a step.
+  for (; i + 4 <= data.size(); i += 4) {
+    const unsigned low = (crc ^ data[i]) & 0xFF, high = ((crc >> 8) ^ data[i + 1]) & 0xFF;
+    crc = static_cast<std::uint16_t>(kCrc16Slices[3][low] ^ kCrc16Slices[2][high] ^ kCrc16Slices[1][data[i + 2]] ^
+                                     kCrc16Slices[0][data[i + 3]]);
+  }
+  for (; i < data.size(); ++i) crc = static_cast<std::uint16_t>((crc >> 8) ^ kCrc16Table[(crc ^ data[i]) & 0xFF]);
   return crc;
 }
 
