@@ -9,6 +9,8 @@ namespace {
 
 constexpr DwgEntityFamily (*kFamilies[])() = {
     dwgPlainEntities,
+    dwgAreaEntities,
+    dwgOtherEntities,
 };
 
 // The fixed types by number, the class types by name; built once.

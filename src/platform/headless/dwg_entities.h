@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/headless/dwg_objects.h"
@@ -15,6 +16,7 @@ namespace headless {
 struct DwgDecodeContext {
   explicit DwgDecodeContext(const DwgNames& tableNames) : names(tableNames) {}
   const DwgNames& names;
+  const DwgClass* objectClass = nullptr;  // the class of the entity being decoded, for types from 500 on
   std::string text;  // reused for texts read
   // Set by a decoder that meets a form of its type not decoded yet ("multi-line ATTRIB"): the drawing is
   // then refused, naming it, as for a type not decoded at all.
@@ -24,6 +26,10 @@ struct DwgDecodeContext {
   std::vector<std::int32_t> vertexIds;
   std::vector<DwgPoint2> widths;  // start and end width of each vertex
   DwgTagList vertices;
+  // Groups put together out of order (a hatch's paths with their source handles), and the places in a
+  // decoder's output where a count of handles read later was left.
+  DwgTagList spliced;
+  std::vector<std::pair<std::size_t, std::int32_t>> slots;
   std::string_view nameOf(std::uint64_t handle) const {
     auto it = names.find(handle);
     return it == names.end() ? std::string_view() : std::string_view(it->second);
@@ -46,9 +52,18 @@ using DwgEntityFamily = std::span<const DwgEntityEntry>;
 
 // The families of entity types, one file each; the registry (dwg_entities.cpp) lists them.
 DwgEntityFamily dwgPlainEntities();  // lines, circles, texts, inserts and the other simple types
+DwgEntityFamily dwgAreaEntities();   // hatches and multilines
+DwgEntityFamily dwgOtherEntities();  // multileaders, shapes, images, underlays, lights, meshes, proxies
 
 // The decoder of an entity type by DWG type number (and DXF name for classes); null when not decoded yet.
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName);
+
+// The decoder of entities of classes no decoder knows, from applications this host does not have.
+const DwgEntityType* dwgCustomEntityType();
+
+// The graphics an entity stores for hosts that cannot draw it: their size (92, or 160 from R2010 on) and
+// their bytes as binary groups (310). Nothing when the entity has none.
+void appendDwgGraphics(DwgObjectReader& entity, DwgTagList& out, std::string& scratch);
 
 // What the decoders share.
 inline constexpr double kDwgDegrees = 180.0 / std::numbers::pi;

@@ -92,8 +92,8 @@ std::vector<DwgClass> readDwgClasses(const DwgSections& sections, std::vector<st
       // The versions are described as shorts, but other writers store them as longs, and the two forms
       // differ only for values past a byte, which the maker's own files never hold.
       bits.readBitLong();
-      bits.readBitLong();
-      bits.readBitLong();
+      c.dwgVersion = bits.readBitLong();
+      c.maintenanceVersion = bits.readBitLong();
       bits.readBitLong();
       bits.readBitLong();
     }
@@ -155,6 +155,8 @@ bool DwgObjectReader::readCommonObject() {
       const std::uint64_t size = atLeast(DwgVersion::R2010) ? bits.readBitLongLong()
                                                             : static_cast<std::uint32_t>(bits.readRawLong());
       if (size > bits.bitsLeft() / 8) return false;
+      common.graphicsBegin = bits.bitPosition();
+      common.graphicsSize = static_cast<std::size_t>(size);
       bits.setBitPosition(bits.bitPosition() + static_cast<std::size_t>(size) * 8);
     }
   }

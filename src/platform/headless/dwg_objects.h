@@ -19,6 +19,8 @@ struct DwgClass {
   int number = 0;
   std::string dxfName, cppName, appName;
   bool isEntity = false;
+  // R2004+: the release and maintenance release the class's objects were written by.
+  int dwgVersion = 0, maintenanceVersion = 0;
 };
 
 // Reads the classes section; damage ends the list with a warning.
@@ -37,6 +39,10 @@ struct DwgCommon {
   std::uint32_t reactorCount = 0;
   std::array<std::uint64_t, 8> reactors{};  // the first ones, as many as fit
   std::size_t eedBegin = 0, eedEnd = 0;     // bit range of the extended data in the object
+  // Entities only: the graphics stored for hosts that cannot draw the entity (proxy graphics), byte-aligned
+  // or not, from graphicsBegin (a bit position) on, graphicsSize bytes; none when graphicsSize is 0.
+  std::size_t graphicsBegin = 0;
+  std::size_t graphicsSize = 0;
   // Entities only.
   std::uint8_t entityMode = 0;  // 0: owner given, 1: paper space, 2: model space
   DwgEntityColor color;

@@ -130,6 +130,10 @@ bool DwgReader::decodeEntities() {
       continue;
     }
     const DwgEntityType* decoder = findDwgEntityType(h.type, type);
+    context.objectClass = h.type >= 500 && h.type - 500u < classes_.size() ? &classes_[h.type - 500u] : nullptr;
+    // The host's own classes are named AcDb...; the others belong to applications it does not have.
+    if (!decoder && context.objectClass && !context.objectClass->cppName.starts_with("AcDb"))
+      decoder = dwgCustomEntityType();
     auto refuse = [&](const std::string& what) {
       report_.error = s_.fileName + ": the DWG reader cannot decode " + what + " entities yet (handle " +
                       dwgHex(h.handle) + ")";
@@ -175,6 +179,8 @@ bool DwgReader::decodeEntities() {
     if (c.lineWeight != -1) staged_.integer(370, c.lineWeight);
     if (c.linetypeScale != 1.0) staged_.real(48, c.linetypeScale);
     if (c.invisible & 1) staged_.integer(60, 1);
+    // Proxy records carry their graphics in their own part.
+    if (std::string_view(decoder->dxfName) != "ACAD_PROXY_ENTITY") appendDwgGraphics(object_, staged_, scratch);
     staged_.append(body, 0, body.size());
     if (c.eedEnd > c.eedBegin + 16 && !appendDwgExtendedData(object_, staged_, names_, scratch))
       report_.warnings.push_back(s_.fileName + ": object " + dwgHex(c.handle) +

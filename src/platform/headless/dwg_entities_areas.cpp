@@ -1,0 +1,285 @@
+// The DWG entities that cover areas or run in bands: hatches with their boundary paths, patterns and
+// gradients, and multilines.
+#include "platform/headless/dwg_entities.h"
+
+namespace headless {
+
+namespace {
+
+// The smallest number of bits each repeated item of the hatch takes, to check counts against what is left.
+constexpr std::size_t kMinPathBits = 2 + 2;    // flags and a count, both bit longs of value 0
+constexpr std::size_t kMinEdgeBits = 8 + 2 * 64;  // the type byte and a raw point
+constexpr std::size_t kMinPointBits = 2 * 64;  // a raw 2D point
+
+bool countFits(std::int32_t count, std::size_t minBits, const DwgBitReader& b) {
+  return count >= 0 && !b.failed() && std::size_t(count) <= b.bitsLeft() / minBits;
+}
+
+// A 2D point as boundary paths give it: groups code and code + 10 only.
+void point2(DwgTagList& out, int code, const DwgPoint2& p) {
+  out.real(code, p.x);
+  out.real(code + 10, p.y);
+}
+
+// One spline edge of a boundary path: its degree, knots, control points (with weights when rational) and,
+// from R2010 on, its fit points and end tangents.
+bool readSplineEdge(DwgObjectReader& o, DwgTagList& out) {
+  DwgBitReader& b = o.bits;
+  const std::int32_t degree = b.readBitLong();
+  const bool rational = b.readBit();
+  const bool periodic = b.readBit();
+  const std::int32_t knots = b.readBitLong();
+  const std::int32_t points = b.readBitLong();
+  if (!countFits(knots, 2, b) || !countFits(points, kMinPointBits, b)) return false;
+  out.integer(94, degree);
+  out.integer(73, rational ? 1 : 0);
+  out.integer(74, periodic ? 1 : 0);
+  out.integer(95, knots);
+  out.integer(96, points);
+  for (std::int32_t k = 0; k < knots && !b.failed(); ++k) out.real(40, b.readBitDouble());
+  for (std::int32_t k = 0; k < points && !b.failed(); ++k) {
+    point2(out, 10, b.readRaw2Doubles());
+    if (rational) out.real(42, b.readBitDouble());
+  }
+  if (o.atLeast(DwgVersion::R2010)) {
+    const std::int32_t fit = b.readBitLong();
+    if (!countFits(fit, kMinPointBits, b)) return false;
+    out.integer(97, fit);
+    if (fit > 0) {
+      for (std::int32_t k = 0; k < fit && !b.failed(); ++k) point2(out, 11, b.readRaw2Doubles());
+      point2(out, 12, b.readRaw2Doubles());
+      point2(out, 13, b.readRaw2Doubles());
+    }
+  }
+  return !b.failed();
+}
+
+// A boundary path made of edges: lines, circular and elliptic arcs, splines.
+bool readEdgePath(DwgObjectReader& o, DwgTagList& out) {
+  DwgBitReader& b = o.bits;
+  const std::int32_t edges = b.readBitLong();
+  if (!countFits(edges, kMinEdgeBits, b)) return false;
+  out.integer(93, edges);
+  for (std::int32_t k = 0; k < edges; ++k) {
+    const int type = b.readRawChar();
+    out.integer(72, type);
+    switch (type) {
+      case 1:
+        point2(out, 10, b.readRaw2Doubles());
+        point2(out, 11, b.readRaw2Doubles());
+        break;
+      case 2: {
+        point2(out, 10, b.readRaw2Doubles());
+        out.real(40, b.readBitDouble());
+        out.real(50, b.readBitDouble() * kDwgDegrees);
+        out.real(51, b.readBitDouble() * kDwgDegrees);
+        out.integer(73, b.readBit() ? 1 : 0);
+        break;
+      }
+      case 3: {
+        point2(out, 10, b.readRaw2Doubles());
+        point2(out, 11, b.readRaw2Doubles());
+        out.real(40, b.readBitDouble());
+        out.real(50, b.readBitDouble() * kDwgDegrees);
+        out.real(51, b.readBitDouble() * kDwgDegrees);
+        out.integer(73, b.readBit() ? 1 : 0);
+        break;
+      }
+      case 4:
+        if (!readSplineEdge(o, out)) return false;
+        break;
+      default: return false;
+    }
+    if (b.failed()) return false;
+  }
+  return true;
+}
+
+// A boundary path given as a polyline: vertices with optional bulges.
+bool readPolylinePath(DwgObjectReader& o, DwgTagList& out) {
+  DwgBitReader& b = o.bits;
+  const bool bulges = b.readBit();
+  const bool closed = b.readBit();
+  const std::int32_t vertices = b.readBitLong();
+  if (!countFits(vertices, kMinPointBits, b)) return false;
+  out.integer(72, bulges ? 1 : 0);
+  out.integer(73, closed ? 1 : 0);
+  out.integer(93, vertices);
+  for (std::int32_t k = 0; k < vertices && !b.failed(); ++k) {
+    point2(out, 10, b.readRaw2Doubles());
+    if (bulges) out.real(42, b.readBitDouble());
+  }
+  return !b.failed();
+}
+
+struct Gradient {
+  std::int32_t kind = 0, reserved = 0, singleColor = 0;
+  double angle = 0, shift = 0, tint = 0;
+};
+
+bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  const std::size_t first = out.size();
+  // The gradient comes first in the data and last in DXF: its groups are kept aside until then.
+  DwgTagList& gradientColors = context.vertices;
+  gradientColors.truncate(0);
+  Gradient g;
+  std::string gradientName;
+  const bool gradients = o.atLeast(DwgVersion::R2004);
+  if (gradients) {
+    g.kind = b.readBitLong();
+    g.reserved = b.readBitLong();
+    g.angle = b.readBitDouble();
+    g.shift = b.readBitDouble();
+    g.singleColor = b.readBitLong();
+    g.tint = b.readBitDouble();
+    const std::int32_t colors = b.readBitLong();
+    if (!countFits(colors, 2 + 2 + 2 + 8, b)) return false;
+    gradientColors.integer(453, colors);
+    for (std::int32_t k = 0; k < colors && !b.failed(); ++k) {
+      gradientColors.real(463, b.readBitDouble());
+      const DwgColor c = b.readColor();
+      if (c.hasName()) o.readText(context.text);
+      if (c.hasBookName()) o.readText(context.text);
+      gradientColors.integer(63, c.index);
+      gradientColors.integer(421, c.rgb & 0xFFFFFF);
+    }
+    o.readText(gradientName);
+  }
+  const double elevation = b.readBitDouble();
+  const DwgPoint3 e = b.read3BitDoubles();
+  o.readText(context.text);
+  const bool solid = b.readBit();
+  const bool associative = b.readBit();
+  const std::int32_t paths = b.readBitLong();
+  if (!countFits(paths, kMinPathBits, b)) return false;
+  out.text(100, "AcDbHatch");
+  out.point(10, DwgPoint2{}, elevation);
+  out.point(210, e);
+  out.text(2, context.text);
+  out.integer(70, solid ? 1 : 0);
+  out.integer(71, associative ? 1 : 0);
+  out.integer(91, paths);
+  // Each path ends with the count of its source objects, whose handles come after the common ones; the
+  // places of the counts are kept to slot the handles in.
+  std::vector<std::pair<std::size_t, std::int32_t>>& sources = context.slots;
+  sources.clear();
+  bool pixelSize = false;
+  for (std::int32_t p = 0; p < paths; ++p) {
+    const std::int32_t flags = b.readBitLong();
+    out.integer(92, flags);
+    if (!((flags & 2) ? readPolylinePath(o, out) : readEdgePath(o, out))) return false;
+    pixelSize = pixelSize || (flags & 4);
+    const std::int32_t count = b.readBitLong();
+    if (count < 0 || std::size_t(count) > o.handles.bitsLeft() / 8) return false;
+    out.integer(97, count);
+    sources.emplace_back(out.size(), count);
+  }
+  out.integer(75, b.readBitShort());
+  out.integer(76, b.readBitShort());
+  if (!solid) {
+    out.real(52, b.readBitDouble() * kDwgDegrees);
+    out.real(41, b.readBitDouble());
+    out.integer(77, b.readBit() ? 1 : 0);
+    const int lines = b.readBitShort();
+    if (!countFits(lines, 2 + 4 * 2 + 2, b)) return false;
+    out.integer(78, lines);
+    for (int k = 0; k < lines && !b.failed(); ++k) {
+      out.real(53, b.readBitDouble() * kDwgDegrees);
+      out.real(43, b.readBitDouble());
+      out.real(44, b.readBitDouble());
+      out.real(45, b.readBitDouble());
+      out.real(46, b.readBitDouble());
+      const int dashes = b.readBitShort();
+      if (!countFits(dashes, 2, b)) return false;
+      out.integer(79, dashes);
+      for (int d = 0; d < dashes && !b.failed(); ++d) out.real(49, b.readBitDouble());
+    }
+  }
+  if (pixelSize) out.real(47, b.readBitDouble());
+  const std::int32_t seeds = b.readBitLong();
+  if (!countFits(seeds, kMinPointBits, b)) return false;
+  out.integer(98, seeds);
+  for (std::int32_t k = 0; k < seeds && !b.failed(); ++k) point2(out, 10, b.readRaw2Doubles());
+  // Writers give the gradient groups of gradient fills; for the others they say nothing the defaults do not.
+  if (gradients && g.kind != 0) {
+    out.integer(450, g.kind);
+    out.integer(451, g.reserved);
+    out.integer(452, g.singleColor);
+    out.append(gradientColors, 0, 1);  // 453
+    out.real(460, g.angle);
+    out.real(461, g.shift);
+    out.real(462, g.tint);
+    out.append(gradientColors, 1, gradientColors.size());
+    out.text(470, gradientName);
+  }
+  o.readCommonHandles();
+  if (b.failed()) return false;
+  // The source objects' handles go after their paths' counts.
+  DwgTagList& spliced = context.spliced;
+  spliced.truncate(0);
+  std::size_t from = first;
+  for (const auto& [at, count] : sources) {
+    spliced.append(out, from, at);
+    for (std::int32_t k = 0; k < count && !o.handles.failed(); ++k) spliced.handle(330, o.readHandle());
+    from = at;
+  }
+  spliced.append(out, from, out.size());
+  out.truncate(first);
+  out.append(spliced, 0, spliced.size());
+  return true;
+}
+
+bool decodeMline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  const double scale = b.readBitDouble();
+  const int justification = b.readRawChar();
+  const DwgPoint3 base = b.read3BitDoubles();
+  const DwgPoint3 e = b.read3BitDoubles();
+  const int flags = b.readBitShort();
+  const int lines = b.readRawChar();
+  const int vertices = b.readBitShort();
+  // A vertex takes at least three points of three bit doubles; each line at least two counts.
+  if (vertices < 0 || std::size_t(vertices) > b.bitsLeft() / (9 * 2 + std::size_t(lines) * 4) || b.failed())
+    return false;
+  DwgTagList& body = context.spliced;
+  body.truncate(0);
+  for (int v = 0; v < vertices && !b.failed(); ++v) {
+    body.point(11, b.read3BitDoubles());
+    body.point(12, b.read3BitDoubles());
+    body.point(13, b.read3BitDoubles());
+    for (int l = 0; l < lines && !b.failed(); ++l) {
+      for (int kind = 0; kind < 2; ++kind) {
+        const int count = b.readBitShort();
+        if (!countFits(count, 2, b)) return false;
+        body.integer(74 + kind, count);
+        for (int k = 0; k < count && !b.failed(); ++k) body.real(41 + kind, b.readBitDouble());
+      }
+    }
+  }
+  o.readCommonHandles();
+  const std::uint64_t style = o.readHandle();
+  out.text(100, "AcDbMline");
+  if (const std::string_view name = context.nameOf(style); !name.empty()) out.text(2, name);
+  out.handle(340, style);
+  out.real(40, scale);
+  out.integer(70, justification);
+  out.integer(71, flags);
+  out.integer(72, vertices);
+  out.integer(73, lines);
+  out.point(10, base);
+  out.point(210, e);
+  out.append(body, 0, body.size());
+  return !b.failed();
+}
+
+constexpr DwgEntityEntry kTypes[] = {
+    {47, {"MLINE", decodeMline}},
+    {78, {"HATCH", decodeHatch}},
+};
+
+}  // namespace
+
+DwgEntityFamily dwgAreaEntities() { return kTypes; }
+
+}  // namespace headless
