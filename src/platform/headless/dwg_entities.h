@@ -17,6 +17,7 @@ struct DwgDecodeContext {
   explicit DwgDecodeContext(const DwgNames& tableNames) : names(tableNames) {}
   const DwgNames& names;
   const DwgClass* objectClass = nullptr;  // the class of the entity being decoded, for types from 500 on
+  int maintenanceVersion = 0;             // the drawing's maintenance release
   std::string text;  // reused for texts read
   // Set by a decoder that meets a form of its type not decoded yet ("multi-line ATTRIB"): the drawing is
   // then refused, naming it, as for a type not decoded at all.

@@ -11,7 +11,8 @@ namespace {
 constexpr char kHex[] = "0123456789ABCDEF";
 constexpr std::size_t kBinaryChunk = 127;  // bytes a binary group holds, as DXF writers cut them
 
-// The bits [begin, end) of a stream as binary groups of hex digits, the last byte padded with zeros.
+// The bits [begin, end) of a stream as binary groups of hex digits, a last byte cut short padded with
+// zeros (what writers leave there is whatever their buffers held).
 void binaryGroups(const DwgBitReader& stream, std::size_t begin, std::size_t end, int code, DwgTagList& out,
                   std::string& scratch) {
   DwgBitReader b = stream;  // a copy: the stream's own position stays
@@ -48,18 +49,20 @@ namespace {
 // on its texts apart), the objects referred to, all as DXF proxy records give them.
 bool proxyBody(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   const std::size_t dataBegin = o.bits.bitPosition();
-  const std::size_t textsBegin = o.strings.bitSize() > 0 ? o.strings.bitPosition() : o.dataEndBit;
   o.readCommonHandles();
   if (o.failed()) return false;
   appendDwgGraphics(o, out, context.text);
-  const bool split = o.atLeast(DwgVersion::R2007);
-  const std::size_t dataEnd = split ? std::max(dataBegin, textsBegin) : o.dataEndBit;
-  if (dataEnd > o.dataEndBit) return false;
-  out.integer(split ? 162 : 93, static_cast<long long>(dataEnd - dataBegin));
-  binaryGroups(o.bits, dataBegin, dataEnd, split ? 311 : 310, out, context.text);
-  if (split) {
-    out.integer(161, static_cast<long long>(o.dataEndBit - dataEnd));
-    binaryGroups(o.bits, dataEnd, o.dataEndBit, 310, out, context.text);
+  if (o.atLeast(DwgVersion::R2007)) {
+    // The texts first (162, 311), then the rest of the data (161, 310).
+    if (o.stringsBeginBit < dataBegin || o.stringsEndBit > o.dataEndBit) return false;
+    out.integer(162, static_cast<long long>(o.stringsEndBit - o.stringsBeginBit));
+    binaryGroups(o.bits, o.stringsBeginBit, o.stringsEndBit, 311, out, context.text);
+    out.integer(161, static_cast<long long>(o.stringsBeginBit - dataBegin));
+    binaryGroups(o.bits, dataBegin, o.stringsBeginBit, 310, out, context.text);
+  } else {
+    if (o.dataEndBit < dataBegin) return false;
+    out.integer(93, static_cast<long long>(o.dataEndBit - dataBegin));
+    binaryGroups(o.bits, dataBegin, o.dataEndBit, 310, out, context.text);
   }
   // The handles left are the objects referred to, each group by its kind of reference.
   DwgBitReader& h = o.handles;
@@ -116,7 +119,7 @@ bool decodeCustom(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   out.integer(90, 498);
   out.integer(91, o.type);
   const DwgClass* c = context.objectClass;
-  proxyFormat(o, out, c ? c->dwgVersion : 0, c ? c->maintenanceVersion : 0);
+  proxyFormat(o, out, c ? c->dwgVersion : 0, context.maintenanceVersion);
   out.integer(70, 0);
   return proxyBody(o, out, context);
 }

@@ -93,7 +93,7 @@ std::vector<DwgClass> readDwgClasses(const DwgSections& sections, std::vector<st
       // differ only for values past a byte, which the maker's own files never hold.
       bits.readBitLong();
       c.dwgVersion = bits.readBitLong();
-      c.maintenanceVersion = bits.readBitLong();
+      bits.readBitLong();
       bits.readBitLong();
       bits.readBitLong();
     }
@@ -117,6 +117,7 @@ bool DwgObjectReader::open(const DwgSections& sections, const DwgObjectHeader& h
   fullStyle_ = faceStyle_ = edgeStyle_ = false;
   isEntity = entity;
   separateStrings_ = atLeast(DwgVersion::R2007);
+  stringsBeginBit = stringsEndBit = 0;
   type = bits.readObjectType();
   dataEndBit = bits.bitSize();
   if (atLeast(DwgVersion::R2010)) {
@@ -135,6 +136,8 @@ bool DwgObjectReader::open(const DwgSections& sections, const DwgObjectHeader& h
     if (!findStringStream(data, 0, dataEndBit, stream)) return false;
     strings = DwgBitReader(data.first(stream.present ? (stream.endBit + 7) / 8 : 0), sections.version);
     if (stream.present) strings.setBitPosition(stream.beginBit);
+    stringsBeginBit = stream.present ? stream.beginBit : dataEndBit;
+    stringsEndBit = stream.present ? stream.endBit : dataEndBit;
   }
   return !handles.failed() && !strings.failed();
 }

@@ -19,8 +19,7 @@ struct DwgClass {
   int number = 0;
   std::string dxfName, cppName, appName;
   bool isEntity = false;
-  // R2004+: the release and maintenance release the class's objects were written by.
-  int dwgVersion = 0, maintenanceVersion = 0;
+  int dwgVersion = 0;  // R2004+: the release the class's objects were written by
 };
 
 // Reads the classes section; damage ends the list with a warning.
@@ -82,6 +81,8 @@ class DwgObjectReader {
   std::uint16_t type = 0;
   bool isEntity = false;
   std::size_t dataEndBit = 0;  // where the handle stream starts
+  // R2007+: where the texts are among the data, [stringsBeginBit, stringsEndBit); empty when it has none.
+  std::size_t stringsBeginBit = 0, stringsEndBit = 0;
 
  private:
   bool readCommonObject();

@@ -118,6 +118,7 @@ void DwgReader::decodeTables() {
 bool DwgReader::decodeEntities() {
   std::string scratch;
   DwgDecodeContext context(names_);
+  context.maintenanceVersion = s_.maintenanceVersion;
   DwgTagList body;
   for (const DwgObjectHeader& h : walk_.objects) {
     if (!isEntity(h.type)) continue;
