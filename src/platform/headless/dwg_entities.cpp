@@ -16,12 +16,12 @@ constexpr DwgEntityFamily (*kFamilies[])() = {
 // The fixed types by number, the class types by name; built once.
 struct Registry {
   std::array<const DwgEntityType*, 500> byNumber{};
-  std::vector<const DwgEntityType*> byName;
+  std::vector<const DwgEntityType*> byName;  // every type: R13 and R14 number some fixed types by class
   Registry() {
     for (auto family : kFamilies)
       for (const DwgEntityEntry& e : family()) {
         if (e.type > 0 && e.type < byNumber.size()) byNumber[e.type] = &e.entity;
-        else byName.push_back(&e.entity);
+        byName.push_back(&e.entity);
       }
   }
 };

@@ -130,12 +130,16 @@ bool countFits(std::int32_t count, std::size_t minBits, const DwgBitReader& b) {
 }
 constexpr std::size_t kMinPointBits = 3 * 2;  // three bit doubles of value 0
 
-// A colour as multileaders give it in DXF: the whole stored value (method byte and colour) as one number.
+// A colour as multileaders give it in DXF: the whole value (method byte and colour) as one number. Before
+// R2004 only the index is stored; it becomes the value of the same method.
 void colorGroup(DwgObjectReader& o, DwgTagList& out, int code, std::string& scratch) {
   const DwgColor c = o.bits.readColor();
   if (c.hasName()) o.readText(scratch);
   if (c.hasBookName()) o.readText(scratch);
-  out.integer(code, static_cast<std::int32_t>(c.rgb));
+  std::uint32_t value = c.rgb;
+  if (!o.atLeast(DwgVersion::R2004))
+    value = c.index == 256 ? 0xC0000000u : c.index == 0 ? 0xC1000000u : 0xC3000000u | (std::uint32_t(c.index) & 0xFF);
+  out.integer(code, static_cast<std::int32_t>(value));
 }
 
 // One line of a leader root: its vertices, the breaks along it and, from R2010 on, its own style.

@@ -73,9 +73,14 @@ std::vector<DwgClass> readDwgClasses(const DwgSections& sections, std::vector<st
     bits.readBit();
   }
   auto text = [&](std::string& out) {
-    if (!unicode) return bits.readText(out);
-    strings.readUnicodeText(wide);
-    out = platform::utf16ToUtf8(wide);
+    if (unicode) {
+      strings.readUnicodeText(wide);
+      out = platform::utf16ToUtf8(wide);
+    } else {
+      bits.readText(out);
+    }
+    // Some writers count a terminating zero in the length.
+    while (!out.empty() && out.back() == '\0') out.pop_back();
   };
   // A class takes at least 8 bytes; the end bits of the data hold only padding.
   while (!bits.failed() && bits.bitPosition() + 64 < endBit) {
