@@ -1,5 +1,5 @@
 // The DWG entities that cover areas or run in bands: hatches with their boundary paths, patterns and
-// gradients, and multilines.
+// gradients, multilines, images and wipeouts.
 #include "platform/headless/dwg_entities.h"
 
 namespace headless {
@@ -273,9 +273,72 @@ bool decodeMline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return !b.failed();
 }
 
+// IMAGE and WIPEOUT: a picture (or a masking area) placed by its corner and pixel vectors, clipped by a
+// rectangle or a polygon in pixels.
+bool decodeImageOrWipeout(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const char* marker) {
+  DwgBitReader& b = o.bits;
+  const std::int32_t version = b.readBitLong();
+  const DwgPoint3 corner = b.read3BitDoubles();
+  const DwgPoint3 u = b.read3BitDoubles();
+  const DwgPoint3 v = b.read3BitDoubles();
+  const DwgPoint2 size = b.readRaw2Doubles();
+  const int display = b.readBitShort();
+  const bool clipping = b.readBit();
+  const int brightness = b.readRawChar();
+  const int contrast = b.readRawChar();
+  const int fade = b.readRawChar();
+  const bool clipInside = o.atLeast(DwgVersion::R2010) && b.readBit();
+  const int clipType = b.readBitShort();
+  const std::int32_t vertices = clipType == 1 ? 2 : b.readBitLong();
+  if (!countFits(vertices, kMinPointBits, b)) return false;
+  DwgTagList& boundary = context.spliced;
+  boundary.truncate(0);
+  DwgPoint2 first, last;
+  for (std::int32_t k = 0; k < vertices && !b.failed(); ++k) {
+    last = b.readRaw2Doubles();
+    if (k == 0) first = last;
+    point2(boundary, 14, last);
+  }
+  // DXF closes a polygon by repeating its first vertex.
+  std::int32_t written = vertices;
+  if (clipType != 1 && vertices >= 3 && (first.x != last.x || first.y != last.y)) {
+    point2(boundary, 14, first);
+    ++written;
+  }
+  o.readCommonHandles();
+  const std::uint64_t definition = o.readHandle();
+  const std::uint64_t reactor = o.readHandle();
+  out.text(100, marker);
+  out.integer(90, version);
+  out.point(10, corner);
+  out.point(11, u);
+  out.point(12, v);
+  point2(out, 13, size);
+  out.handle(340, definition);
+  out.integer(70, display);
+  out.integer(280, clipping ? 1 : 0);
+  out.integer(281, brightness);
+  out.integer(282, contrast);
+  out.integer(283, fade);
+  if (o.atLeast(DwgVersion::R2010)) out.integer(290, clipInside ? 1 : 0);
+  out.handle(360, reactor);
+  out.integer(71, clipType);
+  out.integer(91, written);
+  out.append(boundary, 0, boundary.size());
+  return !b.failed();
+}
+bool decodeImage(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  return decodeImageOrWipeout(o, out, context, "AcDbRasterImage");
+}
+bool decodeWipeout(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  return decodeImageOrWipeout(o, out, context, "AcDbWipeout");
+}
+
 constexpr DwgEntityEntry kTypes[] = {
     {47, {"MLINE", decodeMline}},
     {78, {"HATCH", decodeHatch}},
+    {0, {"IMAGE", decodeImage}},
+    {0, {"WIPEOUT", decodeWipeout}},
 };
 
 }  // namespace
