@@ -52,7 +52,8 @@ std::map<std::string, std::vector<platform::Handle>> layoutOrder(const DatabaseD
 TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
   const char* twins[] = {"same_drawing/libredwg_sample_2018/libredwg_sample_2018",
                          "same_drawing/zcad_nonregular2/zcad_nonregular2",
-                         "same_drawing/acadsharp_dynblock_visibility/acadsharp_BLOCKVISIBILITYPARAMETER"};
+                         "same_drawing/acadsharp_dynblock_visibility/acadsharp_BLOCKVISIBILITYPARAMETER",
+                         "same_drawing/acadsharp_hatch_pattern/acadsharp_hatch_pattern"};
   for (const char* twin : twins) {
     const std::string dwg = corpusFile(std::string(twin) + ".dwg"), dxf = corpusFile(std::string(twin) + ".dxf");
     if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";

@@ -1,5 +1,5 @@
-// The DWG entities of the remaining kinds: multileaders, and the proxies and custom entities of
-// applications this host does not have, which DXF carries as proxy records.
+// The DWG entities of the remaining kinds: multileaders, shapes, meshes, underlays, section objects, and the
+// proxies and custom entities of applications this host does not have, which DXF carries as proxy records.
 #include "platform/headless/dwg_entities.h"
 
 #include <algorithm>
@@ -341,11 +341,136 @@ bool decodeMLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
   return !o.failed();
 }
 
+// SHAPE: a shape of a shape file placed like a text. The file names the shape; the drawing stores only its
+// number, so the name (group 2) is left out.
+bool decodeShape(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&) {
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 at = b.read3BitDoubles();
+  const double size = b.readBitDouble();
+  const double rotation = b.readBitDouble();
+  const double width = b.readBitDouble();
+  const double oblique = b.readBitDouble();
+  const double t = b.readBitDouble();
+  b.readBitShort();  // the shape's number in its file
+  const DwgPoint3 e = b.read3BitDoubles();
+  o.readCommonHandles();
+  o.readHandle();  // the text style of the shape file
+  out.text(100, "AcDbShape");
+  thickness(out, t);
+  out.point(10, at);
+  out.real(40, size);
+  if (rotation != 0.0) out.real(50, rotation * kDwgDegrees);
+  if (width != 1.0) out.real(41, width);
+  if (oblique != 0.0) out.real(51, oblique * kDwgDegrees);
+  extrusion(out, e);
+  return true;
+}
+
+// MESH: subdivision meshes, their vertices, faces (each a count and that many vertex indices), edges and
+// creases.
+bool decodeMesh(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&) {
+  DwgBitReader& b = o.bits;
+  out.text(100, "AcDbSubDMesh");
+  out.integer(71, b.readBitShort());
+  out.integer(72, b.readBit() ? 1 : 0);
+  out.integer(91, b.readBitLong());
+  const std::int32_t vertices = b.readBitLong();
+  if (!countFits(vertices, kMinPointBits, b)) return false;
+  out.integer(92, vertices);
+  for (std::int32_t k = 0; k < vertices && !b.failed(); ++k) out.point(10, b.read3BitDoubles());
+  // The face list, edge list and crease list: counts of bit longs (two per edge) and bit doubles.
+  const std::int32_t faceList = b.readBitLong();
+  if (!countFits(faceList, 2, b)) return false;
+  out.integer(93, faceList);
+  for (std::int32_t k = 0; k < faceList && !b.failed(); ++k) out.integer(90, b.readBitLong());
+  const std::int32_t edges = b.readBitLong();
+  if (!countFits(edges, 4, b)) return false;
+  out.integer(94, edges);
+  for (std::int32_t k = 0; k < 2 * edges && !b.failed(); ++k) out.integer(90, b.readBitLong());
+  const std::int32_t creases = b.readBitLong();
+  if (!countFits(creases, 2, b)) return false;
+  out.integer(95, creases);
+  for (std::int32_t k = 0; k < creases && !b.failed(); ++k) out.real(140, b.readBitDouble());
+  out.integer(90, b.readBitLong());  // the count of overridden subentities
+  o.readCommonHandles();
+  return !b.failed();
+}
+
+// PDF, DWF and DGN underlays: a page of another file placed, scaled, rotated and clipped.
+bool decodeUnderlay(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&) {
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 normal = b.read3BitDoubles();
+  const DwgPoint3 at = b.read3BitDoubles();
+  const double rotation = b.readBitDouble();
+  DwgPoint3 scale;
+  scale.x = b.readBitDouble();
+  scale.y = b.readBitDouble();
+  scale.z = b.readBitDouble();
+  const int flags = b.readRawChar();
+  const int contrast = b.readRawChar();
+  const int fade = b.readRawChar();
+  const std::int32_t vertices = b.readBitLong();
+  if (!countFits(vertices, 2 * 64, b)) return false;
+  o.readCommonHandles();
+  const std::uint64_t definition = o.readHandle();
+  out.text(100, "AcDbUnderlayReference");
+  out.handle(340, definition);
+  out.point(10, at);
+  out.real(41, scale.x);
+  out.real(42, scale.y);
+  out.real(43, scale.z);
+  out.real(50, rotation * kDwgDegrees);
+  out.point(210, normal);
+  out.integer(280, flags);
+  out.integer(281, contrast);
+  out.integer(282, fade);
+  for (std::int32_t k = 0; k < vertices && !b.failed(); ++k) {
+    const DwgPoint2 p = b.readRaw2Doubles();
+    out.real(11, p.x);
+    out.real(21, p.y);
+  }
+  return !b.failed();
+}
+
+// SECTIONOBJECT: a section plane or boundary, its vertices and the bounds of its volume.
+bool decodeSection(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  out.text(100, "AcDbSection");
+  out.integer(90, b.readBitLong());
+  out.integer(91, b.readBitLong());
+  o.readText(context.text);
+  out.text(1, context.text);
+  out.point(10, b.read3BitDoubles());
+  out.real(40, b.readBitDouble());
+  out.real(41, b.readBitDouble());
+  out.integer(70, b.readBitShort());
+  const DwgColor c = b.readColor();
+  if (c.hasName()) o.readText(context.text);
+  if (c.hasBookName()) o.readText(context.text);
+  out.integer(62, c.index);
+  if ((c.rgb >> 24) == 0xC2) out.integer(420, c.rgb & 0xFFFFFF);
+  for (int code : {11, 12}) {
+    const std::int32_t count = b.readBitLong();
+    if (!countFits(count, kMinPointBits, b)) return false;
+    out.integer(code == 11 ? 92 : 93, count);
+    for (std::int32_t k = 0; k < count && !b.failed(); ++k) out.point(code, b.read3BitDoubles());
+  }
+  o.readCommonHandles();
+  out.handle(360, o.readHandle());
+  return !b.failed();
+}
+
 constexpr DwgEntityType kCustom{"ACAD_PROXY_ENTITY", decodeCustom};
 
 constexpr DwgEntityEntry kTypes[] = {
     {0x1F2, {"ACAD_PROXY_ENTITY", decodeProxy}},
     {0, {"MULTILEADER", decodeMLeader}},
+    {33, {"SHAPE", decodeShape}},
+    {0, {"MESH", decodeMesh}},
+    {0, {"PDFUNDERLAY", decodeUnderlay}},
+    {0, {"DWFUNDERLAY", decodeUnderlay}},
+    {0, {"DGNUNDERLAY", decodeUnderlay}},
+    {0, {"SECTIONOBJECT", decodeSection}},
 };
 
 }  // namespace

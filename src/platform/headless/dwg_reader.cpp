@@ -93,6 +93,13 @@ void DwgReader::decodeTables() {
         damaged(h, type);
     }
   }
+  // Multiline styles are named by the multilines that use them; their name is their first field.
+  for (const DwgObjectHeader& h : walk_.objects) {
+    if (typeName(h.type) != "MLINESTYLE" || !object_.open(s_, h, false)) continue;
+    std::string name;
+    object_.readText(name);
+    if (!object_.failed()) names_[h.handle] = std::move(name);
+  }
   // Block headers may share a name (the second paper space, anonymous blocks stored as "*U"); they get
   // numbers as DXF writers give them: "*Paper_Space0", "*U1".
   std::unordered_map<std::string, int> seen;

@@ -1,0 +1,238 @@
+// DWG entities of the richer kinds against what DXF gives of the same drawing: hatch boundary paths and
+// gradients, multileader context data across releases, and proxy records of custom entities.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "platform/headless/dwg_container.h"
+#include "platform/headless/dwg_entities.h"
+#include "platform/headless/dwg_reader.h"
+#include "platform/headless/dxf_reader.h"
+#include "support/TestSupport.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using platform::DatabaseData;
+using platform::StoredTag;
+
+std::string corpusFile(const std::string& relative) {
+  const std::string corpus = vktest::corpusDir();
+  if (corpus.empty() || !fs::exists(fs::path(corpus) / relative)) return {};
+  return (fs::path(corpus) / relative).string();
+}
+
+// One group as compared: its code and its value, numbers equal within what DXF writers round them to.
+struct Group {
+  int code;
+  std::string text;
+  double number = 0;
+  bool operator==(const Group& o) const {
+    return code == o.code && text == o.text &&
+           std::abs(number - o.number) <= 1e-9 * std::max(1.0, std::abs(number));
+  }
+};
+std::ostream& operator<<(std::ostream& os, const Group& g) {
+  return g.text.empty() ? os << g.code << ":" << g.number : os << g.code << ":" << g.text;
+}
+
+Group groupOf(const DatabaseData& db, const StoredTag& t) {
+  if (t.type == headless::TagType::Real) return {t.code, {}, t.real};
+  if (headless::isNumeric(t.type)) return {t.code, {}, static_cast<double>(t.integer)};
+  return {t.code, std::string(db.text(t))};
+}
+
+// The groups of an entity from the first group of code `from` up to (not including) the first of code `to`
+// after it, kept when keep says so.
+template <typename Keep>
+std::vector<Group> groupsBetween(const DatabaseData& db, const platform::EntityRec& e, int from, int to, Keep keep) {
+  std::vector<Group> out;
+  const StoredTag* tags = db.tagsOf(e);
+  bool inside = false;
+  for (std::uint32_t i = 0; i < e.tagCount; ++i) {
+    if (!inside && tags[i].code == from) inside = true;
+    else if (inside && tags[i].code == to) break;
+    if (inside && keep(tags[i].code)) out.push_back(groupOf(db, tags[i]));
+  }
+  return out;
+}
+
+std::map<platform::Handle, std::uint32_t> entitiesOfType(const DatabaseData& db, std::string_view type) {
+  std::map<platform::Handle, std::uint32_t> out;
+  for (std::uint32_t i = 0; i < db.entities.size(); ++i)
+    if (db.name(db.entities[i].dxfName) == type) out[db.entities[i].handle] = i;
+  return out;
+}
+
+TEST(DwgEntities, HatchBoundaryPathsAndPatternsMatchTheDxfTwin) {
+  const std::string dwg = corpusFile("same_drawing/acadsharp_hatch_pattern/acadsharp_hatch_pattern.dwg");
+  const std::string dxf = corpusFile("same_drawing/acadsharp_hatch_pattern/acadsharp_hatch_pattern.dxf");
+  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData a, b;
+  platform::ReadReport ra, rb;
+  ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
+  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+  const auto hatchesA = entitiesOfType(a, "HATCH"), hatchesB = entitiesOfType(b, "HATCH");
+  ASSERT_EQ(hatchesA.size(), 4u);
+  ASSERT_EQ(hatchesA.size(), hatchesB.size());
+  // Polyline and edge paths with their source objects, then the style, the pattern lines and the seeds.
+  auto all = [](int) { return true; };
+  for (const auto& [handle, i] : hatchesA) {
+    SCOPED_TRACE(handle);
+    ASSERT_TRUE(hatchesB.contains(handle));
+    const platform::EntityRec& e = a.entities[i];
+    const platform::EntityRec& t = b.entities[hatchesB.at(handle)];
+    const std::vector<Group> got = groupsBetween(a, e, 2, 1001, all), want = groupsBetween(b, t, 2, 1001, all);
+    ASSERT_EQ(got.size(), want.size());
+    for (std::size_t k = 0; k < got.size(); ++k) EXPECT_EQ(got[k], want[k]) << "group " << k;
+  }
+}
+
+TEST(DwgEntities, GradientHatchesKeepTheirGradient) {
+  const std::string dwg = corpusFile("dwg/R2004/libredwg_2004_HatchG.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData db;
+  platform::ReadReport report;
+  ASSERT_TRUE(headless::readDwg(dwg, db, report)) << report.error;
+  std::multiset<std::string> gradients;
+  for (const auto& [handle, i] : entitiesOfType(db, "HATCH")) {
+    const platform::EntityRec& e = db.entities[i];
+    const StoredTag* kind = db.find(e.tagBegin, e.tagCount, 450);
+    const StoredTag* name = db.find(e.tagBegin, e.tagCount, 470);
+    const StoredTag* colors = db.find(e.tagBegin, e.tagCount, 453);
+    ASSERT_TRUE(kind && name && colors);
+    EXPECT_EQ(kind->integer, 1);
+    EXPECT_EQ(colors->integer, 2);
+    gradients.insert(std::string(db.text(*name)));
+    // Solid fills give no pattern lines, and the boundary still reads: one closed polyline path.
+    EXPECT_EQ(db.find(e.tagBegin, e.tagCount, 78), nullptr);
+    const StoredTag* paths = db.find(e.tagBegin, e.tagCount, 91);
+    ASSERT_NE(paths, nullptr);
+    EXPECT_EQ(paths->integer, 1);
+  }
+  EXPECT_EQ(gradients, (std::multiset<std::string>{"LINEAR", "INVCYLINDER"}));
+}
+
+// What every release stores of a multileader's context: the content, its frame and the leaders' points.
+bool sharedContextCode(int code) {
+  static const std::set<int> codes = {10,  20,  30,  11,  21,  31,  12,  22,  32,  13,  23,  33,  14,  24,  34,
+                                      15,  25,  35,  16,  26,  36,  110, 120, 130, 111, 121, 131, 112, 122, 132,
+                                      41,  140, 145, 174, 175, 176, 177, 290, 296, 297, 300, 302, 303, 304, 305};
+  return codes.contains(code);
+}
+
+TEST(DwgEntities, MultileaderContextsAgreeAcrossReleases) {
+  const char* files[] = {"dwg/R14/acadsharp_sample_MLeader_AC1015.dwg", "dwg/R2007/acadsharp_sample_MLeader_AC1021.dwg",
+                         "dwg/R2013/acadsharp_sample_MLeader_AC1027.dwg"};
+  std::vector<std::map<platform::Handle, std::vector<Group>>> contexts;
+  std::set<platform::Handle> vertical;  // attached above or below their content, which R2010 brought
+  for (const char* file : files) {
+    const std::string path = corpusFile(file);
+    if (path.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+    SCOPED_TRACE(file);
+    DatabaseData db;
+    platform::ReadReport report;
+    ASSERT_TRUE(headless::readDwg(path, db, report)) << report.error;
+    EXPECT_TRUE(report.warnings.empty()) << report.warnings.front();
+    auto& byHandle = contexts.emplace_back();
+    for (const auto& [handle, i] : entitiesOfType(db, "MULTILEADER")) {
+      const platform::EntityRec& e = db.entities[i];
+      byHandle[handle] = groupsBetween(db, e, 300, 301, sharedContextCode);
+      // The multileader's own attachment direction follows its context data.
+      const std::vector<Group> own = groupsBetween(db, e, 301, -1, [](int code) { return code == 271; });
+      if (!own.empty() && own.front().number == 1) vertical.insert(handle);
+    }
+  }
+  ASSERT_EQ(contexts[0].size(), 14u);
+  EXPECT_EQ(contexts[1], contexts[0]) << files[1];
+  // Older releases store a vertically attached multileader as a horizontal one: only the others agree.
+  EXPECT_EQ(vertical.size(), 1u);
+  ASSERT_EQ(contexts[2].size(), contexts[0].size());
+  for (const auto& [handle, groups] : contexts[2])
+    if (!vertical.contains(handle)) {
+      EXPECT_EQ(groups, contexts[0][handle]) << files[2] << " " << handle;
+    }
+  // The text content and the leader line of the first one.
+  const std::vector<Group>& first = contexts[0].begin()->second;
+  EXPECT_NE(std::find(first.begin(), first.end(), Group{304, "MULTILEADER TEST"}), first.end());
+  EXPECT_NE(std::find(first.begin(), first.end(), Group{304, "LEADER_LINE{"}), first.end());
+}
+
+// The groups of a proxy record that say what it holds: class, format, and the sizes of its parts.
+std::vector<Group> proxyShape(const DatabaseData& db, const platform::EntityRec& e) {
+  std::vector<Group> out;
+  int ids = 0;
+  const StoredTag* tags = db.tagsOf(e);
+  bool inProxy = false;
+  for (std::uint32_t i = 0; i < e.tagCount; ++i) {
+    const int code = tags[i].code;
+    if (code == 100) inProxy = db.text(tags[i]) == "AcDbProxyEntity";
+    else if (inProxy && code >= 330 && code <= 369) ++ids;
+    else if (inProxy && (code == 90 || code == 91 || code == 95 || code == 70 || code == 161 || code == 162 || code == 94))
+      out.push_back(groupOf(db, tags[i]));
+  }
+  out.push_back({-1, std::to_string(ids)});
+  return out;
+}
+
+// The drawing holds other types not decoded here, so its custom entities are decoded one by one.
+TEST(DwgEntities, CustomEntitiesBecomeTheProxyRecordsOfTheDxfTwin) {
+  const std::string dwg = corpusFile("chinese/libredwg_gh109_1/libredwg_2013_gh109_1.dwg");
+  const std::string dxf = corpusFile("chinese/libredwg_gh109_1/libredwg_2013_gh109_1.dxf");
+  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData twin;
+  platform::ReadReport report;
+  ASSERT_TRUE(headless::readDxf(dxf, twin, report)) << report.error;
+  const auto proxies = entitiesOfType(twin, "ACAD_PROXY_ENTITY");
+  headless::DwgSections sections;
+  std::string error;
+  ASSERT_TRUE(headless::readDwgContainer(dwg, sections, error)) << error;
+  std::vector<std::string> warnings;
+  const std::vector<headless::DwgClass> classes = headless::readDwgClasses(sections, warnings);
+  const headless::DwgObjectWalk walk = headless::walkObjects(sections);
+  headless::DwgNames names;
+  headless::DwgDecodeContext context(names);
+  context.maintenanceVersion = sections.maintenanceVersion;
+  headless::DwgObjectReader object;
+  headless::DwgTagList groups;
+  int decoded = 0;
+  for (const headless::DwgObjectHeader& h : walk.objects) {
+    if (h.type < 500 || h.type - 500u >= classes.size()) continue;
+    const headless::DwgClass& c = classes[h.type - 500u];
+    if (!c.isEntity || !c.dxfName.starts_with("TCH_")) continue;
+    SCOPED_TRACE(h.handle);
+    context.objectClass = &c;
+    ASSERT_EQ(headless::findDwgEntityType(h.type, context.objectClass->dxfName), nullptr);
+    groups.truncate(0);
+    ASSERT_TRUE(object.open(sections, h, true));
+    ASSERT_TRUE(headless::dwgCustomEntityType()->decode(object, groups, context));
+    ASSERT_FALSE(object.failed());
+    // Replayed into a record of its own, so the shape can be read as the twin's is.
+    headless::DwgTagList record;
+    record.record("SECTION");
+    record.text(2, "ENTITIES");
+    record.record("ACAD_PROXY_ENTITY", h.handle);
+    record.handle(5, h.handle);
+    record.text(100, "AcDbEntity");
+    record.text(8, "0");
+    record.append(groups, 0, groups.size());
+    record.record("ENDSEC");
+    record.record("EOF");
+    headless::DwgTagSource source(record, 1);
+    DatabaseData one;
+    platform::ReadReport r;
+    ASSERT_TRUE(headless::readTagStream(source, one, r)) << r.error;
+    ASSERT_EQ(one.entities.size(), 1u);
+    ASSERT_TRUE(proxies.contains(h.handle));
+    EXPECT_EQ(proxyShape(one, one.entities[0]), proxyShape(twin, twin.entities[proxies.at(h.handle)]));
+    ++decoded;
+  }
+  EXPECT_EQ(decoded, 25);
+}
+
+}  // namespace
