@@ -1,5 +1,5 @@
-// The DWG entities of the remaining kinds: multileaders, shapes, meshes, underlays, section objects, and the
-// proxies and custom entities of applications this host does not have, which DXF carries as proxy records.
+// The DWG entities of the remaining kinds: multileaders, shapes, meshes, underlays, section objects, lights,
+// and the proxies and custom entities of applications this host lacks, which DXF carries as proxy records.
 #include "platform/headless/dwg_entities.h"
 
 #include <algorithm>
@@ -460,6 +460,44 @@ bool decodeSection(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
   return !b.failed();
 }
 
+// LIGHT: a light's kind, colour, intensity, place and target, its attenuation and its shadows. The
+// photometric data of drawings in photometric lighting units, which follows, is not given.
+bool decodeLight(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  out.text(100, "AcDbLight");
+  out.integer(90, b.readBitLong());
+  o.readText(context.text);
+  out.text(1, context.text);
+  out.integer(70, b.readBitLong());
+  out.integer(290, b.readBit() ? 1 : 0);
+  if (o.atLeast(DwgVersion::R2004)) {
+    // From R2004 on DXF gives the colour as an index, and a true colour besides.
+    const DwgColor c = b.readColor();
+    if (c.hasName()) o.readText(context.text);
+    if (c.hasBookName()) o.readText(context.text);
+    out.integer(63, c.index);
+    if ((c.rgb >> 24) == 0xC2) out.integer(421, c.rgb & 0xFFFFFF);
+  } else {
+    colorGroup(o, out, 90, context.text);
+  }
+  out.integer(291, b.readBit() ? 1 : 0);
+  out.real(40, b.readBitDouble());
+  out.point(10, b.read3BitDoubles());
+  out.point(11, b.read3BitDoubles());
+  out.integer(72, b.readBitLong());
+  out.integer(292, b.readBit() ? 1 : 0);
+  out.real(41, b.readBitDouble());
+  out.real(42, b.readBitDouble());
+  out.real(50, b.readBitDouble() * kDwgDegrees);
+  out.real(51, b.readBitDouble() * kDwgDegrees);
+  out.integer(293, b.readBit() ? 1 : 0);
+  out.integer(73, b.readBitLong());
+  out.integer(91, b.readBitShort());
+  out.integer(280, b.readRawChar());
+  o.readCommonHandles();
+  return !b.failed();
+}
+
 constexpr DwgEntityType kCustom{"ACAD_PROXY_ENTITY", decodeCustom};
 
 constexpr DwgEntityEntry kTypes[] = {
@@ -471,6 +509,7 @@ constexpr DwgEntityEntry kTypes[] = {
     {0, {"DWFUNDERLAY", decodeUnderlay}},
     {0, {"DGNUNDERLAY", decodeUnderlay}},
     {0, {"SECTIONOBJECT", decodeSection}},
+    {0, {"LIGHT", decodeLight}},
 };
 
 }  // namespace
