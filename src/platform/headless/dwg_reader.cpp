@@ -66,6 +66,7 @@ class DwgReader {
   std::vector<DwgLayout> layouts_;
   DwgTagList tables_[6];  // LTYPE, LAYER, STYLE, APPID, DIMSTYLE, BLOCK_RECORD
   DwgTagList staged_;
+  DwgTagList definitions_;  // IMAGEDEF and the underlay definitions, for the OBJECTS section
   std::vector<StagedEntity> entities_;
   std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> byOwner_;
   std::unordered_map<std::uint64_t, std::uint64_t> blockEntityLayer_;  // BLOCK and ENDBLK entities' layers
@@ -91,6 +92,51 @@ void DwgReader::decodeTables() {
           !decodeDwgTableEntry(object_, type, tables_[table < 0 ? 5 : table], names_, blocks_, layouts_) ||
           object_.failed())
         damaged(h, type);
+    }
+  }
+  // The definitions images and underlays name their files in, found through the entities' group 340.
+  for (const DwgObjectHeader& h : walk_.objects) {
+    const std::string_view type = typeName(h.type);
+    const bool image = type == "IMAGEDEF";
+    if (!image && type != "PDFDEFINITION" && type != "DWFDEFINITION" && type != "DGNDEFINITION") continue;
+    if (!object_.open(s_, h, false)) continue;
+    DwgBitReader& b = object_.bits;
+    std::string file, page;
+    std::int32_t version = 0;
+    DwgPoint2 size, pixel;
+    bool loaded = false;
+    int units = 0;
+    if (image) {
+      version = b.readBitLong();
+      size = b.readRaw2Doubles();
+      object_.readText(file);
+      loaded = b.readBit();
+      units = b.readRawChar();
+      pixel = b.readRaw2Doubles();
+    } else {
+      object_.readText(file);
+      object_.readText(page);
+    }
+    object_.readCommonHandles();
+    if (object_.failed()) {
+      damaged(h, type);
+      continue;
+    }
+    definitions_.record(type, h.handle);
+    definitions_.handle(5, h.handle);
+    definitions_.handle(330, object_.common.owner);
+    if (image) {
+      definitions_.text(100, "AcDbRasterImageDef");
+      definitions_.integer(90, version);
+      definitions_.text(1, file);
+      definitions_.point(10, size, 0.0);
+      definitions_.point(11, pixel, 0.0);
+      definitions_.integer(280, loaded ? 1 : 0);
+      definitions_.integer(281, units);
+    } else {
+      definitions_.text(100, "AcDbUnderlayDefinition");
+      definitions_.text(1, file);
+      definitions_.text(2, page);
     }
   }
   // Multiline styles are named by the multilines that use them; their name is their first field.
@@ -348,6 +394,7 @@ bool DwgReader::run(DwgTagList& out) {
     out.integer(71, l.tabOrder);
     out.handle(330, b->handle);
   }
+  out.append(definitions_, 0, definitions_.size());
   out.record("ENDSEC");
   out.record("EOF");
   for (std::string& w : walk_.warnings) report_.warnings.push_back(std::move(w));
