@@ -119,7 +119,8 @@ TEST_F(VkcompareFixture, InfoOnADwgDrawingMatchesItsDxfTwin) {
 TEST_F(VkcompareFixture, DwgDrawingsCompareIdenticalToTheirDxfTwins) {
   if (vktest::corpusDir().empty()) GTEST_SKIP() << "no corpus";
   for (const char* twin : {"zcad_nonregular2/zcad_nonregular2", "libredwg_sample_2018/libredwg_sample_2018",
-                           "acadsharp_dynblock_visibility/acadsharp_BLOCKVISIBILITYPARAMETER"}) {
+                           "acadsharp_dynblock_visibility/acadsharp_BLOCKVISIBILITYPARAMETER",
+                           "acadsharp_hatch_pattern/acadsharp_hatch_pattern"}) {
     const std::string base = vktest::corpusDir() + "/same_drawing/" + twin;
     const Result r = run({base + ".dxf", base + ".dwg"});
     EXPECT_EQ(r.status, 0) << twin << ": " << r.out << r.err;

@@ -73,6 +73,17 @@ inline bool isDefaultExtrusion(const DwgPoint3& p) { return p.x == 0.0 && p.y ==
 inline void extrusion(DwgTagList& out, const DwgPoint3& p) {
   if (!isDefaultExtrusion(p)) out.point(210, p);
 }
+// Whether a count read from the data can be right: items of at least minBits bits each, that many left.
+inline bool countFits(std::int32_t count, std::size_t minBits, const DwgBitReader& b) {
+  return count >= 0 && !b.failed() && std::size_t(count) <= b.bitsLeft() / minBits;
+}
+// A colour (CMC) and, from R2004 on, the names it may have (read into scratch and dropped).
+inline DwgColor readColorAndNames(DwgObjectReader& o, std::string& scratch) {
+  const DwgColor c = o.bits.readColor();
+  if (c.hasName()) o.readText(scratch);
+  if (c.hasBookName()) o.readText(scratch);
+  return c;
+}
 // Group 39 unless the thickness is 0.
 inline void thickness(DwgTagList& out, double t) {
   if (t != 0.0) out.real(39, t);

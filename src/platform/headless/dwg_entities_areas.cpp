@@ -11,10 +11,6 @@ constexpr std::size_t kMinPathBits = 2 + 2;    // flags and a count, both bit lo
 constexpr std::size_t kMinEdgeBits = 8 + 2 * 64;  // the type byte and a raw point
 constexpr std::size_t kMinPointBits = 2 * 64;  // a raw 2D point
 
-bool countFits(std::int32_t count, std::size_t minBits, const DwgBitReader& b) {
-  return count >= 0 && !b.failed() && std::size_t(count) <= b.bitsLeft() / minBits;
-}
-
 // A 2D point as boundary paths give it: groups code and code + 10 only.
 void point2(DwgTagList& out, int code, const DwgPoint2& p) {
   out.real(code, p.x);
@@ -68,23 +64,15 @@ bool readEdgePath(DwgObjectReader& o, DwgTagList& out) {
         point2(out, 10, b.readRaw2Doubles());
         point2(out, 11, b.readRaw2Doubles());
         break;
-      case 2: {
+      case 2:  // a circular arc: centre and radius
+      case 3:  // an elliptic arc: centre, end of the major axis and ratio of the axes
         point2(out, 10, b.readRaw2Doubles());
+        if (type == 3) point2(out, 11, b.readRaw2Doubles());
         out.real(40, b.readBitDouble());
         out.real(50, b.readBitDouble() * kDwgDegrees);
         out.real(51, b.readBitDouble() * kDwgDegrees);
-        out.integer(73, b.readBit() ? 1 : 0);
+        out.integer(73, b.readBit() ? 1 : 0);  // counter-clockwise
         break;
-      }
-      case 3: {
-        point2(out, 10, b.readRaw2Doubles());
-        point2(out, 11, b.readRaw2Doubles());
-        out.real(40, b.readBitDouble());
-        out.real(50, b.readBitDouble() * kDwgDegrees);
-        out.real(51, b.readBitDouble() * kDwgDegrees);
-        out.integer(73, b.readBit() ? 1 : 0);
-        break;
-      }
       case 4:
         if (!readSplineEdge(o, out)) return false;
         break;
@@ -138,9 +126,7 @@ bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
     gradientColors.integer(453, colors);
     for (std::int32_t k = 0; k < colors && !b.failed(); ++k) {
       gradientColors.real(463, b.readBitDouble());
-      const DwgColor c = b.readColor();
-      if (c.hasName()) o.readText(context.text);
-      if (c.hasBookName()) o.readText(context.text);
+      const DwgColor c = readColorAndNames(o, context.text);
       gradientColors.integer(63, c.index);
       gradientColors.integer(421, c.rgb & 0xFFFFFF);
     }

@@ -124,18 +124,12 @@ bool decodeCustom(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   return proxyBody(o, out, context);
 }
 
-// Counts read from the data are checked against what is left before they are looped over.
-bool countFits(std::int32_t count, std::size_t minBits, const DwgBitReader& b) {
-  return count >= 0 && !b.failed() && std::size_t(count) <= b.bitsLeft() / minBits;
-}
 constexpr std::size_t kMinPointBits = 3 * 2;  // three bit doubles of value 0
 
 // A colour as multileaders give it in DXF: the whole value (method byte and colour) as one number. Before
 // R2004 only the index is stored; it becomes the value of the same method.
 void colorGroup(DwgObjectReader& o, DwgTagList& out, int code, std::string& scratch) {
-  const DwgColor c = o.bits.readColor();
-  if (c.hasName()) o.readText(scratch);
-  if (c.hasBookName()) o.readText(scratch);
+  const DwgColor c = readColorAndNames(o, scratch);
   std::uint32_t value = c.rgb;
   if (!o.atLeast(DwgVersion::R2004))
     value = c.index == 256 ? 0xC0000000u : c.index == 0 ? 0xC1000000u : 0xC3000000u | (std::uint32_t(c.index) & 0xFF);
@@ -444,9 +438,7 @@ bool decodeSection(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
   out.real(40, b.readBitDouble());
   out.real(41, b.readBitDouble());
   out.integer(70, b.readBitShort());
-  const DwgColor c = b.readColor();
-  if (c.hasName()) o.readText(context.text);
-  if (c.hasBookName()) o.readText(context.text);
+  const DwgColor c = readColorAndNames(o, context.text);
   out.integer(62, c.index);
   if ((c.rgb >> 24) == 0xC2) out.integer(420, c.rgb & 0xFFFFFF);
   for (int code : {11, 12}) {
@@ -472,9 +464,7 @@ bool decodeLight(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   out.integer(290, b.readBit() ? 1 : 0);
   if (o.atLeast(DwgVersion::R2004)) {
     // From R2004 on DXF gives the colour as an index, and a true colour besides.
-    const DwgColor c = b.readColor();
-    if (c.hasName()) o.readText(context.text);
-    if (c.hasBookName()) o.readText(context.text);
+    const DwgColor c = readColorAndNames(o, context.text);
     out.integer(63, c.index);
     if ((c.rgb >> 24) == 0xC2) out.integer(421, c.rgb & 0xFFFFFF);
   } else {
