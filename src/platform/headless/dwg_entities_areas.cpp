@@ -8,7 +8,7 @@ namespace {
 
 // The smallest number of bits each repeated item of the hatch takes, to check counts against what is left.
 constexpr std::size_t kMinPathBits = 2 + 2;    // flags and a count, both bit longs of value 0
-constexpr std::size_t kMinEdgeBits = 8 + 2 * 64;  // the type byte and a raw point
+constexpr std::size_t kMinEdgeBits = 8 + 8;    // the type byte and a spline without points
 constexpr std::size_t kMinPointBits = 2 * 64;  // a raw 2D point
 
 // A 2D point as boundary paths give it: groups code and code + 10 only.

@@ -316,7 +316,7 @@ bool decodeMLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
     }
   }
   const std::int32_t labels = b.readBitLong();
-  if (!countFits(labels, 2 + 2 + 2, b)) return false;
+  if (!countFits(labels, 2 + 2, b)) return false;  // an index and a width; the text may be elsewhere
   for (std::int32_t k = 0; k < labels && !b.failed(); ++k) {
     out.handle(330, o.readHandle());
     o.readText(context.text);
