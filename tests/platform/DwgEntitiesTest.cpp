@@ -165,6 +165,7 @@ TEST(DwgEntities, MultileaderContextsAgreeAcrossReleases) {
 
 // The groups of a proxy record that say what it holds: class, format, and the sizes of its parts.
 std::vector<Group> proxyShape(const DatabaseData& db, const platform::EntityRec& e) {
+  static const std::set<int> kept = {90, 91, 95, 70, 161, 162, 94};
   std::vector<Group> out;
   int ids = 0;
   const StoredTag* tags = db.tagsOf(e);
@@ -173,8 +174,7 @@ std::vector<Group> proxyShape(const DatabaseData& db, const platform::EntityRec&
     const int code = tags[i].code;
     if (code == 100) inProxy = db.text(tags[i]) == "AcDbProxyEntity";
     else if (inProxy && code >= 330 && code <= 369) ++ids;
-    else if (inProxy && (code == 90 || code == 91 || code == 95 || code == 70 || code == 161 || code == 162 || code == 94))
-      out.push_back(groupOf(db, tags[i]));
+    else if (inProxy && kept.contains(code)) out.push_back(groupOf(db, tags[i]));
   }
   out.push_back({-1, std::to_string(ids)});
   return out;

@@ -1,5 +1,6 @@
 // The DWG entities of the remaining kinds: multileaders, shapes, meshes, underlays, section objects, lights,
-// and the proxies and custom entities of applications this host lacks, which DXF carries as proxy records.
+// OLE frames, and the proxies and custom entities of applications this host lacks, which DXF carries as
+// proxy records.
 #include "platform/headless/dwg_entities.h"
 
 #include <algorithm>
@@ -488,6 +489,39 @@ bool decodeLight(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return !b.failed();
 }
 
+// OLE2FRAME: an embedded or linked object, its data kept whole. The data starts with the frame's corners
+// (after a two-byte header, four points of three raw doubles from the upper left round to the lower left),
+// which give DXF's upper left (10) and lower right (11) corners.
+bool decodeOle2Frame(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  const int type = b.readBitShort();
+  const int mode = o.atLeast(DwgVersion::R2000) ? b.readBitShort() : 0;
+  const std::int32_t size = b.readBitLong();
+  if (!countFits(size, 8, b)) return false;
+  const std::size_t data = b.bitPosition();
+  constexpr std::size_t kCornersBytes = 2 + 4 * 3 * 8;
+  DwgPoint3 corner[4];
+  if (std::size_t(size) >= kCornersBytes) {
+    DwgBitReader corners = b;
+    corners.setBitPosition(data + 16);
+    for (DwgPoint3& c : corner) c = corners.readRaw3Doubles();
+  }
+  b.setBitPosition(data + std::size_t(size) * 8);
+  if (o.atLeast(DwgVersion::R2000)) b.readRawChar();  // whether the aspect ratio is locked
+  o.readCommonHandles();
+  if (b.failed()) return false;
+  out.text(100, "AcDbOle2Frame");
+  out.integer(70, 2);
+  out.point(10, corner[0]);
+  out.point(11, corner[2]);
+  out.integer(71, type);
+  if (o.atLeast(DwgVersion::R2000)) out.integer(72, mode);
+  out.integer(90, size);
+  binaryGroups(b, data, data + std::size_t(size) * 8, 310, out, context.text);
+  out.text(1, "OLE");
+  return true;
+}
+
 constexpr DwgEntityType kCustom{"ACAD_PROXY_ENTITY", decodeCustom};
 
 constexpr DwgEntityEntry kTypes[] = {
@@ -500,6 +534,7 @@ constexpr DwgEntityEntry kTypes[] = {
     {0, {"DGNUNDERLAY", decodeUnderlay}},
     {0, {"SECTIONOBJECT", decodeSection}},
     {0, {"LIGHT", decodeLight}},
+    {74, {"OLE2FRAME", decodeOle2Frame}},
 };
 
 }  // namespace
