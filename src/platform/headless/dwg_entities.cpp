@@ -11,6 +11,7 @@ constexpr DwgEntityFamily (*kFamilies[])() = {
     dwgPlainEntities,
     dwgAreaEntities,
     dwgOtherEntities,
+    dwgCurveEntities,
 };
 
 // The fixed types by number, the class types by name; built once.

@@ -31,6 +31,14 @@ struct DwgDecodeContext {
   // decoder's output where a count of handles read later was left.
   DwgTagList spliced;
   std::vector<std::pair<std::size_t, std::int32_t>> slots;
+  // Splines' points and knots as stored; the control points and knots worked out from fit data, and the
+  // factors of that work.
+  std::vector<DwgPoint3> points, controlPoints;
+  std::vector<double> knots, fitKnots, factors;
+  // Set by an entity that owns others (a polyline its vertices): their handles in order, or, with
+  // ownedAreEnds, only the first and the last, the others found through the links between them.
+  std::vector<std::uint64_t> owned;
+  bool ownedAreEnds = false;
   std::string_view nameOf(std::uint64_t handle) const {
     auto it = names.find(handle);
     return it == names.end() ? std::string_view() : std::string_view(it->second);
@@ -55,6 +63,7 @@ using DwgEntityFamily = std::span<const DwgEntityEntry>;
 DwgEntityFamily dwgPlainEntities();  // lines, circles, texts, inserts and the other simple types
 DwgEntityFamily dwgAreaEntities();   // hatches and multilines
 DwgEntityFamily dwgOtherEntities();  // multileaders, shapes, images, underlays, lights, meshes, proxies
+DwgEntityFamily dwgCurveEntities();  // old-style polylines and vertices, splines, helices, viewports
 
 // The decoder of an entity type by DWG type number (and DXF name for classes); null when not decoded yet.
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName);

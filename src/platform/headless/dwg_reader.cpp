@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <tuple>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_header.h"
@@ -21,9 +22,14 @@ namespace {
 struct StagedEntity {
   std::uint64_t handle = 0;
   std::uint64_t owner = 0;  // the block header, or the entity it belongs to (attributes, vertices)
-  std::uint64_t next = 0;    // before R2004: the entity after it in its block's chain
   std::size_t begin = 0, end = 0;
+  std::uint64_t next = 0;  // the entity linked after it (R13-R2000): a block's chain, a polyline's vertices
+  // The entities it owns in order, at ownedBegin in DwgReader::owned_: all of them, or (ownedAreEnds)
+  // the first and the last.
+  std::uint32_t ownedBegin = 0, ownedCount = 0;
+  bool ownedAreEnds = false;
   bool sequenceEnd = false;
+  bool viewport = false;
 };
 
 class DwgReader {
@@ -51,8 +57,11 @@ class DwgReader {
                      ") is damaged and was skipped";
   }
   void decodeTables();
+  std::uint64_t blockTablePaperSpace();
   bool decodeEntities();
+  void orderOwned(const StagedEntity& e, std::vector<std::uint32_t>& members) const;
   void emitEntity(const StagedEntity& e, DwgTagList& out);
+  void numberViewports(const std::vector<std::uint32_t>& members);
   void emitBlocks(DwgTagList& out);
   void emitHeader(DwgTagList& out);
 
@@ -68,6 +77,7 @@ class DwgReader {
   DwgTagList staged_;
   DwgTagList definitions_;  // IMAGEDEF and the underlay definitions, for the OBJECTS section
   std::vector<StagedEntity> entities_;
+  std::vector<std::uint64_t> owned_;
   std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> byOwner_;
   std::unordered_map<std::uint64_t, std::uint64_t> blockEntityLayer_;  // BLOCK and ENDBLK entities' layers
   std::uint64_t modelSpace_ = 0, paperSpace_ = 0;
@@ -148,8 +158,17 @@ void DwgReader::decodeTables() {
   }
   // Block headers may share a name (the second paper space, anonymous blocks stored as "*U"); they get
   // numbers as DXF writers give them: "*Paper_Space0", "*U1".
+  // The current layout's block is the one the block table names as paper space; the blocks of other
+  // layouts stored under the same name are numbered after it.
   std::unordered_map<std::string, int> seen;
+  const std::uint64_t currentPaper = blockTablePaperSpace();
+  for (const DwgBlockHeader& b : blocks_)
+    if (b.handle == currentPaper && toUpperAscii(b.name) == "*PAPER_SPACE") {
+      paperSpace_ = b.handle;
+      seen["*PAPER_SPACE"] = 1;
+    }
   for (DwgBlockHeader& b : blocks_) {
+    if (b.handle == paperSpace_) continue;
     const std::string key = toUpperAscii(b.name);
     const bool bareAnonymous = key.size() == 2 && key[0] == '*';
     int& count = seen[key];
@@ -168,11 +187,32 @@ void DwgReader::decodeTables() {
   }
 }
 
+// The paper space block the block table (its control object) names; 0 when it cannot be read.
+std::uint64_t DwgReader::blockTablePaperSpace() {
+  for (const DwgObjectHeader& h : walk_.objects) {
+    if (typeName(h.type) != "BLOCK_CONTROL" || !object_.open(s_, h, false)) continue;
+    const std::int32_t entries = object_.bits.readBitLong();
+    // Each entry's handle takes at least a byte of the handle stream.
+    if (entries < 0 || std::size_t(entries) > object_.handles.bitsLeft() / 8) return 0;
+    object_.readCommonHandles();
+    for (std::int32_t i = 0; i < entries && !object_.handles.failed(); ++i) object_.readHandle();
+    object_.readHandle();  // model space
+    const std::uint64_t paper = object_.readHandle();
+    return object_.failed() ? 0 : paper;
+  }
+  return 0;
+}
+
 bool DwgReader::decodeEntities() {
   std::string scratch;
   DwgDecodeContext context(names_);
   context.maintenanceVersion = s_.maintenanceVersion;
   DwgTagList body;
+  // The paper-space layouts' blocks, and the entities in them, whose own entities (a polyline's vertices)
+  // are in paper space too.
+  std::unordered_set<std::uint64_t> paper;
+  for (const DwgBlockHeader& b : blocks_)
+    if (b.layout && b.handle != modelSpace_) paper.insert(b.handle);
   for (const DwgObjectHeader& h : walk_.objects) {
     if (!isEntity(h.type)) continue;
     const std::string_view type = typeName(h.type);
@@ -195,6 +235,7 @@ bool DwgReader::decodeEntities() {
     };
     if (!decoder) return refuse(type.empty() ? "type " + std::to_string(h.type) : std::string(type));
     body.truncate(0);
+    context.owned.clear();
     if (!object_.open(s_, h, true) || !decoder->decode(object_, body, context) || object_.failed()) {
       if (!context.notDecoded.empty()) return refuse(context.notDecoded);
       damaged(h, decoder->dxfName);
@@ -205,8 +246,12 @@ bool DwgReader::decodeEntities() {
     e.handle = c.handle;
     e.owner = c.entityMode == 2 ? modelSpace_ : c.entityMode == 1 ? paperSpace_ : c.owner;
     e.sequenceEnd = h.type == 6;
-    // Without links of its own an entity's neighbours are the handles next to its own.
-    if (!object_.atLeast(DwgVersion::R2004)) e.next = c.hasLinks ? c.next : c.handle + 1;
+    e.viewport = h.type == 34;
+    e.next = c.hasLinks ? c.next : c.handle + 1;
+    e.ownedBegin = static_cast<std::uint32_t>(owned_.size());
+    e.ownedCount = static_cast<std::uint32_t>(context.owned.size());
+    e.ownedAreEnds = context.ownedAreEnds;
+    owned_.insert(owned_.end(), context.owned.begin(), context.owned.end());
     e.begin = staged_.size();
     staged_.record(decoder->dxfName, c.handle);
     staged_.handle(5, c.handle);
@@ -223,7 +268,10 @@ bool DwgReader::decodeEntities() {
     }
     staged_.handle(330, e.owner);
     staged_.text(100, "AcDbEntity");
-    if (c.entityMode == 1) staged_.integer(67, 1);
+    if (c.entityMode == 1 || (c.entityMode == 0 && paper.contains(c.owner))) {
+      paper.insert(c.handle);
+      staged_.integer(67, 1);
+    }
     staged_.text(8, context.nameOf(c.layer));
     if (c.linetypeFlags == 1) staged_.text(6, "ByBlock");
     else if (c.linetypeFlags == 2) staged_.text(6, "Continuous");
@@ -246,14 +294,66 @@ bool DwgReader::decodeEntities() {
   return true;
 }
 
+// Puts the entities e owns in the order it gives them: by its list, or along the links from its first to
+// its last. Those it does not name keep their order after the others.
+void DwgReader::orderOwned(const StagedEntity& e, std::vector<std::uint32_t>& members) const {
+  if (e.ownedCount == 0) return;
+  const std::uint64_t* owned = owned_.data() + e.ownedBegin;
+  std::unordered_map<std::uint64_t, std::size_t> rank;
+  if (e.ownedAreEnds) {
+    // Walk the links; every step must reach a member not reached before.
+    std::unordered_map<std::uint64_t, std::uint32_t> byHandle;
+    for (std::uint32_t i : members) byHandle.emplace(entities_[i].handle, i);
+    std::uint64_t h = owned[0];
+    for (auto it = byHandle.find(h); it != byHandle.end() && !rank.contains(h); it = byHandle.find(h)) {
+      rank.emplace(h, rank.size());
+      if (h == owned[e.ownedCount - 1]) break;
+      h = entities_[it->second].next;
+    }
+  } else {
+    for (std::uint32_t k = 0; k < e.ownedCount; ++k) rank.emplace(owned[k], k);
+  }
+  std::stable_sort(members.begin(), members.end(), [&](std::uint32_t x, std::uint32_t y) {
+    auto rx = rank.find(entities_[x].handle), ry = rank.find(entities_[y].handle);
+    return (rx == rank.end() ? rank.size() : rx->second) < (ry == rank.end() ? rank.size() : ry->second);
+  });
+}
+
 void DwgReader::emitEntity(const StagedEntity& e, DwgTagList& out) {
   out.append(staged_, e.begin, e.end);
   auto it = byOwner_.find(e.handle);
   if (it == byOwner_.end()) return;
   // Attributes and vertices, then the sequence end.
-  for (int last = 0; last < 2; ++last)
-    for (std::uint32_t i : it->second)
-      if (entities_[i].sequenceEnd == (last == 1)) out.append(staged_, entities_[i].begin, entities_[i].end);
+  std::vector<std::uint32_t> members;
+  for (std::uint32_t i : it->second)
+    if (!entities_[i].sequenceEnd) members.push_back(i);
+  orderOwned(e, members);
+  for (std::uint32_t i : members) out.append(staged_, entities_[i].begin, entities_[i].end);
+  for (std::uint32_t i : it->second)
+    if (entities_[i].sequenceEnd) out.append(staged_, entities_[i].begin, entities_[i].end);
+}
+
+// The viewports of the current layout (the one paper space block) are numbered in drawing order from 1,
+// their status (68) the same number while they are on; the others keep 0, as DXF writers leave them.
+void DwgReader::numberViewports(const std::vector<std::uint32_t>& members) {
+  constexpr long long kViewportOff = 0x20000;
+  int number = 0;
+  for (std::uint32_t i : members) {
+    const StagedEntity& e = entities_[i];
+    if (!e.viewport) continue;
+    ++number;
+    bool off = false;
+    for (std::size_t k = e.begin; k < e.end; ++k) {
+      const DwgTagList::Tag& t = staged_[k];
+      if (t.code == 90 && t.type != TagType::Real) off = (t.integer & kViewportOff) != 0;
+    }
+    for (std::size_t k = e.begin; k < e.end; ++k) {
+      const int code = staged_[k].code;
+      if (code == 68) staged_.setInteger(k, off ? 0 : number);
+      if (code == 69) staged_.setInteger(k, number);
+      if (code == 69) break;
+    }
+  }
 }
 
 void DwgReader::emitBlocks(DwgTagList& out) {
@@ -281,7 +381,11 @@ void DwgReader::emitBlocks(DwgTagList& out) {
       order.emplace_back(r == rank.end() ? rank.size() : r->second, entities_[i].handle, i);
     }
     std::sort(order.begin(), order.end());
-    for (const auto& [place, handle, i] : order) emitEntity(entities_[i], out);
+    std::vector<std::uint32_t> sorted;
+    sorted.reserve(order.size());
+    for (const auto& [place, handle, i] : order) sorted.push_back(i);
+    if (b.handle == paperSpace_) numberViewports(sorted);
+    for (std::uint32_t i : sorted) emitEntity(entities_[i], out);
   };
   auto layerOf = [&](std::uint64_t entity) {
     auto it = blockEntityLayer_.find(entity);

@@ -47,6 +47,8 @@ class DwgTagList {
   std::string_view textOf(const Tag& t) const { return {texts_.data() + t.text.begin, t.text.length}; }
   // Appends the tags [begin, end) of another list (texts included).
   void append(const DwgTagList& other, std::size_t begin, std::size_t end);
+  // Sets the value of the integer tag i (a value the reader works out once every entity is read).
+  void setInteger(std::size_t i, long long value) { tags_[i].integer = value; }
   // Drops the tags from begin on (a record that could not be finished).
   void truncate(std::size_t begin);
   // The handle of the record that holds tag i, 0 when it has none.
