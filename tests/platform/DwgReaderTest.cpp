@@ -2,6 +2,7 @@
 // the same spaces with the same group values; and entity types not decoded yet are refused by name.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <map>
@@ -9,6 +10,7 @@
 
 #include "platform/database.h"
 #include "platform/headless/dwg_container.h"
+#include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_header.h"
 #include "platform/headless/dwg_reader.h"
 #include "platform/headless/dxf_reader.h"
@@ -82,7 +84,7 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
       EXPECT_EQ(e.color, t.color);
       EXPECT_EQ(a.name(e.linetype), b.name(t.linetype));
       EXPECT_EQ(e.cls, t.cls);
-      for (int code : {10, 20, 30, 11, 21, 31, 40, 41, 42, 50, 51, 1, 7, 72, 90, 70}) {
+      for (int code : {10, 20, 30, 11, 21, 31, 40, 41, 42, 50, 51, 1, 7, 72, 90, 70, 68, 69}) {
         const platform::StoredTag* want = b.find(t.tagBegin, t.tagCount, code);
         if (!want) continue;
         const platform::StoredTag* got = a.find(e.tagBegin, e.tagCount, code);
@@ -188,6 +190,204 @@ TEST(DwgReader, AttributesAndTheirDefinitionsKeepTagAndValue) {
   EXPECT_EQ(seen, (std::multiset<std::string>{"ATTDEF TEST=", "ATTDEF MISPAR_TIK=", "ATTRIB TEST=888",
                                               "ATTRIB TEST=456", "ATTRIB MISPAR_TIK=9456/23"}));
   EXPECT_NE(platform::Database::read(dwg, report), nullptr) << report.error;
+}
+
+// Reads a drawing whose entities may not all decode yet: false (with the refusal checked) when they do not.
+bool readIfDecoded(const std::string& dwg, DatabaseData& db) {
+  platform::ReadReport report;
+  if (headless::readDwg(dwg, db, report)) return true;
+  EXPECT_NE(report.error.find("cannot decode"), std::string::npos) << report.error;
+  return false;
+}
+
+const platform::EntityRec* entityOf(const DatabaseData& db, platform::Handle handle) {
+  for (const platform::EntityRec& e : db.entities)
+    if (e.handle == handle) return &e;
+  return nullptr;
+}
+
+// The values of one group code of an entity, in order (a point's x, y and z are codes 10, 20 and 30).
+std::vector<double> valuesOf(const DatabaseData& db, const platform::EntityRec& e, int code) {
+  std::vector<double> out;
+  const platform::StoredTag* t = db.tagsOf(e);
+  for (std::uint32_t k = 0; k < e.tagCount; ++k)
+    if (t[k].code == code) out.push_back(t[k].type == headless::TagType::Real ? t[k].real : double(t[k].integer));
+  return out;
+}
+
+void expectNear(const std::vector<double>& got, const std::vector<double>& want, const std::string& what) {
+  ASSERT_EQ(got.size(), want.size()) << what;
+  for (std::size_t i = 0; i < got.size(); ++i)
+    EXPECT_NEAR(got[i], want[i], 1e-9 * std::max(1.0, std::abs(want[i]))) << what << " [" << i << "]";
+}
+
+// Each old-style polyline's vertices: their handles and points in the order the drawing holds them.
+std::map<platform::Handle, std::vector<std::pair<platform::Handle, std::array<double, 3>>>> verticesOf(
+    const DatabaseData& db) {
+  std::map<platform::Handle, std::vector<std::pair<platform::Handle, std::array<double, 3>>>> out;
+  for (std::uint32_t i = 0; i < db.entities.size(); ++i) {
+    const platform::EntityRec& e = db.entities[i];
+    if (db.name(e.dxfName) != "POLYLINE") continue;
+    auto& vertices = out[e.handle];
+    for (std::uint32_t k = i + 1; k <= i + e.subCount; ++k) {
+      const platform::EntityRec& v = db.entities[k];
+      EXPECT_EQ(db.name(v.dxfName), "VERTEX");
+      EXPECT_EQ(v.owner, i);
+      EXPECT_EQ(v.block, e.block);
+      const double x = valuesOf(db, v, 10).at(0), y = valuesOf(db, v, 20).at(0), z = valuesOf(db, v, 30).at(0);
+      vertices.push_back({v.handle, {x, y, z}});
+    }
+  }
+  return out;
+}
+
+TEST(DwgReader, PolylineVerticesBelongToTheirPolylineInOrder) {
+  // R2004 and later list a polyline's vertices; this one's 3D polyline has six.
+  const std::string listed = corpusFile("dwg/R2010/libredwg_2010_PolyLine3D.dwg");
+  if (listed.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData db;
+  platform::ReadReport report;
+  ASSERT_TRUE(headless::readDwg(listed, db, report)) << report.error;
+  const auto polylines = verticesOf(db);
+  ASSERT_EQ(polylines.size(), 1u);
+  const auto& vertices = polylines.begin()->second;
+  ASSERT_EQ(vertices.size(), 6u);
+  for (std::size_t k = 1; k < vertices.size(); ++k) EXPECT_GT(vertices[k].first, vertices[k - 1].first);
+  EXPECT_NEAR(vertices.front().second[0], 21.440931863, 1e-8);
+  EXPECT_NEAR(vertices[1].second[1], 5.6537775303, 1e-8);
+  const platform::EntityRec* polyline = entityOf(db, polylines.begin()->first);
+  ASSERT_NE(polyline, nullptr);
+  EXPECT_EQ(polyline->cls, platform::DbClass::Polyline3d);
+  EXPECT_EQ(db.entities[polyline - db.entities.data() + 1].cls, platform::DbClass::Polyline3dVertex);
+  // Earlier releases give the first and last vertex and link the others; the twins place them alike, faces
+  // of polyface meshes after the mesh's points.
+  for (const char* twin : {"same_drawing/libredwg_example/libredwg_example_r14",
+                           "same_drawing/libredwg_example/libredwg_example_2000",
+                           "same_drawing/libredwg_example/libredwg_example_2013",
+                           "same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015"}) {
+    SCOPED_TRACE(twin);
+    const std::string dwg = corpusFile(std::string(twin) + ".dwg");
+    std::string dxf = corpusFile(std::string(twin) + ".dxf");
+    if (dxf.empty()) dxf = corpusFile(std::string(twin) + "_ascii.dxf");
+    DatabaseData a, b;
+    platform::ReadReport rb;
+    if (dwg.empty() || dxf.empty() || !readIfDecoded(dwg, a)) continue;
+    ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+    const auto got = verticesOf(a), want = verticesOf(b);
+    ASSERT_EQ(got.size(), want.size());
+    for (const auto& [handle, vertices] : want) {
+      auto it = got.find(handle);
+      ASSERT_NE(it, got.end()) << std::hex << handle;
+      ASSERT_EQ(it->second.size(), vertices.size());
+      for (std::size_t k = 0; k < vertices.size(); ++k) {
+        EXPECT_EQ(it->second[k].first, vertices[k].first);
+        for (int c = 0; c < 3; ++c) EXPECT_NEAR(it->second[k].second[c], vertices[k].second[c], 1e-9);
+      }
+    }
+  }
+}
+
+// The groups of an entity type from a subclass marker on: codes and values, handles left out.
+std::vector<std::pair<int, double>> subclassGroups(const DatabaseData& db, std::string_view type,
+                                                   std::string_view subclass) {
+  std::vector<std::pair<int, double>> out;
+  for (const platform::EntityRec& e : db.entities) {
+    if (db.name(e.dxfName) != type) continue;
+    const platform::StoredTag* t = db.tagsOf(e);
+    bool inside = false;
+    for (std::uint32_t k = 0; k < e.tagCount; ++k) {
+      if (t[k].code == 100) inside = inside || db.text(t[k]) == subclass;
+      else if (inside && t[k].type != headless::TagType::Text && t[k].type != headless::TagType::Handle)
+        out.push_back({t[k].code, t[k].type == headless::TagType::Real ? t[k].real : double(t[k].integer)});
+    }
+  }
+  return out;
+}
+
+TEST(DwgReader, SplinesAndHelicesReadAlikeInEveryRelease) {
+  // A helix is the same in every release; the spline that draws it may be fitted anew (R2018 stores
+  // fewer control points).
+  const std::vector<std::pair<const char*, std::vector<const char*>>> drawings = {
+      {"SPLINE", {"dwg/R2000/libredwg_2000_Spline.dwg", "dwg/R2007/libredwg_2007_Spline.dwg",
+                  "dwg/R2010/libredwg_2010_Spline.dwg"}},
+      {"HELIX", {"dwg/R2004/libredwg_2004_Helix.dwg", "dwg/R2007/libredwg_2007_Helix.dwg",
+                 "dwg/R2013/libredwg_2013_Helix.dwg", "dwg/R2018/libredwg_2018_Helix.dwg"}}};
+  for (const auto& [type, files] : drawings) {
+    std::vector<std::pair<int, double>> first;
+    for (const char* file : files) {
+      const std::string dwg = corpusFile(file);
+      if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+      SCOPED_TRACE(file);
+      DatabaseData db;
+      platform::ReadReport report;
+      ASSERT_TRUE(headless::readDwg(dwg, db, report)) << report.error;
+      const auto groups = subclassGroups(db, type, type == std::string_view("HELIX") ? "AcDbHelix" : "AcDbSpline");
+      ASSERT_FALSE(groups.empty());
+      if (first.empty()) first = groups;
+      else EXPECT_EQ(groups, first);
+    }
+  }
+}
+
+TEST(DwgReader, SplinesStoredByFitPointsGetTheControlPointsOfTheirTwin) {
+  const std::string dxf = corpusFile("same_drawing/libredwg_example/libredwg_example_2000.dxf");
+  if (dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData b;
+  platform::ReadReport rb;
+  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+  const platform::EntityRec* spline = entityOf(b, 0x16E);
+  ASSERT_NE(spline, nullptr);
+  // The twin's fit data, through the fitting, gives its control points and knots.
+  const auto point = [&](int code, std::size_t i) {
+    return headless::DwgPoint3{valuesOf(b, *spline, code)[i], valuesOf(b, *spline, code + 10)[i],
+                               valuesOf(b, *spline, code + 20)[i]};
+  };
+  std::vector<headless::DwgPoint3> fit;
+  for (std::size_t i = 0; i < valuesOf(b, *spline, 11).size(); ++i) fit.push_back(point(11, i));
+  std::vector<headless::DwgPoint3> control;
+  std::vector<double> knots, scratch;
+  ASSERT_TRUE(headless::dwgFitCubicSpline(fit, point(12, 0), point(13, 0), 0, control, knots, scratch));
+  expectNear(knots, valuesOf(b, *spline, 40), "knots");
+  std::vector<double> xs, ys;
+  for (const headless::DwgPoint3& p : control) {
+    xs.push_back(p.x);
+    ys.push_back(p.y);
+  }
+  expectNear(xs, valuesOf(b, *spline, 10), "control x");
+  expectNear(ys, valuesOf(b, *spline, 20), "control y");
+  // Repeated fit points have no parameters between them.
+  fit[1] = fit[0];
+  EXPECT_FALSE(headless::dwgFitCubicSpline(fit, point(12, 0), point(13, 0), 0, control, knots, scratch));
+  // The drawing itself, once all its entities decode.
+  DatabaseData a;
+  const std::string dwg = corpusFile("same_drawing/libredwg_example/libredwg_example_2000.dwg");
+  if (dwg.empty() || !readIfDecoded(dwg, a)) return;
+  const platform::EntityRec* decoded = entityOf(a, 0x16E);
+  ASSERT_NE(decoded, nullptr);
+  for (int code : {10, 20, 40, 11, 21, 70})
+    expectNear(valuesOf(a, *decoded, code), valuesOf(b, *spline, code), "code " + std::to_string(code));
+}
+
+// The viewports of the current layout are numbered from 1; those of the other layouts keep 0. All of them
+// are in paper space, in the block of their layout.
+TEST(DwgReader, ViewportsOfTheCurrentLayoutAreNumbered) {
+  const std::string dwg = corpusFile("dwg/R2007/qcad_din_a3_inch_landscape.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData db;
+  platform::ReadReport report;
+  ASSERT_TRUE(headless::readDwg(dwg, db, report)) << report.error;
+  std::map<std::string, std::vector<double>> numbers;  // by layout block
+  for (const platform::EntityRec& e : db.entities) {
+    if (db.name(e.dxfName) != "VIEWPORT") continue;
+    EXPECT_EQ(e.cls, platform::DbClass::Viewport);
+    EXPECT_EQ(valuesOf(db, e, 67), std::vector<double>{1});
+    EXPECT_TRUE(db.blocks[e.block].isLayout);
+    auto& n = numbers[db.blocks[e.block].name];
+    n.push_back(valuesOf(db, e, 68).at(0));
+    n.push_back(valuesOf(db, e, 69).at(0));
+    EXPECT_GT(valuesOf(db, e, 41).at(0), 0.0);
+  }
+  EXPECT_EQ(numbers, (std::map<std::string, std::vector<double>>{{"*Paper_Space", {1, 1}}, {"*Paper_Space0", {0, 0}}}));
 }
 
 TEST(DwgReader, EntityTypesNotDecodedAreRefusedByNameAndHandle) {

@@ -74,6 +74,12 @@ const DwgEntityType* dwgCustomEntityType();
 // The graphics an entity stores for hosts that cannot draw it: their size (92, or 160 from R2010 on) and
 // their bytes as binary groups (310). Nothing when the entity has none.
 void appendDwgGraphics(DwgObjectReader& entity, DwgTagList& out, std::string& scratch);
+// The control points and knots DXF gives a cubic spline stored by its fit points and end tangents, the
+// curve through the points (knotParameter: 0 chord lengths, 1 their square roots, 2 uniform). False when
+// fit points repeat or there are fewer than 2. factors is scratch space.
+bool dwgFitCubicSpline(std::span<const DwgPoint3> fitPoints, const DwgPoint3& startTangent,
+                       const DwgPoint3& endTangent, int knotParameter, std::vector<DwgPoint3>& controlPoints,
+                       std::vector<double>& knots, std::vector<double>& factors);
 
 // What the decoders share.
 inline constexpr double kDwgDegrees = 180.0 / std::numbers::pi;

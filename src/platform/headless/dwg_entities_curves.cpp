@@ -217,13 +217,14 @@ SplinePlane planeOf(std::span<const DwgPoint3> points) {
   return plane;
 }
 
-// The control points and knots of the cubic through the fit points q with the end tangents t0 and t1, as
-// DXF writers give them for a spline stored by its fit data: the knots are the fit points' parameters
-// (chord lengths, their square roots or steps of 1 as the knot parameter says), clamped at the ends,
-// the second and the last but one control points lie along the tangents, the others make the curve pass
-// through the fit points. False when the fit points repeat one another or the system is singular.
-bool interpolateCubic(std::span<const DwgPoint3> q, const DwgPoint3& t0, const DwgPoint3& t1, int knotParameter,
-                      std::vector<DwgPoint3>& p, std::vector<double>& knots, std::vector<double>& factors) {
+}  // namespace
+
+// The knots are the fit points' parameters (chord lengths, their square roots or steps of 1), clamped at
+// the ends; the second and the last but one control points lie along the tangents, the others make the
+// curve pass through the fit points.
+bool dwgFitCubicSpline(std::span<const DwgPoint3> q, const DwgPoint3& t0, const DwgPoint3& t1, int knotParameter,
+                       std::vector<DwgPoint3>& p, std::vector<double>& knots, std::vector<double>& factors) {
+  if (q.size() < 2) return false;
   const std::size_t n = q.size() - 1;  // at least 1
   knots.assign(n + 7, 0.0);
   double u = 0;
@@ -278,6 +279,8 @@ bool interpolateCubic(std::span<const DwgPoint3> q, const DwgPoint3& t0, const D
   for (std::size_t k = n - 1; k >= 2; --k) p[k] = along(p[k], p[k + 1], -factors[k - 1]);
   return true;
 }
+
+namespace {
 
 // Reads a spline's data (SPLINE, and HELIX before its own fields) and appends its AcDbSpline groups.
 bool readSpline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
@@ -338,7 +341,7 @@ bool readSpline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) 
     for (const DwgPoint3& p : fitPoints) extent = std::max(extent, length(minus(p, fitPoints[0])));
     if (degree == 3 && fits >= 2 && !isZero(startTangent) && !isZero(endTangent) &&
         fitTolerance <= 1e-9 * std::max(1.0, extent) &&
-        interpolateCubic(fitPoints, startTangent, endTangent, knotParameter, context.controlPoints, context.fitKnots,
+        dwgFitCubicSpline(fitPoints, startTangent, endTangent, knotParameter, context.controlPoints, context.fitKnots,
                          context.factors)) {
       controlPoints = context.controlPoints;
       knotValues = context.fitKnots;
