@@ -39,6 +39,9 @@ struct DwgDecodeContext {
   // ownedAreEnds, only the first and the last, the others found through the links between them.
   std::vector<std::uint64_t> owned;
   bool ownedAreEnds = false;
+  // Set by a decoder that took in the extended data of this application as DXF writers do, leaving it out.
+  std::string_view extendedDataTakenIn;
+  DwgTagList extendedData;  // reused for the extended data a decoder reads
   std::string_view nameOf(std::uint64_t handle) const {
     auto it = names.find(handle);
     return it == names.end() ? std::string_view() : std::string_view(it->second);

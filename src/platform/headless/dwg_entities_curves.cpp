@@ -10,23 +10,23 @@ namespace {
 
 // ---- old-style polylines and their vertices ----
 
-// The handles of the vertices a polyline owns: listed from R2004 on, the first and the last before (the
-// reader follows the vertices' links between them); then its sequence end. They go to context.owned.
-bool readOwnedVertices(DwgObjectReader& o, std::int32_t owned, DwgDecodeContext& context) {
-  context.owned.clear();
+// Reads what follows every POLYLINE's own data: the count of objects it owns (R2004+), the common handles,
+// then the handles of its vertices into context.owned (listed from R2004 on; before, the first and the
+// last, the reader following the vertices' links between them) and its sequence end's.
+bool readPolylineHandles(DwgObjectReader& o, DwgDecodeContext& context) {
+  std::int32_t count = 2;
   context.ownedAreEnds = !o.atLeast(DwgVersion::R2004);
-  const std::int32_t count = context.ownedAreEnds ? 2 : owned;
+  if (!context.ownedAreEnds) {
+    count = o.bits.readBitLong();
+    // Each handle takes at least a byte of the handle stream.
+    if (count < 0 || std::size_t(count) > o.handles.bitsLeft() / 8) return false;
+  }
+  if (o.bits.failed()) return false;
+  o.readCommonHandles();
+  context.owned.clear();
   for (std::int32_t i = 0; i < count && !o.handles.failed(); ++i) context.owned.push_back(o.readHandle());
   o.readHandle();  // the sequence end, found again through its owner
   return !o.failed();
-}
-
-// The owned-object count R2004+ polylines carry, checked against the handles left (one byte each at least).
-std::int32_t readOwnedCount(DwgObjectReader& o) {
-  if (!o.atLeast(DwgVersion::R2004)) return 0;
-  const std::int32_t owned = o.bits.readBitLong();
-  if (owned < 0 || std::size_t(owned) > o.handles.bitsLeft() / 8) o.bits.fail();
-  return owned;
 }
 
 // What every POLYLINE starts with: its subclass, the vertices-follow flag and the elevation point.
@@ -45,10 +45,7 @@ bool decodePolyline2d(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& con
   const double t = b.readThickness();
   const double elevation = b.readBitDouble();
   const DwgPoint3 e = b.readExtrusion();
-  const std::int32_t owned = readOwnedCount(o);
-  if (b.failed()) return false;
-  o.readCommonHandles();
-  if (!readOwnedVertices(o, owned, context)) return false;
+  if (!readPolylineHandles(o, context)) return false;
   polylineStart(out, "AcDb2dPolyline", elevation);
   thickness(out, t);
   out.integer(70, flags);
@@ -63,10 +60,7 @@ bool decodePolyline3d(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& con
   DwgBitReader& b = o.bits;
   const int splined = b.readRawChar();
   const int closed = b.readRawChar();
-  const std::int32_t owned = readOwnedCount(o);
-  if (b.failed()) return false;
-  o.readCommonHandles();
-  if (!readOwnedVertices(o, owned, context)) return false;
+  if (!readPolylineHandles(o, context)) return false;
   const int curveType = (splined & 1) ? 5 : (splined & 2) ? 6 : 0;
   polylineStart(out, "AcDb3dPolyline", 0.0);
   out.integer(70, 8 | ((closed & 1) ? 1 : 0) | (curveType ? 4 : 0));
@@ -78,10 +72,7 @@ bool decodePolyfaceMesh(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& c
   DwgBitReader& b = o.bits;
   const int vertices = b.readBitShort();
   const int faces = b.readBitShort();
-  const std::int32_t owned = readOwnedCount(o);
-  if (b.failed()) return false;
-  o.readCommonHandles();
-  if (!readOwnedVertices(o, owned, context)) return false;
+  if (!readPolylineHandles(o, context)) return false;
   polylineStart(out, "AcDbPolyFaceMesh", 0.0);
   out.integer(70, 64);
   out.integer(71, vertices);
@@ -95,10 +86,7 @@ bool decodePolygonMesh(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& co
   const int curveType = b.readBitShort();
   int counts[4];  // M and N vertex counts, M and N densities
   for (int& c : counts) c = b.readBitShort();
-  const std::int32_t owned = readOwnedCount(o);
-  if (b.failed()) return false;
-  o.readCommonHandles();
-  if (!readOwnedVertices(o, owned, context)) return false;
+  if (!readPolylineHandles(o, context)) return false;
   polylineStart(out, "AcDbPolygonMesh", 0.0);
   out.integer(70, flags);
   out.integer(71, counts[0]);
@@ -282,6 +270,30 @@ bool dwgFitCubicSpline(std::span<const DwgPoint3> q, const DwgPoint3& t0, const 
 
 namespace {
 
+// Before R2013 a spline made by a later release keeps what those add in extended data of the application
+// ACAD_SPLINE_DATA: pairs of a key and a value, the knot parameter's key 102. DXF writers take them in as
+// a spline fitted by its knot parameter, and leave the extended data out. True when the spline has them.
+bool readNewerSplineData(DwgObjectReader& o, DwgDecodeContext& context, std::int32_t& knotParameter) {
+  constexpr std::string_view kApplication = "ACAD_SPLINE_DATA";
+  constexpr int kKnotParameter = 102;
+  if (o.common.eedEnd <= o.common.eedBegin + 16) return false;
+  DwgTagList& data = context.extendedData;
+  data.truncate(0);
+  if (!appendDwgExtendedData(o, data, context.names, context.text)) return false;
+  bool found = false;
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    if (data[i].code == 1001) {
+      if (found) break;
+      found = data.textOf(data[i]) == kApplication;
+    } else if (found && data[i].code == 1070 && data[i].integer == kKnotParameter && i + 1 < data.size() &&
+               data[i + 1].code == 1070) {
+      knotParameter = static_cast<std::int32_t>(data[i + 1].integer);
+    }
+  }
+  if (found) context.extendedDataTakenIn = kApplication;
+  return found;
+}
+
 // Reads a spline's data (SPLINE, and HELIX before its own fields) and appends its AcDbSpline groups.
 bool readSpline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
@@ -292,6 +304,11 @@ bool readSpline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) 
     knotParameter = b.readBitLong();
     if (splineFlags & 1) scenario = 2;
     if (knotParameter == 15) scenario = 1;
+  }
+  bool newerData = o.atLeast(DwgVersion::R2013);
+  if (!newerData && readNewerSplineData(o, context, knotParameter)) {
+    newerData = true;
+    splineFlags = 1 | 8;  // fitted, by its knot parameter
   }
   const std::int32_t degree = b.readBitLong();
   bool rational = false, closed = false, periodic = false, weighted = false;
@@ -354,10 +371,11 @@ bool readSpline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) 
   out.text(100, "AcDbSpline");
   if (plane.planar) out.point(210, plane.normal);
   // The fit method (1024) and the knot parameter (32 chords, 64 their square roots, 128 uniform) come
-  // from R2013 on; a spline stored by fit data before then was fitted by chords.
+  // from R2013 on (or from their extended data); a spline stored by fit data before then was fitted by
+  // chords.
   int flags = (closed ? 1 : 0) | (periodic ? 2 : 0) | (rational ? 4 : 0) | (plane.planar ? 8 : 0) |
               (plane.linear ? 16 : 0);
-  if (o.atLeast(DwgVersion::R2013)) {
+  if (newerData) {
     if (splineFlags & 4) flags |= 1;
     if (splineFlags & 1) flags |= 1024;
     if ((splineFlags & 8) && knotParameter >= 0 && knotParameter <= 2) flags |= 32 << knotParameter;

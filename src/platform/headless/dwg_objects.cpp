@@ -271,7 +271,8 @@ void DwgObjectReader::readCommonHandles() {
   if (edgeStyle_) readHandle();
 }
 
-bool appendDwgExtendedData(DwgObjectReader& object, DwgTagList& out, const DwgNames& names, std::string& scratch) {
+bool appendDwgExtendedData(DwgObjectReader& object, DwgTagList& out, const DwgNames& names, std::string& scratch,
+                           std::string_view leaveOut) {
   DwgBitReader bits = object.bits;  // a copy: the object's own position stays where it is
   const std::size_t begin = out.size();
   bits.setBitPosition(object.common.eedBegin);
@@ -289,6 +290,10 @@ bool appendDwgExtendedData(DwgObjectReader& object, DwgTagList& out, const DwgNa
     if (end > object.common.eedEnd) {
       ok = false;
       break;
+    }
+    if (!leaveOut.empty() && nameOf(app) == leaveOut) {
+      bits.setBitPosition(end);
+      continue;
     }
     out.text(1001, nameOf(app));
     while (ok && bits.bitPosition() < end) {

@@ -101,7 +101,9 @@ int dwgLineWeight(int index);
 using DwgNames = std::unordered_map<std::uint64_t, std::string>;
 
 // Appends the extended data of an object as DXF groups (1001 and 1000-1071), applications and layers
-// named through names. False when the data is damaged (nothing is then appended).
-bool appendDwgExtendedData(DwgObjectReader& object, DwgTagList& out, const DwgNames& names, std::string& scratch);
+// named through names, but for the application leaveOut names. False when the data is damaged (nothing is
+// then appended).
+bool appendDwgExtendedData(DwgObjectReader& object, DwgTagList& out, const DwgNames& names, std::string& scratch,
+                           std::string_view leaveOut = {});
 
 }  // namespace headless

@@ -236,6 +236,7 @@ bool DwgReader::decodeEntities() {
     if (!decoder) return refuse(type.empty() ? "type " + std::to_string(h.type) : std::string(type));
     body.truncate(0);
     context.owned.clear();
+    context.extendedDataTakenIn = {};
     if (!object_.open(s_, h, true) || !decoder->decode(object_, body, context) || object_.failed()) {
       if (!context.notDecoded.empty()) return refuse(context.notDecoded);
       damaged(h, decoder->dxfName);
@@ -284,7 +285,8 @@ bool DwgReader::decodeEntities() {
     // Proxy records carry their graphics in their own part.
     if (std::string_view(decoder->dxfName) != "ACAD_PROXY_ENTITY") appendDwgGraphics(object_, staged_, scratch);
     staged_.append(body, 0, body.size());
-    if (c.eedEnd > c.eedBegin + 16 && !appendDwgExtendedData(object_, staged_, names_, scratch))
+    if (c.eedEnd > c.eedBegin + 16 &&
+        !appendDwgExtendedData(object_, staged_, names_, scratch, context.extendedDataTakenIn))
       report_.warnings.push_back(s_.fileName + ": object " + dwgHex(c.handle) +
                                  ": its extended data is damaged and was left out");
     e.end = staged_.size();
