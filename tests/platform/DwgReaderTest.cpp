@@ -330,42 +330,52 @@ TEST(DwgReader, SplinesAndHelicesReadAlikeInEveryRelease) {
 }
 
 TEST(DwgReader, SplinesStoredByFitPointsGetTheControlPointsOfTheirTwin) {
-  const std::string dxf = corpusFile("same_drawing/libredwg_example/libredwg_example_2000.dxf");
-  if (dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-  DatabaseData b;
-  platform::ReadReport rb;
-  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
-  const platform::EntityRec* spline = entityOf(b, 0x16E);
-  ASSERT_NE(spline, nullptr);
-  // The twin's fit data, through the fitting, gives its control points and knots.
-  const auto point = [&](int code, std::size_t i) {
-    return headless::DwgPoint3{valuesOf(b, *spline, code)[i], valuesOf(b, *spline, code + 10)[i],
-                               valuesOf(b, *spline, code + 20)[i]};
-  };
-  std::vector<headless::DwgPoint3> fit;
-  for (std::size_t i = 0; i < valuesOf(b, *spline, 11).size(); ++i) fit.push_back(point(11, i));
-  std::vector<headless::DwgPoint3> control;
-  std::vector<double> knots, scratch;
-  ASSERT_TRUE(headless::dwgFitCubicSpline(fit, point(12, 0), point(13, 0), 0, control, knots, scratch));
-  expectNear(knots, valuesOf(b, *spline, 40), "knots");
-  std::vector<double> xs, ys;
-  for (const headless::DwgPoint3& p : control) {
-    xs.push_back(p.x);
-    ys.push_back(p.y);
+  // The fit data of these splines (with both end tangents, and with none), through the fitting, gives the
+  // control points and knots their DXF files hold.
+  const std::pair<const char*, platform::Handle> splines[] = {
+      {"same_drawing/libredwg_example/libredwg_example_2000.dxf", 0x16E}, {"dxf/R2018/ezdxf_uncommon.dxf", 0x251}};
+  for (const auto& [file, handle] : splines) {
+    const std::string dxf = corpusFile(file);
+    if (dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+    SCOPED_TRACE(file);
+    DatabaseData b;
+    platform::ReadReport rb;
+    ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+    const platform::EntityRec* spline = entityOf(b, handle);
+    ASSERT_NE(spline, nullptr);
+    const auto point = [&](int code, std::size_t i) {
+      const std::vector<double> x = valuesOf(b, *spline, code);
+      if (i >= x.size()) return headless::DwgPoint3{};
+      return headless::DwgPoint3{x[i], valuesOf(b, *spline, code + 10)[i], valuesOf(b, *spline, code + 20)[i]};
+    };
+    std::vector<headless::DwgPoint3> fit;
+    for (std::size_t i = 0; i < valuesOf(b, *spline, 11).size(); ++i) fit.push_back(point(11, i));
+    std::vector<headless::DwgPoint3> control;
+    std::vector<double> knots, scratch;
+    ASSERT_TRUE(headless::dwgFitCubicSpline(fit, point(12, 0), point(13, 0), 0, control, knots, scratch));
+    expectNear(knots, valuesOf(b, *spline, 40), "knots");
+    std::vector<double> coordinates[3];
+    for (const headless::DwgPoint3& p : control) {
+      coordinates[0].push_back(p.x);
+      coordinates[1].push_back(p.y);
+      coordinates[2].push_back(p.z);
+    }
+    for (int c = 0; c < 3; ++c)
+      expectNear(coordinates[c], valuesOf(b, *spline, 10 * (c + 1)), "control " + std::to_string(10 * (c + 1)));
+    // Repeated fit points have no parameters between them.
+    fit[1] = fit[0];
+    EXPECT_FALSE(headless::dwgFitCubicSpline(fit, point(12, 0), point(13, 0), 0, control, knots, scratch));
   }
-  expectNear(xs, valuesOf(b, *spline, 10), "control x");
-  expectNear(ys, valuesOf(b, *spline, 20), "control y");
-  // Repeated fit points have no parameters between them.
-  fit[1] = fit[0];
-  EXPECT_FALSE(headless::dwgFitCubicSpline(fit, point(12, 0), point(13, 0), 0, control, knots, scratch));
   // The drawing itself, once all its entities decode.
-  DatabaseData a;
+  DatabaseData a, b;
+  platform::ReadReport rb;
   const std::string dwg = corpusFile("same_drawing/libredwg_example/libredwg_example_2000.dwg");
   if (dwg.empty() || !readIfDecoded(dwg, a)) return;
-  const platform::EntityRec* decoded = entityOf(a, 0x16E);
-  ASSERT_NE(decoded, nullptr);
+  ASSERT_TRUE(headless::readDxf(corpusFile("same_drawing/libredwg_example/libredwg_example_2000.dxf"), b, rb));
+  const platform::EntityRec *decoded = entityOf(a, 0x16E), *twin = entityOf(b, 0x16E);
+  ASSERT_TRUE(decoded && twin);
   for (int code : {10, 20, 40, 11, 21, 70})
-    expectNear(valuesOf(a, *decoded, code), valuesOf(b, *spline, code), "code " + std::to_string(code));
+    expectNear(valuesOf(a, *decoded, code), valuesOf(b, *twin, code), "code " + std::to_string(code));
 }
 
 // The viewports of the current layout are numbered from 1; those of the other layouts keep 0. All of them

@@ -208,12 +208,14 @@ SplinePlane planeOf(std::span<const DwgPoint3> points) {
 }  // namespace
 
 // The knots are the fit points' parameters (chord lengths, their square roots or steps of 1), clamped at
-// the ends; the second and the last but one control points lie along the tangents, the others make the
-// curve pass through the fit points.
+// the ends. The curve passes through the fit points; at an end with a tangent the control point next to
+// it lies along that tangent, at an end without one the curve does not bend (its second derivative is 0).
+// The control points between the ends solve a tridiagonal system, one row a control point from the
+// second to the last but one.
 bool dwgFitCubicSpline(std::span<const DwgPoint3> q, const DwgPoint3& t0, const DwgPoint3& t1, int knotParameter,
                        std::vector<DwgPoint3>& p, std::vector<double>& knots, std::vector<double>& factors) {
   if (q.size() < 2) return false;
-  const std::size_t n = q.size() - 1;  // at least 1
+  const std::size_t n = q.size() - 1;
   knots.assign(n + 7, 0.0);
   double u = 0;
   for (std::size_t k = 1; k <= n; ++k) {
@@ -228,43 +230,55 @@ bool dwgFitCubicSpline(std::span<const DwgPoint3> q, const DwgPoint3& t0, const 
   };
   p.assign(n + 3, DwgPoint3{});
   p[0] = q[0];
-  p[1] = along(q[0], t0, knots[4] / 3.0);
-  p[n + 1] = along(q[n], t1, -(knots[n + 3] - knots[n + 2]) / 3.0);
   p[n + 2] = q[n];
-  // Fit point k (1 to n-1) sits on knot k+3, where the curve is a P[k] + b P[k+1] + c P[k+2]. The
-  // unknowns P[2] to P[n] make a tridiagonal system, solved by elimination (factors: the eliminated
-  // super-diagonal; P[k+1] holds the right-hand side as it goes).
-  factors.assign(n + 1, 0.0);
-  for (std::size_t k = 1; k < n; ++k) {
-    const std::size_t span = k + 3;
-    double basis[4] = {1, 0, 0, 0}, left[4] = {}, right[4] = {};
-    for (int j = 1; j <= 3; ++j) {
-      left[j] = knots[span] - knots[span + 1 - j];
-      right[j] = knots[span + j] - knots[span];
-      double saved = 0;
-      for (int r = 0; r < j; ++r) {
-        const double temp = basis[r] / (right[r + 1] + left[j - r]);
-        basis[r] = saved + right[r + 1] * temp;
-        saved = left[j - r] * temp;
+  // Row r (1 to n+1) reads sub P[r-1] + diagonal P[r] + super P[r+1] = rhs; P[0] and P[n+2] are known and
+  // go to the right-hand side. Elimination keeps each row's super factor; P[r] holds its right-hand side.
+  factors.assign(n + 2, 0.0);
+  for (std::size_t r = 1; r <= n + 1; ++r) {
+    double sub = 0, diagonal = 1, super = 0;
+    DwgPoint3 rhs;
+    if (r == 1 && !isZero(t0)) {
+      rhs = along(q[0], t0, knots[4] / 3.0);
+    } else if (r == n + 1 && !isZero(t1)) {
+      rhs = along(q[n], t1, -(knots[n + 3] - knots[n + 2]) / 3.0);
+    } else if (r == 1) {
+      // No bend at the start: (P[2] - P[1]) / (U[5] - U[2]) = (P[1] - P[0]) / (U[4] - U[1]).
+      const double before = 1.0 / knots[4], after = 1.0 / knots[5];
+      diagonal = -(before + after);
+      super = after;
+      rhs = along(DwgPoint3{}, p[0], -before);
+    } else if (r == n + 1) {
+      const double before = 1.0 / (knots[n + 4] - knots[n + 1]), after = 1.0 / (knots[n + 5] - knots[n + 2]);
+      sub = before;
+      diagonal = -(before + after);
+      rhs = along(DwgPoint3{}, p[n + 2], -after);
+    } else {
+      // Fit point r-1 sits on knot r+2, where three cubic basis functions are not 0.
+      const std::size_t span = r + 2;
+      double basis[4] = {1, 0, 0, 0}, left[4] = {}, right[4] = {};
+      for (int j = 1; j <= 3; ++j) {
+        left[j] = knots[span] - knots[span + 1 - j];
+        right[j] = knots[span + j] - knots[span];
+        double saved = 0;
+        for (int i = 0; i < j; ++i) {
+          const double temp = basis[i] / (right[i + 1] + left[j - i]);
+          basis[i] = saved + right[i + 1] * temp;
+          saved = left[j - i] * temp;
+        }
+        basis[j] = saved;
       }
-      basis[j] = saved;
+      sub = basis[0];
+      diagonal = basis[1];
+      super = basis[2];
+      rhs = q[r - 1];
     }
-    const double a = basis[0], b = basis[1];
-    double c = basis[2];
-    DwgPoint3 rhs = q[k];
-    if (k == 1) rhs = along(rhs, p[1], -a);
-    if (k == n - 1) {
-      rhs = along(rhs, p[n + 1], -c);
-      c = 0;
-    }
-    const double previous = k == 1 ? 0.0 : factors[k - 1];
-    const double pivot = b - (k == 1 ? 0.0 : a * previous);
+    const double pivot = diagonal - sub * factors[r - 1];
     if (!std::isfinite(pivot) || std::abs(pivot) < 1e-12) return false;
-    if (k > 1) rhs = along(rhs, p[k], -a);
-    factors[k] = c / pivot;
-    p[k + 1] = DwgPoint3{rhs.x / pivot, rhs.y / pivot, rhs.z / pivot};
+    rhs = along(rhs, p[r - 1], -sub);
+    factors[r] = super / pivot;
+    p[r] = DwgPoint3{rhs.x / pivot, rhs.y / pivot, rhs.z / pivot};
   }
-  for (std::size_t k = n - 1; k >= 2; --k) p[k] = along(p[k], p[k + 1], -factors[k - 1]);
+  for (std::size_t r = n; r >= 1; --r) p[r] = along(p[r], p[r + 1], -factors[r]);
   return true;
 }
 
@@ -349,15 +363,14 @@ bool readSpline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) 
   for (std::int32_t i = 0; i < fits; ++i) points[controls + i] = b.read3BitDoubles();
   if (b.failed()) return false;
   // A spline stored by its fit data alone gets the control points and knots DXF gives it too, where they
-  // follow from the data: a cubic through the points with both end tangents given, not merely near them.
+  // follow from the data: a cubic through the points, not merely near them.
   std::span<const DwgPoint3> fitPoints(points.data() + controls, static_cast<std::size_t>(fits));
   std::span<const DwgPoint3> controlPoints(points.data(), static_cast<std::size_t>(controls));
   std::span<const double> knotValues(values.data(), static_cast<std::size_t>(knots));
   if (scenario == 2) {
     double extent = 0;
     for (const DwgPoint3& p : fitPoints) extent = std::max(extent, length(minus(p, fitPoints[0])));
-    if (degree == 3 && fits >= 2 && !isZero(startTangent) && !isZero(endTangent) &&
-        fitTolerance <= 1e-9 * std::max(1.0, extent) &&
+    if (degree == 3 && fits >= 2 && fitTolerance <= 1e-9 * std::max(1.0, extent) &&
         dwgFitCubicSpline(fitPoints, startTangent, endTangent, knotParameter, context.controlPoints, context.fitKnots,
                          context.factors)) {
       controlPoints = context.controlPoints;
