@@ -115,9 +115,9 @@ bool decodeVertex2d(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext&) {
   if (startWidth != 0.0) out.real(40, startWidth);
   if (endWidth != 0.0) out.real(41, endWidth);
   if (bulge != 0.0) out.real(42, bulge);
-  if (id != 0) out.integer(91, id);
   out.integer(70, flags);
   if ((flags & 2) || tangent != 0.0) out.real(50, tangent * kDwgDegrees);
+  if (id != 0) out.integer(91, id);
   return true;
 }
 
