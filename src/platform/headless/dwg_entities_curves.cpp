@@ -2,6 +2,7 @@
 // vertices, splines and helices, and viewports.
 #include "platform/headless/dwg_entities.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace headless {
