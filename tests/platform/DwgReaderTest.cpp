@@ -398,6 +398,26 @@ TEST(DwgReader, ViewportsOfTheCurrentLayoutAreNumbered) {
     EXPECT_GT(valuesOf(db, e, 41).at(0), 0.0);
   }
   EXPECT_EQ(numbers, (std::map<std::string, std::vector<double>>{{"*Paper_Space", {1, 1}}, {"*Paper_Space0", {0, 0}}}));
+  // Where the block table's paper space is not the first block of that name (R2007 here), the twins once
+  // their other entities decode: each viewport in the same layout, with the same number and view.
+  for (const char* twin : {"same_drawing/libredwg_example/libredwg_example_2000",
+                           "same_drawing/libredwg_example/libredwg_example_2007",
+                           "same_drawing/libredwg_example/libredwg_example_2013"}) {
+    SCOPED_TRACE(twin);
+    DatabaseData a, b;
+    platform::ReadReport rb;
+    const std::string file = corpusFile(std::string(twin) + ".dwg");
+    if (file.empty() || !readIfDecoded(file, a)) continue;
+    ASSERT_TRUE(headless::readDxf(corpusFile(std::string(twin) + ".dxf"), b, rb)) << rb.error;
+    for (const platform::EntityRec& t : b.entities) {
+      if (b.name(t.dxfName) != "VIEWPORT") continue;
+      const platform::EntityRec* e = entityOf(a, t.handle);
+      ASSERT_NE(e, nullptr) << std::hex << t.handle;
+      EXPECT_EQ(a.blocks[e->block].name, b.blocks[t.block].name);
+      for (int code : {68, 69, 12, 22, 45, 90})
+        expectNear(valuesOf(a, *e, code), valuesOf(b, t, code), "code " + std::to_string(code));
+    }
+  }
 }
 
 TEST(DwgReader, EntityTypesNotDecodedAreRefusedByNameAndHandle) {
