@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/headless/accessor_table.h"
+#include "platform/headless/modeler_data.h"
 #include "platform/text.h"
 
 namespace headless {
@@ -79,133 +80,26 @@ std::vector<double> hatchLoopTypes(const EntityView& e) {
 
 // ---- modeler geometry (ACIS) ----
 
-// The SAT text: group 1 lines, each continued by group 3 chunks. DXF R2000 to R2004 write it "encrypted"
-// (c -> 159 - c for c > 32); a plain SAT text starts with its version number.
-std::string satText(const EntityView& e) {
-  std::string text;
-  for (std::uint32_t i = 0; i < e.g.ownCount(); ++i) {
-    const StoredTag& t = e.g.at(i);
-    if (t.code == 1) {
-      if (!text.empty()) text += '\n';
-      text += e.g.textAt(i);
-    } else if (t.code == 3 && !text.empty()) {
-      text += e.g.textAt(i);
-    }
-  }
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  if (!std::isdigit(static_cast<unsigned char>(text[first])))
-    for (char& c : text)
-      if (static_cast<unsigned char>(c) > 32 && static_cast<unsigned char>(c) < 127) c = static_cast<char>(159 - c);
-  return text;
+using modeler::Model;
+using ModelFields = std::span<const std::string_view>;
+
+// The SAT text of the entity's modeler data, decrypted; for SAB data, the same records written as SAT text.
+std::string acisText(const EntityView& e) {
+  Model model;
+  return modeler::readEntity(e.data, e.index, model) ? model.text() : std::string();
 }
 
-// The records of a SAT text after its three header lines, each as its name and fields up to "#".
-struct SatRecord {
-  std::string_view name;
-  std::vector<std::string_view> fields;  // without the entity header (attribute pointer, history id)
-};
-
-class Sat {
- public:
-  explicit Sat(std::string_view text) {
-    // The header: a line of counts led by the version, then (from version 2) a line naming the product and
-    // a line of tolerances; all of them start with a number, where records start with their name.
-    std::size_t pos = 0;
-    for (int line = 0; line < 3 && pos != std::string_view::npos; ++line) {
-      if (line > 0 && (pos >= text.size() || !std::isdigit(static_cast<unsigned char>(text[pos])))) break;
-      const std::size_t end = text.find('\n', pos);
-      if (line == 0) version_ = std::atoi(std::string(text.substr(pos, end - pos)).c_str());
-      pos = end == std::string_view::npos ? end : end + 1;
-    }
-    if (pos == std::string_view::npos) return;
-    body_ = text.substr(pos);
-    std::vector<std::string_view> tokens;
-    std::size_t i = 0;
-    while (i < body_.size()) {
-      while (i < body_.size() && std::isspace(static_cast<unsigned char>(body_[i]))) ++i;
-      if (i >= body_.size()) break;
-      std::size_t j = i;
-      if (body_[i] == '@') {
-        // A counted string: "@7 unknown".
-        while (j < body_.size() && !std::isspace(static_cast<unsigned char>(body_[j]))) ++j;
-        const std::size_t n = static_cast<std::size_t>(std::atoi(std::string(body_.substr(i + 1, j - i - 1)).c_str()));
-        j = std::min(body_.size(), j + 1 + n);
-      } else {
-        while (j < body_.size() && !std::isspace(static_cast<unsigned char>(body_[j]))) ++j;
-      }
-      const std::string_view token = body_.substr(i, j - i);
-      i = j;
-      if (token.starts_with("End-of-")) break;
-      if (token != "#") {
-        tokens.push_back(token);
-        continue;
-      }
-      addRecord(tokens);
-      tokens.clear();
-    }
-  }
-
-  // The records after the header: what a digest of the shape covers (the header carries dates and products).
-  std::string_view records() const { return body_; }
-  std::size_t size() const { return records_.size(); }
-  const SatRecord* at(long index) const {
-    return index >= 0 && static_cast<std::size_t>(index) < records_.size() ? &records_[static_cast<std::size_t>(index)]
-                                                                            : nullptr;
-  }
-  // The record a pointer field ("$12") names, when it is of the expected type.
-  const SatRecord* follow(std::string_view field, std::string_view type) const {
-    if (!field.starts_with('$')) return nullptr;
-    const SatRecord* r = at(std::atol(std::string(field.substr(1)).c_str()));
-    return r && r->name == type ? r : nullptr;
-  }
-  // The first record of this type.
-  const SatRecord* first(std::string_view type) const {
-    for (const SatRecord& r : records_)
-      if (r.name == type) return &r;
-    return nullptr;
-  }
-
- private:
-  void addRecord(std::vector<std::string_view>& tokens) {
-    SatRecord r;
-    std::size_t k = 0;
-    // Records may be numbered ("-12 face ...").
-    if (k < tokens.size() && tokens[k].size() > 1 && tokens[k][0] == '-' &&
-        std::isdigit(static_cast<unsigned char>(tokens[k][1])) && k + 1 < tokens.size())
-      ++k;
-    if (k < tokens.size()) r.name = tokens[k++];
-    if (k < tokens.size() && tokens[k].starts_with('$')) ++k;  // the attribute pointer
-    // From version 7 every record carries a history id after it, and ASM data one more pointer.
-    if (k < tokens.size() && !tokens[k].starts_with('$') && version_ >= 700) {
-      ++k;
-      if (version_ >= 20800 && k < tokens.size() && tokens[k].starts_with('$')) ++k;
-    }
-    r.fields.assign(tokens.begin() + static_cast<long>(std::min(k, tokens.size())), tokens.end());
-    records_.push_back(std::move(r));
-  }
-
-  int version_ = 0;
-  std::string_view body_;
-  std::vector<SatRecord> records_;
-};
-
-std::vector<std::string_view> pointers(const SatRecord& r) {
+std::vector<std::string_view> pointers(ModelFields fields) {
   std::vector<std::string_view> out;
-  for (std::string_view f : r.fields)
+  for (std::string_view f : fields)
     if (f.starts_with('$')) out.push_back(f);
   return out;
 }
 
-std::vector<double> numbers(const SatRecord& r) {
+std::vector<double> numbers(ModelFields fields) {
   std::vector<double> out;
-  for (std::string_view f : r.fields) {
-    if (f.empty() || f.starts_with('$')) continue;
-    const std::string s(f);
-    char* end = nullptr;
-    const double v = std::strtod(s.c_str(), &end);
-    if (end && *end == '\0') out.push_back(v);
-  }
+  for (std::string_view f : fields)
+    if (const auto v = modeler::number(f)) out.push_back(*v);
   return out;
 }
 
@@ -219,20 +113,20 @@ struct Measures {
   Vector3d second;  // integrals of x², y², z² over the volume
 };
 
-Measures measure(const std::string& text) {
+Measures measure(const EntityView& e) {
   Measures m;
-  if (text.empty()) return m;
-  const Sat sat(text);
-  const SatRecord* body = sat.first("body");
+  Model sat;
+  if (!modeler::readEntity(e.data, e.index, sat)) return m;
+  const modeler::Record* body = sat.first("body");
   if (!body) return m;
   // The body's transform (its rows, then the translation, then a scale) places every point.
-  const std::vector<std::string_view> bodyPtrs = pointers(*body);
+  const std::vector<std::string_view> bodyPtrs = pointers(sat.data(*body));
   double rot[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   Vector3d shift;
   double scale = 1.0;
   if (bodyPtrs.size() >= 3) {
-    if (const SatRecord* tr = sat.follow(bodyPtrs[2], "transform")) {
-      const std::vector<double> v = numbers(*tr);
+    if (const modeler::Record* tr = sat.follow(bodyPtrs[2], "transform")) {
+      const std::vector<double> v = numbers(sat.data(*tr));
       if (v.size() >= 13) {
         for (int r = 0; r < 3; ++r)
           for (int c = 0; c < 3; ++c) rot[r][c] = v[static_cast<std::size_t>(r * 3 + c)];
@@ -250,40 +144,40 @@ Measures measure(const std::string& text) {
   const std::size_t guard = sat.size() + 1;  // no chain of a well-formed body is longer than its records
   bool anyFace = false;
   for (std::size_t r = 0; r < sat.size(); ++r) {
-    const SatRecord& face = *sat.at(static_cast<long>(r));
+    const modeler::Record& face = sat[r];
     if (face.name != "face") continue;
     anyFace = true;
-    const std::vector<std::string_view> fp = pointers(face);  // next, loop, shell, subshell, surface
+    const std::vector<std::string_view> fp = pointers(sat.data(face));  // next, loop, shell, subshell, surface
     if (fp.size() < 5 || !sat.follow(fp[4], "plane-surface")) return m;
     Vector3d faceArea;
-    const SatRecord* loop = sat.follow(fp[1], "loop");
+    const modeler::Record* loop = sat.follow(fp[1], "loop");
     if (!loop) return m;
     for (std::size_t loops = 0; loop && loops < guard; ++loops) {
-      const std::vector<std::string_view> lp = pointers(*loop);  // next, coedge, face
+      const std::vector<std::string_view> lp = pointers(sat.data(*loop));  // next, coedge, face
       if (lp.size() < 2) return m;
       std::vector<Point3d> points;
-      const SatRecord* start = sat.follow(lp[1], "coedge");
-      const SatRecord* coedge = start;
+      const modeler::Record* start = sat.follow(lp[1], "coedge");
+      const modeler::Record* coedge = start;
       for (std::size_t n = 0; coedge && n < guard; ++n) {
-        const std::vector<std::string_view> cp = pointers(*coedge);  // next, previous, partner, edge, loop
+        const std::vector<std::string_view> cp = pointers(sat.data(*coedge));  // next, previous, partner, edge, loop
         if (cp.size() < 4) return m;
-        const SatRecord* edge = sat.follow(cp[3], "edge");
+        const modeler::Record* edge = sat.follow(cp[3], "edge");
         if (!edge) return m;
-        const std::vector<std::string_view> ep = pointers(*edge);  // start, end, coedge, curve
+        const std::vector<std::string_view> ep = pointers(sat.data(*edge));  // start, end, coedge, curve
         if (ep.size() < 4 || !sat.follow(ep[3], "straight-curve")) return m;
-        // The sense follows the pointers: "forward" or "reversed", written 0 or 1 by old versions.
+        // The sense follows the pointers: "forward" or "reversed" (0 or 1 in old versions, a flag in SAB).
         bool reversed = false;
-        for (std::string_view f : coedge->fields)
+        for (std::string_view f : sat.data(*coedge))
           if (!f.starts_with('$')) {
-            reversed = f == "reversed" || f == "1";
+            reversed = modeler::isReversed(f);
             break;
           }
-        const SatRecord* vertex = sat.follow(reversed ? ep[1] : ep[0], "vertex");
+        const modeler::Record* vertex = sat.follow(reversed ? ep[1] : ep[0], "vertex");
         if (!vertex) return m;
-        const std::vector<std::string_view> vp = pointers(*vertex);
-        const SatRecord* point = vp.empty() ? nullptr : sat.follow(vp.back(), "point");
+        const std::vector<std::string_view> vp = pointers(sat.data(*vertex));
+        const modeler::Record* point = vp.empty() ? nullptr : sat.follow(vp.back(), "point");
         if (!point) return m;
-        const std::vector<double> xyz = numbers(*point);
+        const std::vector<double> xyz = numbers(sat.data(*point));
         if (xyz.size() < 3) return m;
         points.push_back(place({xyz[0], xyz[1], xyz[2]}));
         coedge = sat.follow(cp[0], "coedge");
@@ -312,26 +206,28 @@ Measures measure(const std::string& text) {
 }
 
 double modelerArea(const EntityView& e) {
-  const Measures m = measure(satText(e));
+  const Measures m = measure(e);
   return m.polygonal ? m.area : kNotMeasured;
 }
 
 double modelerVolume(const EntityView& e) {
-  const Measures m = measure(satText(e));
+  const Measures m = measure(e);
   return m.polygonal ? m.volume : kNotMeasured;
 }
 
 Vector3d radiiGyration(const EntityView& e) {
-  const Measures m = measure(satText(e));
+  const Measures m = measure(e);
   if (!m.polygonal || m.volume <= 0.0) return {kNotMeasured, kNotMeasured, kNotMeasured};
   const Vector3d s = m.second;
   return {std::sqrt((s.y + s.z) / m.volume), std::sqrt((s.x + s.z) / m.volume), std::sqrt((s.x + s.y) / m.volume)};
 }
 
+// The digest of the shape the data describe (Model::shape): the same for SAT and SAB, and for data written by
+// different modeler versions, of the same shape.
 std::string acisDigest(const EntityView& e) {
-  const std::string text = satText(e);
-  if (text.empty()) return {};
-  return digestOf(Sat(text).records());
+  Model model;
+  if (!modeler::readEntity(e.data, e.index, model)) return {};
+  return digestOf(model.shape());
 }
 
 // ---- surfaces ----
@@ -507,10 +403,10 @@ std::span<const AccessorImpl> blockAccessors() {
       realsOf(Accessor::loopTypes, DbClass::Hatch, hatchLoopTypes),
 
       // Regions, bodies, 3D solids and surfaces carry their shape as ACIS data.
-      textOf(Accessor::acisData, DbClass::Region, satText),
-      textOf(Accessor::acisData, DbClass::Body, satText),
-      textOf(Accessor::acisData, DbClass::Solid3d, satText),
-      textOf(Accessor::acisData, DbClass::Surface, satText),
+      textOf(Accessor::acisData, DbClass::Region, acisText),
+      textOf(Accessor::acisData, DbClass::Body, acisText),
+      textOf(Accessor::acisData, DbClass::Solid3d, acisText),
+      textOf(Accessor::acisData, DbClass::Surface, acisText),
       textOf(Accessor::acisDigest, DbClass::Region, acisDigest),
       textOf(Accessor::acisDigest, DbClass::Body, acisDigest),
       textOf(Accessor::acisDigest, DbClass::Solid3d, acisDigest),

@@ -124,6 +124,9 @@ struct DatabaseData {
   std::vector<ObjectRec> objects;
   std::unordered_map<std::string, std::uint32_t> tableEntries;  // "TYPE" '\x1f' upper-cased name -> object
   headless::HandleMap byHandle;
+  // The binary modeler data (SAB) of regions, solids, bodies and surfaces kept apart from their records (the
+  // ACDSDATA section of DXF R2013 and later), by the entity's handle.
+  std::unordered_map<Handle, std::string> modelerBinary;
   std::uint32_t modelSpace = 0;
   std::uint32_t paperSpace = 0;
   mutable ExtentsWork extentsWork;  // filled by extents computations, after reading

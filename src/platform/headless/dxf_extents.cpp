@@ -386,7 +386,7 @@ bool addEntity(Context& ctx, std::uint32_t index, BoxSink& sink) {
     case DbClass::RevolvedSurface:
     case DbClass::SweptSurface:
     case DbClass::PlaneSurface:
-    case DbClass::NurbSurface: return addModelerGeometry(g, sink);
+    case DbClass::NurbSurface: return addModelerGeometry(data, index, sink);
     case DbClass::SubDMesh: return addAllPoints(g, sink, "AcDbSubDMesh", 10);
     case DbClass::Shape: return addShape(g, sink);
     case DbClass::Light: return addAllPoints(g, sink, "AcDbLight", 10);

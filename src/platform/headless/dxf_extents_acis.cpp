@@ -1,4 +1,4 @@
-// Extents of solids, regions, bodies and surfaces from the SAT text of their modeler data (groups 1 and 3).
+// Extents of solids, regions, bodies and surfaces from the records of their modeler data (SAT or SAB).
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/headless/dxf_extents_parts.h"
+#include "platform/headless/modeler_data.h"
 
 namespace headless::extents {
 
@@ -15,103 +16,12 @@ using platform::Matrix3d;
 using platform::Point3d;
 using platform::Vector3d;
 
-std::string satText(const Groups& g) {
-  std::string text;
-  bool any = false;
-  for (std::uint32_t i = 0; i < g.ownCount(); ++i) {
-    const int code = g.at(i).code;
-    if (code != 1 && code != 3) continue;
-    // Group 1 starts a line of the SAT text; group 3 continues a line longer than a group can hold.
-    if (code == 1 && any) text += '\n';
-    text += g.textAt(i);
-    any = true;
-  }
-  // Plain SAT starts with its version number. Otherwise the text is stored with the character transform of
-  // R2000-R2004 files: every printable character c (33..126) written as 159 - c, which is its own inverse.
-  const std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first != std::string::npos && !(text[first] >= '0' && text[first] <= '9')) {
-    for (char& c : text) {
-      const int u = static_cast<unsigned char>(c);
-      if (u >= 33 && u <= 126) c = static_cast<char>(159 - u);
-    }
-  }
-  return text;
-}
-
 namespace {
 
-struct Record {
-  std::string_view name;
-  std::vector<std::string_view> fields;  // after the name
-};
-
-std::optional<double> number(std::string_view s) {
-  if (s.empty() || s[0] == '$') return std::nullopt;
-  double v = 0.0;
-  const auto [end, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
-  if (ec != std::errc() || end != s.data() + s.size() || !isFinite(v)) return std::nullopt;
-  return v;
-}
-
-// The record a pointer field ("$12") names, or -1.
-long pointer(std::string_view s) {
-  if (s.size() < 2 || s[0] != '$') return -1;
-  long v = -1;
-  const auto [end, ec] = std::from_chars(s.data() + 1, s.data() + s.size(), v);
-  return ec == std::errc() && end == s.data() + s.size() ? v : -1;
-}
-
-bool isInteger(std::string_view s) {
-  if (s.empty()) return false;
-  std::size_t i = (s[0] == '-' || s[0] == '+') ? 1 : 0;
-  if (i == s.size()) return false;
-  for (; i < s.size(); ++i)
-    if (s[i] < '0' || s[i] > '9') return false;
-  return true;
-}
-
-// Splits the records after the three header lines; "@N text" strings are one field even with spaces.
-std::vector<Record> parseRecords(std::string_view sat) {
-  std::vector<Record> records;
-  std::size_t pos = 0;
-  for (int line = 0; line < 3 && pos != std::string_view::npos; ++line) {
-    pos = sat.find('\n', pos);
-    if (pos != std::string_view::npos) ++pos;
-  }
-  if (pos == std::string_view::npos) return records;
-  Record cur;
-  bool started = false;
-  while (pos < sat.size()) {
-    while (pos < sat.size() && std::isspace(static_cast<unsigned char>(sat[pos]))) ++pos;
-    if (pos >= sat.size()) break;
-    std::size_t end = pos;
-    while (end < sat.size() && !std::isspace(static_cast<unsigned char>(sat[end]))) ++end;
-    std::string_view token = sat.substr(pos, end - pos);
-    if (token.size() > 1 && token[0] == '@' && isInteger(token.substr(1))) {
-      // A counted string: its length follows the '@'; the text starts after one space.
-      const auto len = std::strtoul(std::string(token.substr(1)).c_str(), nullptr, 10);
-      end = std::min(sat.size(), end + 1 + static_cast<std::size_t>(std::min<unsigned long>(len, sat.size())));
-      token = sat.substr(pos, end - pos);
-    }
-    pos = end;
-    if (!started) {
-      if (token.starts_with("End-of-")) break;
-      // With sequence numbers switched on, each record starts with "-N".
-      if (token.size() > 1 && token[0] == '-' && isInteger(token)) continue;
-      cur = Record{token, {}};
-      started = true;
-      if (token == "#") started = false;
-      continue;
-    }
-    if (token == "#") {
-      records.push_back(std::move(cur));
-      started = false;
-      continue;
-    }
-    cur.fields.push_back(token);
-  }
-  return records;
-}
+using modeler::Model;
+using modeler::number;
+using modeler::pointer;
+using Fields = std::span<const std::string_view>;
 
 struct Ellipse {
   Point3d centre;
@@ -134,7 +44,7 @@ double parameterOf(const Ellipse& e, const Point3d& p) {
 constexpr double kMaxKnots = 1e6;
 
 // Reads the control points of a spline surface ("nubs"/"nurbs" data inside braces) from field i on.
-void addSplineSurfacePoints(const std::vector<std::string_view>& f, std::size_t i, BoxSink& sink) {
+void addSplineSurfacePoints(Fields f, std::size_t i, BoxSink& sink) {
   // nubs|nurbs <deg u> <deg v> <closure u> <closure v> <singularity u> <singularity v> <knots u> <knots v>
   // then the knot values with their multiplicities, then the control points (x y z, and w for nurbs).
   if (i + 8 >= f.size()) return;
@@ -162,23 +72,15 @@ void addSplineSurfacePoints(const std::vector<std::string_view>& f, std::size_t 
   }
 }
 
-}  // namespace
-
-bool addSatGeometry(std::string_view sat, BoxSink& out) {
-  const std::vector<Record> records = parseRecords(sat);
+bool addModelGeometry(const Model& model, BoxSink& out) {
+  const std::vector<modeler::Record>& records = model.records();
   if (records.empty()) return false;
-  // Since ACIS 7 every record starts with three fields (attribute, id, history); before, with the attribute
-  // alone. The body record tells which: its second field is a pointer only in the old layout.
-  std::size_t head = 1;
-  for (const Record& r : records)
-    if (r.name == "body" && r.fields.size() > 1) {
-      head = r.fields[1].starts_with("$") ? 1 : 3;
-      break;
-    }
-  const auto numbersAfterHead = [&](const Record& r, std::size_t count, std::vector<double>& v) {
+  // The numbers after a record's entity header, when the first `count` of them are numbers.
+  const auto numbersAfterHead = [&](const modeler::Record& r, std::size_t count, std::vector<double>& v) {
     v.clear();
-    for (std::size_t i = head; i < r.fields.size() && v.size() < count; ++i) {
-      const auto n = number(r.fields[i]);
+    for (std::string_view field : model.data(r)) {
+      if (v.size() == count) break;
+      const auto n = number(field);
       if (!n) return false;
       v.push_back(*n);
     }
@@ -187,26 +89,25 @@ bool addSatGeometry(std::string_view sat, BoxSink& out) {
 
   // The body's transform places everything: three rows (the images of the axes), a translation and a scale.
   Matrix3d place;
-  for (const Record& r : records) {
-    if (r.name != "body" || r.fields.size() < head + 3) continue;
-    const long t = pointer(r.fields[head + 2]);
-    if (t < 0 || static_cast<std::size_t>(t) >= records.size() || records[static_cast<std::size_t>(t)].name != "transform") break;
-    std::vector<double> v;
-    const Record& tr = records[static_cast<std::size_t>(t)];
-    const auto read = [&](std::size_t from) {
-      v.clear();
-      for (std::size_t i = from; i < tr.fields.size() && v.size() < 13; ++i)
-        if (const auto n = number(tr.fields[i])) v.push_back(*n);
-        else break;
-    };
-    read(head);
-    if (v.size() < 13) read(1);
-    if (v.size() == 13 && v[12] != 0.0) {
-      const double s = v[12];
-      place = Matrix3d::fromAxes({v[9], v[10], v[11]}, Vector3d(v[0], v[1], v[2]) * s, Vector3d(v[3], v[4], v[5]) * s,
-                                 Vector3d(v[6], v[7], v[8]) * s);
+  if (const modeler::Record* body = model.first("body")) {
+    const Fields bf = model.data(*body);
+    const modeler::Record* tr = bf.size() >= 3 ? model.follow(bf[2], "transform") : nullptr;
+    if (tr) {
+      std::vector<double> v;
+      const auto read = [&](Fields f) {
+        v.clear();
+        for (std::size_t i = 0; i < f.size() && v.size() < 13; ++i)
+          if (const auto n = number(f[i])) v.push_back(*n);
+          else break;
+      };
+      read(model.data(*tr));
+      if (v.size() < 13 && tr->count > 0) read(model.fields(*tr).subspan(1));
+      if (v.size() == 13 && v[12] != 0.0) {
+        const double s = v[12];
+        place = Matrix3d::fromAxes({v[9], v[10], v[11]}, Vector3d(v[0], v[1], v[2]) * s, Vector3d(v[3], v[4], v[5]) * s,
+                                   Vector3d(v[6], v[7], v[8]) * s);
+      }
     }
-    break;
   }
   BoxSink sink = out.placed(place);
 
@@ -216,7 +117,7 @@ bool addSatGeometry(std::string_view sat, BoxSink& out) {
   std::vector<double> v;
   bool found = false;
   for (std::size_t i = 0; i < records.size(); ++i) {
-    const Record& r = records[i];
+    const modeler::Record& r = records[i];
     if (r.name == "point") {
       if (numbersAfterHead(r, 3, v)) {
         points[i] = Point3d{v[0], v[1], v[2]};
@@ -227,15 +128,17 @@ bool addSatGeometry(std::string_view sat, BoxSink& out) {
       if (numbersAfterHead(r, 10, v)) ellipses[i] = Ellipse{{v[0], v[1], v[2]}, {v[3], v[4], v[5]}, {v[6], v[7], v[8]}, v[9]};
     } else if (r.name == "vertex") {
       // The point is the vertex's last pointer.
-      for (auto it = r.fields.rbegin(); it != r.fields.rend(); ++it)
+      const Fields f = model.fields(r);
+      for (auto it = f.rbegin(); it != f.rend(); ++it)
         if (pointer(*it) >= 0) {
           vertexPoint[i] = pointer(*it);
           break;
         }
     } else if (r.name == "spline-surface") {
-      for (std::size_t k = 0; k < r.fields.size(); ++k)
-        if (r.fields[k] == "nubs" || r.fields[k] == "nurbs") {
-          addSplineSurfacePoints(r.fields, k, sink);
+      const Fields f = model.fields(r);
+      for (std::size_t k = 0; k < f.size(); ++k)
+        if (f[k] == "nubs" || f[k] == "nurbs") {
+          addSplineSurfacePoints(f, k, sink);
           break;
         }
     }
@@ -247,22 +150,22 @@ bool addSatGeometry(std::string_view sat, BoxSink& out) {
     return points[static_cast<std::size_t>(p)];
   };
 
-  for (const Record& r : records) {
-    const auto& f = r.fields;
-    if (r.name == "edge" && f.size() >= head + 5) {
+  for (const modeler::Record& r : records) {
+    const Fields f = model.data(r);
+    if (r.name == "edge" && f.size() >= 5) {
       // edge: start vertex, [start parameter], end vertex, [end parameter], coedge, curve, sense.
-      const bool withParams = f[head].starts_with("$") && number(f[head + 1]).has_value();
-      const std::size_t curveAt = head + (withParams ? 5 : 3);
+      const bool withParams = f[0].starts_with("$") && number(f[1]).has_value();
+      const std::size_t curveAt = withParams ? 5 : 3;
       if (curveAt + 1 > f.size()) continue;
       const long curve = pointer(f[curveAt]);
       if (curve < 0 || static_cast<std::size_t>(curve) >= records.size() || !ellipses[static_cast<std::size_t>(curve)]) continue;
       const Ellipse& e = *ellipses[static_cast<std::size_t>(curve)];
-      const auto a = pointOfVertex(pointer(f[head]));
-      const auto b = pointOfVertex(pointer(f[head + (withParams ? 2 : 1)]));
-      const bool reversed = curveAt + 1 < f.size() && f[curveAt + 1] == "reversed";
+      const auto a = pointOfVertex(pointer(f[0]));
+      const auto b = pointOfVertex(pointer(f[withParams ? 2 : 1]));
+      const bool reversed = curveAt + 1 < f.size() && modeler::isReversed(f[curveAt + 1]);
       double span = -1.0;
       if (withParams) {
-        const auto t0 = number(f[head + 1]), t1 = number(f[head + 3]);
+        const auto t0 = number(f[1]), t1 = number(f[3]);
         if (t0 && t1) span = std::fabs(*t1 - *t0);
       }
       double start = 0.0, sweep = kTwoPi;
@@ -275,11 +178,11 @@ bool addSatGeometry(std::string_view sat, BoxSink& out) {
       }
       sink.addArc(e.centre, e.major, minorAxis(e), start, sweep);
       found = true;
-    } else if (r.name == "face" && f.size() >= head + 5 && pointer(f[head + 1]) < 0) {
+    } else if (r.name == "face" && f.size() >= 5 && pointer(f[1]) < 0) {
       // A face without loops is its whole surface: closed spheres and tori have no edges to show them.
-      const long s = pointer(f[head + 4]);
+      const long s = pointer(f[4]);
       if (s < 0 || static_cast<std::size_t>(s) >= records.size()) continue;
-      const Record& surface = records[static_cast<std::size_t>(s)];
+      const modeler::Record& surface = records[static_cast<std::size_t>(s)];
       if (surface.name == "sphere-surface" && numbersAfterHead(surface, 4, v)) {
         const double rad = std::fabs(v[3]);
         sink.addBox({{v[0] - rad, v[1] - rad, v[2] - rad}, {v[0] + rad, v[1] + rad, v[2] + rad}});
@@ -300,10 +203,11 @@ bool addSatGeometry(std::string_view sat, BoxSink& out) {
   return found;
 }
 
-bool addModelerGeometry(const Groups& g, BoxSink& sink) {
-  const std::string sat = satText(g);
-  if (sat.empty()) return false;
-  return addSatGeometry(sat, sink);
+}  // namespace
+
+bool addModelerGeometry(const platform::DatabaseData& data, std::uint32_t index, BoxSink& sink) {
+  Model model;
+  return modeler::readEntity(data, index, model) && addModelGeometry(model, sink);
 }
 
 }  // namespace headless::extents

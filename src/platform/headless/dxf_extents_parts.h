@@ -130,11 +130,8 @@ bool addHatch(const Groups& g, BoxSink& sink, bool isMPolygon);
 // Proxy graphics of custom and proxy entities (dxf_extents_proxy.cpp).
 bool addProxyGraphics(const Groups& g, BoxSink& sink);
 
-// Modeler geometry: the ACIS data of solids, regions, bodies and surfaces (dxf_extents_acis.cpp).
-bool addModelerGeometry(const Groups& g, BoxSink& sink);
-// The SAT text of the groups 1 and 3, decoded when stored with the character transform of R2000-R2004.
-std::string satText(const Groups& g);
-// Adds what the SAT records show: points, and the boxes of the ellipses, spheres and tori they use.
-bool addSatGeometry(std::string_view sat, BoxSink& sink);
+// Modeler geometry: what the modeler data of a solid, region, body or surface show (dxf_extents_acis.cpp):
+// points, and the boxes of the ellipses, spheres and tori they use.
+bool addModelerGeometry(const platform::DatabaseData& data, std::uint32_t index, BoxSink& sink);
 
 }  // namespace headless::extents

@@ -176,6 +176,7 @@ class DxfReader {
   bool readEntities(std::uint32_t block, const char* section);
   bool readObjects();
   bool skipSection(std::string_view name);
+  bool readModelerData();
   // Reads the groups of one record after its 0 tag, up to the next 0 tag (left for the caller).
   bool readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where);
 
@@ -368,6 +369,7 @@ bool DxfReader::run() {
     else if (name == "BLOCKS") ok = readBlocks();
     else if (name == "ENTITIES") ok = readEntities(kNone, "ENTITIES");
     else if (name == "OBJECTS") ok = readObjects();
+    else if (name == "ACDSDATA") ok = readModelerData();
     else ok = skipSection(name);
     if (!ok) return false;
   }
@@ -395,6 +397,47 @@ bool DxfReader::skipSection(std::string_view name) {
   while (next())
     if (isStructure("ENDSEC")) return true;
   return failAtEnd("inside section " + std::string(name) + ": expected 0/ENDSEC");
+}
+
+// The data-storage section: schemas, then records. A record of modeler data names its entity (320) and holds
+// the SAB bytes as binary chunks (310) after its "ASM_Data" item (2); other records (thumbnails) are passed over.
+bool DxfReader::readModelerData() {
+  Handle owner = 0;
+  std::string* target = nullptr;
+  const auto hexDigit = [](char c) {
+    return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+  };
+  while (next()) {
+    if (cur_.code == 0) {
+      if (isStructure("ENDSEC")) return true;
+      owner = 0;
+      target = nullptr;
+      continue;
+    }
+    if (cur_.code == 320) {
+      owner = parseHandle(cur_.text);
+      target = nullptr;
+    } else if (cur_.code == 2) {
+      target = nullptr;
+      if (owner && cur_.text == "ASM_Data") {
+        target = &db_.modelerBinary[owner];
+        target->clear();
+      }
+    } else if (cur_.code == 310 && target) {
+      const std::string_view hex = cur_.text;
+      for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+        const int hi = hexDigit(hex[i]), lo = hexDigit(hex[i + 1]);
+        if (hi < 0 || lo < 0 || hex.size() % 2 != 0) {
+          // Damaged: the entity keeps no data rather than wrong data.
+          db_.modelerBinary.erase(owner);
+          target = nullptr;
+          break;
+        }
+        target->push_back(static_cast<char>(hi * 16 + lo));
+      }
+    }
+  }
+  return failAtEnd("inside section ACDSDATA: expected 0/ENDSEC");
 }
 
 bool DxfReader::readHeader() {
