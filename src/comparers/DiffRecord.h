@@ -30,8 +30,12 @@ class CDiffType {
   // Adds this record as one member item of the result tree.
   virtual void fillResultTree(CResultTreeSink& sink) const { sink.addMember(text, kind, extents); }
 
+  // An entity whose extents cannot be computed (no geometry, or data that cannot be read) is placed at the
+  // origin: a point box (0,0,0)-(0,0,0). The empty box's ±1e20 corners would reach the log as coordinates and
+  // swallow every range of differences they are grouped with.
   void setExtents(const platform::Extents3d& e) {
-    extents = {e.min.x, e.min.y, e.min.z, e.max.x, e.max.y, e.max.z};
+    if (e.isEmpty()) extents = {};
+    else extents = {e.min.x, e.min.y, e.min.z, e.max.x, e.max.y, e.max.z};
   }
 
   // The description followed by "新增,", "删除," or the difference messages.

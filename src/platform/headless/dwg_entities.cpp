@@ -12,6 +12,7 @@ constexpr DwgEntityFamily (*kFamilies[])() = {
     dwgAreaEntities,
     dwgOtherEntities,
     dwgCurveEntities,
+    dwgSolidEntities,
 };
 
 // The fixed types by number, the class types by name; built once.

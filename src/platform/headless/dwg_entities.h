@@ -67,6 +67,7 @@ DwgEntityFamily dwgPlainEntities();  // lines, circles, texts, inserts and the o
 DwgEntityFamily dwgAreaEntities();   // hatches and multilines
 DwgEntityFamily dwgOtherEntities();  // multileaders, shapes, images, underlays, lights, meshes, proxies
 DwgEntityFamily dwgCurveEntities();  // old-style polylines and vertices, splines, helices, viewports
+DwgEntityFamily dwgSolidEntities();  // regions, 3D solids, bodies and surfaces: modeler data
 
 // The decoder of an entity type by DWG type number (and DXF name for classes); null when not decoded yet.
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName);

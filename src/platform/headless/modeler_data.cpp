@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <limits>
+#include <utility>
 
 namespace headless::modeler {
 
@@ -138,15 +140,32 @@ const Record* Model::first(std::string_view type) const {
   return nullptr;
 }
 
+namespace {
+
+// How many numbers lead the data of the geometry records whose layout is known: old versions write the flags
+// that follow as numbers too ("0" where later ones write "forward_v" or a flag), which are no part of the shape.
+std::size_t geometryNumbers(std::string_view name) {
+  static constexpr std::pair<std::string_view, std::size_t> kKnown[] = {
+      {"point", 3},          {"straight-curve", 6}, {"ellipse-curve", 10}, {"plane-surface", 9},
+      {"cone-surface", 10},  {"sphere-surface", 10}, {"torus-surface", 11}, {"transform", 13},
+  };
+  for (const auto& [n, count] : kKnown)
+    if (n == name) return count;
+  return std::numeric_limits<std::size_t>::max();
+}
+
+}  // namespace
+
 std::string Model::shape() const {
   std::string out;
   char buf[40];
   for (const Record& r : records_) {
     if (r.name == "asmheader" || r.name.ends_with("attrib")) continue;
     out += r.name;
+    std::size_t left = geometryNumbers(r.name);
     for (std::string_view f : data(r)) {
       const auto v = number(f);
-      if (!v) break;
+      if (!v || left-- == 0) break;
       // Twelve digits: text written with seventeen and the binary double read back agree on them.
       const double x = *v == 0.0 ? 0.0 : *v;
       const int n = std::snprintf(buf, sizeof buf, " %.12g", x);
@@ -189,6 +208,7 @@ class SabReader {
  public:
   explicit SabReader(std::string_view bytes) : b_(bytes) {}
   std::size_t left() const { return b_.size() - pos_; }
+  std::size_t position() const { return pos_; }
   bool atEnd() const { return pos_ >= b_.size(); }
   bool startsWith(std::string_view s) const { return b_.substr(pos_).starts_with(s); }
   bool byte(std::uint8_t& v) {
@@ -250,10 +270,11 @@ bool fail(std::string* error, const char* what) {
 
 }  // namespace
 
-bool Model::readSab(std::string_view bytes, std::string* error) {
+bool Model::readSab(std::string_view bytes, std::string* error, std::size_t* used) {
   records_.clear();
   fields_.clear();
   text_.clear();
+  if (used) *used = 0;
   static constexpr std::string_view kMagic = "ACIS BinaryFile";
   if (!bytes.starts_with(kMagic)) return fail(error, "not SAB data (no \"ACIS BinaryFile\")");
   SabReader in(bytes.substr(kMagic.size()));
@@ -300,6 +321,11 @@ bool Model::readSab(std::string_view bytes, std::string* error) {
   std::size_t values = 0;
   while (!in.atEnd()) {
     if (!inRecord && in.startsWith("End-of-")) {
+      // The closing record written as plain text: "End-of-ACIS-data" or "End-of-ASM-data".
+      std::string_view rest;
+      in.bytes(std::min<std::size_t>(in.left(), 16), rest);
+      const std::size_t data = rest.find("data");
+      if (used) *used = kMagic.size() + in.position() - rest.size() + (data == std::string_view::npos ? rest.size() : data + 4);
       sawEnd = true;
       break;
     }
@@ -399,6 +425,15 @@ bool Model::readSab(std::string_view bytes, std::string* error) {
     }
     if (sawEnd) break;
     joining = part;
+  }
+  if (sawEnd && used && *used == 0) {
+    // The encoded closing record: "End" "of" "ACIS" as name parts, then "data".
+    for (int i = 0; i < 3; ++i) {
+      std::uint8_t tag = 0, n = 0;
+      std::string_view s;
+      if (!in.byte(tag) || !in.byte(n) || !in.bytes(n, s)) break;
+    }
+    *used = kMagic.size() + in.position();
   }
   if (inRecord) return fail(error, "SAB data end inside a record");
   if (!sawEnd) return fail(error, "SAB data end without their closing record");

@@ -30,8 +30,9 @@ class Model {
   // Reads SAT text (its three header lines, then records). False when it holds no record.
   bool readSat(std::string text);
   // Reads SAB ("ACIS BinaryFile", then tagged values). The records are also written out as SAT text (text()),
-  // so both forms answer alike. False, with the reason in `error`, when the data are damaged.
-  bool readSab(std::string_view bytes, std::string* error = nullptr);
+  // so both forms answer alike. False, with the reason in `error`, when the data are damaged. `used` is set to
+  // where the data end (their closing record), for data stored without their size.
+  bool readSab(std::string_view bytes, std::string* error = nullptr, std::size_t* used = nullptr);
 
   // The version of the modeler that wrote the data (400, 21200, ...).
   int version() const { return version_; }
