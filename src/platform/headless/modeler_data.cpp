@@ -72,11 +72,12 @@ bool Model::parseRecords() {
   version_ = 0;
   const std::string_view text = text_;
   // The header: a line of counts led by the version, then (from version 2) a line naming the product and a
-  // line of tolerances. All of them start with a number, where records start with their name.
+  // line of tolerances. All of them start with a number (or a counted string), where records start with
+  // their name.
   std::size_t pos = text.find_first_not_of(" \t\r\n");
   if (pos == std::string_view::npos) return false;
   for (int line = 0; line < 3 && pos < text.size(); ++line) {
-    if (line > 0 && !isDigit(text[pos])) break;
+    if (line > 0 && !isDigit(text[pos]) && text[pos] != '@') break;
     const std::size_t end = std::min(text.find('\n', pos), text.size());
     if (line == 0) {
       int v = 0;
