@@ -20,7 +20,7 @@ void emitSatLines(DwgTagList& out, std::string_view text) {
     std::size_t end = text.find('\n', pos);
     if (end == std::string_view::npos) end = text.size();
     std::string_view line = text.substr(pos, end - pos);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    while (!line.empty() && (line.back() == '\r' || line.back() == ' ')) line.remove_suffix(1);
     pos = end + 1;
     if (line.empty()) continue;
     out.text(1, line.substr(0, kLineChunk));
@@ -28,16 +28,10 @@ void emitSatLines(DwgTagList& out, std::string_view text) {
   }
 }
 
-// The character transform of SAT text stored by R2000-R2004 (and in DXF of those releases): each printable
-// character c written as 159 - c. Its own inverse.
-char untransform(unsigned char c) {
-  if (c == '\t') return ' ';
-  return c >= 33 && c <= 126 ? static_cast<char>(159 - c) : static_cast<char>(c);
-}
-
 // The modeler data every region, solid, body and surface starts with, appended as groups 70 and 1/3. Before
-// R2007 the SAT text comes in transformed blocks, each led by its size; from R2007 on it follows unsized,
-// as SAT text or as SAB (which is written out as SAT text here, the form DXF of those releases holds).
+// R2007 the SAT text comes in blocks, each led by its size, with the character transform DXF of those
+// releases keeps too (each printable c as 159 - c): it is passed on as stored. From R2007 on the data follow
+// unsized, as SAT text or as SAB (written out as SAT text here, the form DXF of those releases holds).
 bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) {
   DwgBitReader& b = o.bits;
   const bool empty = b.readBit();
@@ -53,7 +47,7 @@ bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) 
       const std::int32_t size = b.readBitLong();
       if (size == 0) break;
       if (size < 0 || static_cast<std::size_t>(size) > b.bitsLeft() / 8 || blocks > b.bitSize()) return false;
-      for (std::int32_t i = 0; i < size; ++i) scratch += untransform(b.readRawChar());
+      for (std::int32_t i = 0; i < size; ++i) scratch += static_cast<char>(b.readRawChar());
     }
     emitSatLines(out, scratch);
     return !b.failed();
@@ -130,9 +124,9 @@ bool decodeModeler(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
   if (!readModelerData(o, out, context.text)) return false;
   skipWireframe(o);
   o.readCommonHandles();
-  const std::uint64_t history = o.atLeast(DwgVersion::R2007) ? o.readHandle() : 0;
-  // Solids name their history from R2007 on; regions and bodies keep none in DXF.
+  // Solids name their history from R2007 on; regions (and bodies) store no such handle.
   if (subclass && o.atLeast(DwgVersion::R2007)) {
+    const std::uint64_t history = o.readHandle();
     out.text(100, subclass);
     out.handle(350, history);
   }
@@ -146,7 +140,7 @@ bool decodeSolid(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return decodeModeler(o, out, context, "AcDb3dSolid");
 }
 
-// Surfaces: the modeler data, then their isoline counts.
+// Surfaces: the modeler data, then their isoline counts. Plane and NURBS surfaces hold nothing more.
 bool decodeSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   if (!readModelerData(o, out, context.text)) return false;
   skipWireframe(o);
@@ -159,14 +153,25 @@ bool decodeSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
   return true;
 }
 
+// Extruded, lofted, revolved and swept surfaces go on with how they were made (transforms, sweep options, the
+// curves they came from), which is not decoded yet: such drawings are refused rather than read without it.
+template <const char* Name>
+bool decodeMadeSurface(DwgObjectReader&, DwgTagList&, DwgDecodeContext& context) {
+  context.notDecoded = Name;
+  return false;
+}
+constexpr char kExtruded[] = "EXTRUDEDSURFACE", kLofted[] = "LOFTEDSURFACE", kRevolved[] = "REVOLVEDSURFACE",
+               kSwept[] = "SWEPTSURFACE";
+
 constexpr DwgEntityEntry kTypes[] = {
     {37, {"REGION", decodeRegion}},
     {38, {"3DSOLID", decodeSolid}},
     {39, {"BODY", decodeRegion}},
-    {0, {"EXTRUDEDSURFACE", decodeSurface}},
-    {0, {"LOFTEDSURFACE", decodeSurface}},
-    {0, {"REVOLVEDSURFACE", decodeSurface}},
-    {0, {"SWEPTSURFACE", decodeSurface}},
+    {0, {kExtruded, decodeMadeSurface<kExtruded>}},
+    {0, {kLofted, decodeMadeSurface<kLofted>}},
+    {0, {kRevolved, decodeMadeSurface<kRevolved>}},
+    {0, {kSwept, decodeMadeSurface<kSwept>}},
+    {0, {"SURFACE", decodeSurface}},
     {0, {"PLANESURFACE", decodeSurface}},
     {0, {"NURBSURFACE", decodeSurface}},
 };

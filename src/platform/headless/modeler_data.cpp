@@ -109,14 +109,14 @@ bool Model::parseRecords() {
       continue;
     }
     cur.count = static_cast<std::uint32_t>(fields_.size()) - cur.first;
-    // The entity header: the attribute pointer; from version 7 a history number after it, and in data of the
-    // ASM modeler one more pointer.
+    // The entity header: the attribute pointer; from version 7 a history number and one more pointer after
+    // it ("body $-1 -1 $-1 $2 ...").
     const auto f = fields(cur);
     std::uint32_t k = 0;
     if (k < f.size() && f[k].starts_with('$')) ++k;
     if (version_ >= 700 && k < f.size() && !f[k].starts_with('$')) {
       ++k;
-      if (version_ >= 20800 && k < f.size() && f[k].starts_with('$')) ++k;
+      if (k < f.size() && f[k].starts_with('$')) ++k;
     }
     cur.head = k;
     records_.push_back(cur);
