@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "platform/headless/dwg_datastore.h"
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_header.h"
 #include "platform/headless/dwg_tables.h"
@@ -64,6 +65,7 @@ class DwgReader {
   void numberViewports(const std::vector<std::uint32_t>& members);
   void emitBlocks(DwgTagList& out);
   void emitHeader(DwgTagList& out);
+  void emitModelerData(DwgTagList& out);
 
   DwgSections& s_;
   ReadReport& report_;
@@ -453,6 +455,32 @@ void DwgReader::emitHeader(DwgTagList& out) {
   out.record("ENDSEC");
 }
 
+// The modeler data R2013 and later keep in their data store, as DXF keeps them: records of the ACDSDATA section
+// naming their entity (320) and holding the SAB in binary chunks (310).
+void DwgReader::emitModelerData(DwgTagList& out) {
+  const auto data = readDwgModelerData(s_, report_.warnings);
+  if (data.empty()) return;
+  static constexpr char kHex[] = "0123456789ABCDEF";
+  std::string hex;
+  out.record("SECTION");
+  out.text(2, "ACDSDATA");
+  for (const auto& [handle, bytes] : data) {
+    out.record("ACDSRECORD");
+    out.handle(320, handle);
+    out.text(2, "ASM_Data");
+    out.integer(94, static_cast<long long>(bytes.size()));
+    for (std::size_t i = 0; i < bytes.size(); i += 127) {
+      hex.clear();
+      for (std::size_t k = i; k < std::min(bytes.size(), i + 127); ++k) {
+        hex += kHex[static_cast<unsigned char>(bytes[k]) >> 4];
+        hex += kHex[static_cast<unsigned char>(bytes[k]) & 15];
+      }
+      out.text(310, hex);
+    }
+  }
+  out.record("ENDSEC");
+}
+
 bool DwgReader::run(DwgTagList& out) {
   classes_ = readDwgClasses(s_, report_.warnings);
   walk_ = walkObjects(s_);
@@ -502,6 +530,7 @@ bool DwgReader::run(DwgTagList& out) {
   }
   out.append(definitions_, 0, definitions_.size());
   out.record("ENDSEC");
+  emitModelerData(out);
   out.record("EOF");
   for (std::string& w : walk_.warnings) report_.warnings.push_back(std::move(w));
   if (damagedCount_ > 0)

@@ -183,26 +183,12 @@ namespace {
 
 // The tags that lead each value of SAB data.
 enum SabTag : std::uint8_t {
-  kChar = 2,
-  kShort = 3,
-  kLong = 4,
-  kFloat = 5,
-  kDouble = 6,
-  kString8 = 7,   // length in one byte
-  kString16 = 8,  // in two
-  kString32 = 9,  // in four
-  kFalse = 10,
-  kTrue = 11,
-  kPointer = 12,
-  kName = 13,      // a word ending a (compound) name
-  kNamePart = 14,  // a word a name continues after, with '-'
-  kOpen = 15,
-  kClose = 16,
-  kEnd = 17,
-  kPosition = 19,
-  kVector = 20,
-  kEnum = 21,
-  kVector2 = 22,
+  kChar = 2, kShort = 3, kLong = 4, kFloat = 5, kDouble = 6,
+  kString8 = 7, kString16 = 8, kString32 = 9,  // the length in one, two or four bytes
+  kFalse = 10, kTrue = 11, kPointer = 12,
+  kName = 13, kNamePart = 14,  // a word ending a (compound) name, a word the name continues after with '-'
+  kOpen = 15, kClose = 16, kEnd = 17,
+  kPosition = 19, kVector = 20, kEnum = 21, kVector2 = 22,
 };
 
 class SabReader {
