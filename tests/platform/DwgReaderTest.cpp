@@ -11,6 +11,7 @@
 
 #include "platform/database.h"
 #include "platform/headless/dwg_container.h"
+#include "platform/headless/dwg_datastore.h"
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_header.h"
 #include "platform/headless/dwg_reader.h"
@@ -452,9 +453,10 @@ std::map<platform::Handle, Shape> shapesOf(const platform::Database& db) {
 }  // namespace
 
 TEST(DwgReader, ShapesMatchTheirDxfTwins) {
-  // R2000 stores transformed SAT text in blocks; R2007 SAB, where its DXF twin has SAT text of another version.
+  // R2000 stores transformed SAT text in blocks; R2007 SAB, where its DXF twin has SAT text of another version;
+  // R2013 SAB in its data store, where its DXF twin has the ACDSDATA section.
   int read = 0;
-  for (const char* release : {"2000", "2007"}) {
+  for (const char* release : {"2000", "2007", "2013"}) {
     const std::string base = std::string("same_drawing/libredwg_example/libredwg_example_") + release;
     const std::string dwg = corpusFile(base + ".dwg"), dxf = corpusFile(base + ".dxf");
     if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
@@ -506,4 +508,42 @@ TEST(DwgReader, SurfacesOfSabDataHaveExtentsAndDigests) {
     EXPECT_FALSE(s.box.isEmpty());
   }
   EXPECT_NE(shapes.begin()->second.digest, std::next(shapes.begin())->second.digest);
+}
+
+TEST(DwgReader, TheDataStoreGivesSabByHandleAndSurvivesDamage) {
+  const std::string dwg = corpusFile("same_drawing/libredwg_example/libredwg_example_2013.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  headless::DwgSections sections;
+  std::string error;
+  ASSERT_TRUE(headless::readDwgContainer(dwg, sections, error)) << error;
+  std::vector<std::string> warnings;
+  const auto data = headless::readDwgModelerData(sections, warnings);
+  EXPECT_TRUE(warnings.empty());
+  std::set<std::uint64_t> handles;
+  for (const auto& [handle, bytes] : data) {
+    handles.insert(handle);
+    EXPECT_TRUE(bytes.starts_with("ACIS BinaryFile"));
+  }
+  EXPECT_EQ(handles, (std::set<std::uint64_t>{0x176, 0x2E1, 0x37D}));
+  // The store cut short anywhere, or with its counts and offsets overwritten, is refused with a warning.
+  const headless::DwgSection* store = sections.section("AcDb:AcDsPrototype_1b");
+  ASSERT_NE(store, nullptr);
+  const std::vector<std::uint8_t> original(store->data.begin(), store->data.end());
+  auto readWith = [&](const std::vector<std::uint8_t>& bytes) {
+    headless::DwgSections damaged;
+    damaged.fileName = "damaged.dwg";
+    damaged.sections.push_back({"AcDb:AcDsPrototype_1b", bytes});
+    warnings.clear();
+    return headless::readDwgModelerData(damaged, warnings);
+  };
+  for (std::size_t n = 0; n < original.size(); n += 97) {
+    const auto cut = readWith(std::vector<std::uint8_t>(original.begin(), original.begin() + static_cast<long>(n)));
+    EXPECT_TRUE(cut == data || (cut.empty() && !warnings.empty())) << n;
+  }
+  // Headers, indexes and record headers overwritten word by word: read to the end or refused, never past it.
+  for (std::size_t at = 0; at + 4 <= 0x1500; at += 4) {
+    auto bytes = original;
+    for (int k = 0; k < 4; ++k) bytes[at + static_cast<std::size_t>(k)] = 0xFF;
+    EXPECT_LE(readWith(bytes).size(), data.size()) << at;
+  }
 }

@@ -101,11 +101,12 @@ std::vector<std::pair<std::uint64_t, std::string>> readDwgModelerData(const DwgS
   for (const auto& [segment, locals] : bySegment) {
     if (segment >= segmentCount) return damaged("a record names a segment that does not exist");
     const std::uint64_t start = segmentAt[segment];
-    // The record headers: size, a number, the handle and where the record is after the headers.
+    // The record headers (placed after the segment header): size, a number, the handle and where the record
+    // is after the headers.
     std::vector<std::pair<std::uint64_t, std::uint32_t>> records;
     std::uint64_t dataStart = 0;
     for (std::uint32_t local : locals) {
-      if (!in.seek(start + local)) return damaged("a record header lies outside it");
+      if (!in.seek(start + kSegmentHeader + local)) return damaged("a record header lies outside it");
       in.read<std::uint32_t>();
       in.read<std::uint32_t>();
       const std::uint64_t handle = in.read<std::uint64_t>();

@@ -1,5 +1,6 @@
 // The DWG entities whose shape is modeler data: regions, 3D solids, bodies and the surface classes.
 #include <algorithm>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -28,15 +29,33 @@ void emitSatLines(DwgTagList& out, std::string_view text) {
   }
 }
 
+// After the wireframe R2013 and later store a revision GUID, flagged as in use or not; DXF writes both.
+void readRevision(DwgObjectReader& o, DwgTagList& out) {
+  if (!o.atLeast(DwgVersion::R2013)) return;
+  DwgBitReader& b = o.bits;
+  const bool used = b.readBit();
+  const auto d1 = static_cast<std::uint32_t>(b.readBitLong());
+  const auto d2 = static_cast<std::uint16_t>(b.readBitShort()), d3 = static_cast<std::uint16_t>(b.readBitShort());
+  std::uint8_t d4[8];
+  for (std::uint8_t& v : d4) v = b.readRawChar();
+  char guid[40];
+  std::snprintf(guid, sizeof guid, "{%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x}", d1, d2, d3, d4[0], d4[1], d4[2],
+                d4[3], d4[4], d4[5], d4[6], d4[7]);
+  out.integer(290, used ? 1 : 0);
+  out.text(2, guid);
+}
+
 // The modeler data every region, solid, body and surface starts with, appended as groups 70 and 1/3. Before
 // R2007 the SAT text comes in blocks, each led by its size, with the character transform DXF of those
 // releases keeps too (each printable c as 159 - c): it is passed on as stored. From R2007 on the data follow
 // unsized, as SAT text or as SAB (written out as SAT text here, the form DXF of those releases holds).
 bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) {
   DwgBitReader& b = o.bits;
+  out.text(100, "AcDbModelerGeometry");
+  // R2013 and later keep the data in the drawing's data store (dwg_datastore.h): the wireframe comes first.
+  if (o.atLeast(DwgVersion::R2013)) return true;
   const bool empty = b.readBit();
   b.readBit();
-  out.text(100, "AcDbModelerGeometry");
   if (empty) return !b.failed();
   const int version = b.readBitShort();
   out.integer(70, 1);
@@ -123,6 +142,7 @@ void skipWireframe(DwgObjectReader& o) {
 bool decodeModeler(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const char* subclass) {
   if (!readModelerData(o, out, context.text)) return false;
   skipWireframe(o);
+  readRevision(o, out);
   o.readCommonHandles();
   // Solids name their history from R2007 on; regions (and bodies) store no such handle.
   if (subclass && o.atLeast(DwgVersion::R2007)) {
@@ -140,8 +160,13 @@ bool decodeSolid(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return decodeModeler(o, out, context, "AcDb3dSolid");
 }
 
-// Surfaces: the modeler data, then their isoline counts. Plane and NURBS surfaces hold nothing more.
+// Surfaces: the modeler data, then their isoline counts. Plane and NURBS surfaces hold nothing more. Where
+// R2013 and later put the counts beside the revision GUID is not known yet: those are refused.
 bool decodeSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  if (o.atLeast(DwgVersion::R2013)) {
+    context.notDecoded = "R2013 surface";
+    return false;
+  }
   if (!readModelerData(o, out, context.text)) return false;
   skipWireframe(o);
   DwgBitReader& b = o.bits;
