@@ -85,6 +85,8 @@ using ModelFields = std::span<const std::string_view>;
 
 // The SAT text of the entity's modeler data, decrypted; for SAB data, the same records written as SAT text.
 std::string acisText(const EntityView& e) {
+  std::string sat = modeler::satText(e.g);
+  if (!sat.empty()) return sat;
   Model model;
   return modeler::readEntity(e.data, e.index, model) ? model.text() : std::string();
 }
@@ -223,11 +225,12 @@ Vector3d radiiGyration(const EntityView& e) {
 }
 
 // The digest of the shape the data describe (Model::shape): the same for SAT and SAB, and for data written by
-// different modeler versions, of the same shape.
+// different modeler versions, of the same shape. Text whose records cannot be read is digested as stored.
 std::string acisDigest(const EntityView& e) {
   Model model;
-  if (!modeler::readEntity(e.data, e.index, model)) return {};
-  return digestOf(model.shape());
+  if (modeler::readEntity(e.data, e.index, model)) return digestOf(model.shape());
+  const std::string sat = modeler::satText(e.g);
+  return sat.empty() ? std::string() : digestOf(sat);
 }
 
 // ---- surfaces ----

@@ -47,6 +47,8 @@ class Bytes {
 
 // Every file segment starts with a header of this size: signature, name, index, sizes and offsets.
 constexpr std::size_t kSegmentHeader = 48;
+// Where in that header the offset of a data segment's records is.
+constexpr std::size_t kObjectAlignment = 36;
 // The size word of a data record that refers to blob pages instead of holding the bytes.
 constexpr std::uint32_t kBlobReference = 0xbb106bb1;
 
@@ -101,10 +103,12 @@ std::vector<std::pair<std::uint64_t, std::string>> readDwgModelerData(const DwgS
   for (const auto& [segment, locals] : bySegment) {
     if (segment >= segmentCount) return damaged("a record names a segment that does not exist");
     const std::uint64_t start = segmentAt[segment];
+    // The records start where the segment header's data alignment says (in units of 16 bytes).
+    if (!in.seek(start + kObjectAlignment)) return damaged("a data segment lies outside it");
+    const std::uint64_t dataStart = start + (std::uint64_t{in.read<std::uint32_t>()} << 4);
     // The record headers (placed after the segment header): size, a number, the handle and where the record
-    // is after the headers.
+    // is from the records' start.
     std::vector<std::pair<std::uint64_t, std::uint32_t>> records;
-    std::uint64_t dataStart = 0;
     for (std::uint32_t local : locals) {
       if (!in.seek(start + kSegmentHeader + local)) return damaged("a record header lies outside it");
       in.read<std::uint32_t>();
@@ -112,8 +116,8 @@ std::vector<std::pair<std::uint64_t, std::string>> readDwgModelerData(const DwgS
       const std::uint64_t handle = in.read<std::uint64_t>();
       const std::uint32_t offset = in.read<std::uint32_t>();
       records.emplace_back(handle, offset);
-      dataStart = std::max<std::uint64_t>(dataStart, in.position());
     }
+    if (!in.ok()) return damaged("a record header is cut short");
     for (const auto& [handle, offset] : records) {
       if (!in.seek(dataStart + offset)) return damaged("a record lies outside it");
       const std::uint32_t size = in.read<std::uint32_t>();
