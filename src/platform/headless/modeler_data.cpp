@@ -167,9 +167,11 @@ std::string Model::shape() const {
     for (std::string_view f : data(r)) {
       const auto v = number(f);
       if (!v || left-- == 0) break;
-      // Twelve digits: text written with seventeen and the binary double read back agree on them.
-      const double x = *v == 0.0 ? 0.0 : *v;
-      const int n = std::snprintf(buf, sizeof buf, " %.12g", x);
+      // Ten digits, and nothing below 1e-9 (far under the modeler's own resolution of 1e-6): text and binary
+      // of one version agree on all seventeen, but versions compute axes a little differently (R14 and R2000
+      // data of one line differ in the twelfth digit, or give 1e-15 for 0).
+      const double x = std::fabs(*v) < 1e-9 ? 0.0 : *v;
+      const int n = std::snprintf(buf, sizeof buf, " %.10g", x);
       out.append(buf, static_cast<std::size_t>(std::clamp(n, 0, static_cast<int>(sizeof buf) - 1)));
     }
     out += '\n';
