@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
+#include <charconv>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -11,6 +13,7 @@
 #include "platform/headless/codepage.h"
 #include "platform/headless/dxf_counts.h"
 #include "platform/headless/dxf_tokenizer.h"
+#include "platform/headless/modeler_data.h"
 #include "platform/text.h"
 
 namespace headless {
@@ -399,6 +402,15 @@ bool DxfReader::skipSection(std::string_view name) {
   return failAtEnd("inside section " + std::string(name) + ": expected 0/ENDSEC");
 }
 
+// A handle as DXF writes it: upper-case hexadecimal.
+std::string handleText(Handle h) {
+  char buf[20];
+  const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, h, 16);
+  std::string out(buf, ec == std::errc() ? end : buf);
+  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return out;
+}
+
 // The data-storage section: schemas, then records. A record of modeler data names its entity (320) and holds
 // the SAB bytes as binary chunks (310) after its "ASM_Data" item (2); other records (thumbnails) are passed over.
 bool DxfReader::readModelerData() {
@@ -409,7 +421,17 @@ bool DxfReader::readModelerData() {
   };
   while (next()) {
     if (cur_.code == 0) {
-      if (isStructure("ENDSEC")) return true;
+      if (isStructure("ENDSEC")) {
+        // Data that cannot be read are named now, not left to show as a shape without extents.
+        std::string error;
+        for (const auto& [handle, bytes] : db_.modelerBinary) {
+          modeler::Model model;
+          if (!model.readSab(bytes, &error))
+            warn("modeler", "the modeler data of entity " + handleText(handle) + " cannot be read (" + error +
+                                "); the entity has no shape");
+        }
+        return true;
+      }
       owner = 0;
       target = nullptr;
       continue;
@@ -429,6 +451,8 @@ bool DxfReader::readModelerData() {
         const int hi = hexDigit(hex[i]), lo = hexDigit(hex[i + 1]);
         if (hi < 0 || lo < 0 || hex.size() % 2 != 0) {
           // Damaged: the entity keeps no data rather than wrong data.
+          warn("modeler", "the modeler data of entity " + handleText(owner) +
+                              " hold a chunk that is not hexadecimal; the entity has no shape");
           db_.modelerBinary.erase(owner);
           target = nullptr;
           break;
