@@ -3,6 +3,7 @@
 #include "platform/headless/dwg_reader.h"
 
 #include <algorithm>
+#include <span>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
@@ -60,7 +61,8 @@ class DwgReader {
   void decodeTables();
   std::uint64_t blockTablePaperSpace();
   bool decodeEntities();
-  void orderOwned(const StagedEntity& e, std::vector<std::uint32_t>& members) const;
+  void orderMembers(std::uint64_t owner, std::span<const std::uint64_t> listed, std::uint64_t first, std::uint64_t last,
+                    std::vector<std::uint32_t>& members) const;
   void emitEntity(const StagedEntity& e, DwgTagList& out);
   void numberViewports(const std::vector<std::uint32_t>& members);
   void emitBlocks(DwgTagList& out);
@@ -80,6 +82,7 @@ class DwgReader {
   DwgTagList definitions_;  // IMAGEDEF and the underlay definitions, for the OBJECTS section
   std::vector<StagedEntity> entities_;
   std::vector<std::uint64_t> owned_;
+  std::unordered_map<std::uint64_t, std::uint32_t> indexOf_;  // staged entities by handle, once all are staged
   std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> byOwner_;
   std::unordered_map<std::uint64_t, std::uint64_t> blockEntityLayer_;  // BLOCK and ENDBLK entities' layers
   std::uint64_t modelSpace_ = 0, paperSpace_ = 0;
@@ -298,29 +301,29 @@ bool DwgReader::decodeEntities() {
   return true;
 }
 
-// Puts the entities e owns in the order it gives them: by its list, or along the links from its first to
-// its last. Those it does not name keep their order after the others.
-void DwgReader::orderOwned(const StagedEntity& e, std::vector<std::uint32_t>& members) const {
-  if (e.ownedCount == 0) return;
-  const std::uint64_t* owned = owned_.data() + e.ownedBegin;
+// Puts the entities of one owner in the order it gives: the handles it lists, or (before R2004) the links
+// from its first entity on, up to its last where it names one, each step reaching a member not reached
+// before. The members it does not reach follow by handle.
+void DwgReader::orderMembers(std::uint64_t owner, std::span<const std::uint64_t> listed, std::uint64_t first,
+                             std::uint64_t last, std::vector<std::uint32_t>& members) const {
   std::unordered_map<std::uint64_t, std::size_t> rank;
-  if (e.ownedAreEnds) {
-    // Walk the links; every step must reach a member not reached before.
-    std::unordered_map<std::uint64_t, std::uint32_t> byHandle;
-    for (std::uint32_t i : members) byHandle.emplace(entities_[i].handle, i);
-    std::uint64_t h = owned[0];
-    for (auto it = byHandle.find(h); it != byHandle.end() && !rank.contains(h); it = byHandle.find(h)) {
-      rank.emplace(h, rank.size());
-      if (h == owned[e.ownedCount - 1]) break;
-      h = entities_[it->second].next;
-    }
-  } else {
-    for (std::uint32_t k = 0; k < e.ownedCount; ++k) rank.emplace(owned[k], k);
+  for (std::size_t k = 0; k < listed.size(); ++k) rank.emplace(listed[k], k);
+  for (std::uint64_t link = listed.empty() ? first : 0; link != 0 && rank.size() < members.size();) {
+    auto found = indexOf_.find(link);
+    if (found == indexOf_.end() || entities_[found->second].owner != owner || !rank.emplace(link, rank.size()).second ||
+        link == last)
+      break;
+    link = entities_[found->second].next;
   }
-  std::stable_sort(members.begin(), members.end(), [&](std::uint32_t x, std::uint32_t y) {
-    auto rx = rank.find(entities_[x].handle), ry = rank.find(entities_[y].handle);
-    return (rx == rank.end() ? rank.size() : rx->second) < (ry == rank.end() ? rank.size() : ry->second);
-  });
+  // Each member's place is looked up once: (rank, handle, entity).
+  std::vector<std::tuple<std::size_t, std::uint64_t, std::uint32_t>> order;
+  order.reserve(members.size());
+  for (std::uint32_t i : members) {
+    auto r = rank.find(entities_[i].handle);
+    order.emplace_back(r == rank.end() ? rank.size() : r->second, entities_[i].handle, i);
+  }
+  std::sort(order.begin(), order.end());
+  for (std::size_t k = 0; k < order.size(); ++k) members[k] = std::get<2>(order[k]);
 }
 
 void DwgReader::emitEntity(const StagedEntity& e, DwgTagList& out) {
@@ -331,7 +334,11 @@ void DwgReader::emitEntity(const StagedEntity& e, DwgTagList& out) {
   std::vector<std::uint32_t> members;
   for (std::uint32_t i : it->second)
     if (!entities_[i].sequenceEnd) members.push_back(i);
-  orderOwned(e, members);
+  if (e.ownedCount > 0) {
+    const std::span<const std::uint64_t> owned(owned_.data() + e.ownedBegin, e.ownedCount);
+    if (e.ownedAreEnds) orderMembers(e.handle, {}, owned.front(), owned.back(), members);
+    else orderMembers(e.handle, owned, 0, 0, members);
+  }
   for (std::uint32_t i : members) out.append(staged_, entities_[i].begin, entities_[i].end);
   for (std::uint32_t i : it->second)
     if (entities_[i].sequenceEnd) out.append(staged_, entities_[i].begin, entities_[i].end);
@@ -361,33 +368,13 @@ void DwgReader::numberViewports(const std::vector<std::uint32_t>& members) {
 }
 
 void DwgReader::emitBlocks(DwgTagList& out) {
-  std::unordered_map<std::uint64_t, std::uint32_t> entityIndex;
-  for (std::uint32_t i = 0; i < entities_.size(); ++i) entityIndex.emplace(entities_[i].handle, i);
+  indexOf_.reserve(entities_.size());
+  for (std::uint32_t i = 0; i < entities_.size(); ++i) indexOf_.emplace(entities_[i].handle, i);
   auto emitMembers = [&](const DwgBlockHeader& b) {
     auto it = byOwner_.find(b.handle);
     if (it == byOwner_.end()) return;
-    const std::vector<std::uint32_t>& members = it->second;
-    // The block's own list gives the drawing order, or before R2004 the chain of links from its first
-    // entity (walked at most once round its members); the rest follow by handle.
-    std::unordered_map<std::uint64_t, std::size_t> rank;
-    for (std::size_t k = 0; k < b.entities.size(); ++k) rank.emplace(b.entities[k], k);
-    std::uint64_t link = b.entities.empty() ? b.firstEntity : 0;
-    for (std::size_t k = 0; link != 0 && k < members.size(); ++k) {
-      auto found = entityIndex.find(link);
-      if (found == entityIndex.end() || entities_[found->second].owner != b.handle || !rank.emplace(link, k).second) break;
-      link = entities_[found->second].next;
-    }
-    // Each member's place is looked up once: (rank, handle, entity).
-    std::vector<std::tuple<std::size_t, std::uint64_t, std::uint32_t>> order;
-    order.reserve(members.size());
-    for (std::uint32_t i : members) {
-      auto r = rank.find(entities_[i].handle);
-      order.emplace_back(r == rank.end() ? rank.size() : r->second, entities_[i].handle, i);
-    }
-    std::sort(order.begin(), order.end());
-    std::vector<std::uint32_t> sorted;
-    sorted.reserve(order.size());
-    for (const auto& [place, handle, i] : order) sorted.push_back(i);
+    std::vector<std::uint32_t> sorted = it->second;
+    orderMembers(b.handle, b.entities, b.firstEntity, 0, sorted);
     if (b.handle == paperSpace_) numberViewports(sorted);
     for (std::uint32_t i : sorted) emitEntity(entities_[i], out);
   };
