@@ -13,6 +13,7 @@ constexpr DwgEntityFamily (*kFamilies[])() = {
     dwgOtherEntities,
     dwgCurveEntities,
     dwgSolidEntities,
+    dwgAnnotationEntities,
 };
 
 // The fixed types by number, the class types by name; built once.
@@ -29,6 +30,48 @@ struct Registry {
 };
 
 }  // namespace
+
+std::string_view caretText(std::string_view text, std::string& buffer) {
+  bool plain = true;
+  for (char c : text)
+    if (static_cast<unsigned char>(c) < 0x20 || c == '^') plain = false;
+  if (plain) return text;
+  buffer.clear();
+  for (char c : text) {
+    if (c == '^') {
+      buffer += "^ ";
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      buffer += '^';
+      buffer += static_cast<char>(c + 0x40);
+    } else {
+      buffer += c;
+    }
+  }
+  return buffer;
+}
+
+void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& buffer) {
+  std::string_view rest = caretText(text, buffer);
+  constexpr std::size_t kPiece = 250;
+  while (rest.size() > kPiece) {
+    std::size_t end = 0;
+    if (utf8) {
+      // 250 code points: a byte starts one unless it continues a sequence (10xxxxxx).
+      std::size_t points = 0;
+      while (end < rest.size() && points < kPiece) {
+        ++end;
+        while (end < rest.size() && (static_cast<unsigned char>(rest[end]) & 0xC0) == 0x80) ++end;
+        ++points;
+      }
+    } else {
+      end = kPiece;
+    }
+    if (end >= rest.size()) break;
+    out.text(3, rest.substr(0, end));
+    rest.remove_prefix(end);
+  }
+  out.text(1, rest);
+}
 
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName) {
   static const Registry registry;

@@ -18,7 +18,8 @@ struct DwgDecodeContext {
   const DwgNames& names;
   const DwgClass* objectClass = nullptr;  // the class of the entity being decoded, for types from 500 on
   int maintenanceVersion = 0;             // the drawing's maintenance release
-  std::string text;  // reused for texts read
+  std::string text;                       // reused for texts read
+  std::string scratch;                    // reused for texts rewritten as DXF writes them
   // Set by a decoder that meets a form of its type not decoded yet ("multi-line ATTRIB"): the drawing is
   // then refused, naming it, as for a type not decoded at all.
   std::string notDecoded;
@@ -63,11 +64,12 @@ struct DwgEntityEntry {
 using DwgEntityFamily = std::span<const DwgEntityEntry>;
 
 // The families of entity types, one file each; the registry (dwg_entities.cpp) lists them.
-DwgEntityFamily dwgPlainEntities();  // lines, circles, texts, inserts and the other simple types
-DwgEntityFamily dwgAreaEntities();   // hatches and multilines
-DwgEntityFamily dwgOtherEntities();  // multileaders, shapes, images, underlays, lights, meshes, proxies
-DwgEntityFamily dwgCurveEntities();  // old-style polylines and vertices, splines, helices, viewports
-DwgEntityFamily dwgSolidEntities();  // regions, 3D solids, bodies and surfaces: modeler data
+DwgEntityFamily dwgPlainEntities();       // lines, circles, texts, inserts and the other simple types
+DwgEntityFamily dwgAreaEntities();        // hatches and multilines
+DwgEntityFamily dwgOtherEntities();       // multileaders, shapes, images, underlays, lights, meshes, proxies
+DwgEntityFamily dwgCurveEntities();       // old-style polylines and vertices, splines, helices, viewports
+DwgEntityFamily dwgSolidEntities();       // regions, 3D solids, bodies and surfaces: modeler data
+DwgEntityFamily dwgAnnotationEntities();  // multiline text, dimensions, leaders, tolerances
 
 // The decoder of an entity type by DWG type number (and DXF name for classes); null when not decoded yet.
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName);
@@ -107,5 +109,12 @@ inline DwgColor readColorAndNames(DwgObjectReader& o, std::string& scratch) {
 inline void thickness(DwgTagList& out, double t) {
   if (t != 0.0) out.real(39, t);
 }
+
+// A text as DXF writes it: control characters as a caret and a letter ("^J"), a caret as "^ ". Returns
+// text itself when it has neither, else the rewritten text in buffer.
+std::string_view caretText(std::string_view text, std::string& buffer);
+// A long text as DXF writes it: pieces of 250 characters (code points of UTF-8 texts, bytes of code-page
+// ones) as groups 3, the rest, never empty unless the text is, as group 1.
+void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& buffer);
 
 }  // namespace headless

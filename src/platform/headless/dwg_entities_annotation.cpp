@@ -1,0 +1,501 @@
+// The DWG entities of annotation: multiline text, the dimensions, leaders and tolerance frames.
+#include "platform/headless/dwg_entities.h"
+#include "platform/text.h"
+
+namespace headless {
+
+namespace {
+
+bool isXAxis(const DwgPoint3& p) { return p.x == 1.0 && p.y == 0.0 && p.z == 0.0; }
+
+// The fields of a multiline text, from its insertion point to its background; R2018 drawings repeat
+// some of them, with the columns, in an annotation part after these.
+struct MTextData {
+  DwgPoint3 insertion, extrusion{0, 0, 1}, xAxis{1, 0, 0};
+  double rectWidth = 0, rectHeight = 0, textHeight = 0, extentsHeight = 0, extentsWidth = 0;
+  int attachment = 1, direction = 1, spacingStyle = 1;
+  double spacingFactor = 1;
+  std::int32_t background = 0;
+  double backgroundScale = 1.5;
+  DwgColor backgroundColor;
+  std::int32_t backgroundTransparency = 0;
+};
+
+// Reads the fields up to the background, the text into context.text.
+void readMTextData(DwgObjectReader& o, MTextData& d, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  d.insertion = b.read3BitDoubles();
+  d.extrusion = b.read3BitDoubles();
+  d.xAxis = b.read3BitDoubles();
+  d.rectWidth = b.readBitDouble();
+  if (o.atLeast(DwgVersion::R2007)) d.rectHeight = b.readBitDouble();
+  d.textHeight = b.readBitDouble();
+  d.attachment = b.readBitShort();
+  d.direction = b.readBitShort();
+  d.extentsHeight = b.readBitDouble();
+  d.extentsWidth = b.readBitDouble();
+  o.readText(context.text);
+  if (o.atLeast(DwgVersion::R2000)) {
+    d.spacingStyle = b.readBitShort();
+    d.spacingFactor = b.readBitDouble();
+    b.readBit();
+  }
+  if (o.atLeast(DwgVersion::R2004)) {
+    d.background = b.readBitLong();
+    if (d.background & 1) {
+      d.backgroundScale = b.readBitDouble();
+      d.backgroundColor = b.readColor();
+      if (d.backgroundColor.hasName()) o.skipText();
+      if (d.backgroundColor.hasBookName()) o.skipText();
+      d.backgroundTransparency = b.readBitLong();
+    }
+  }
+}
+
+// The columns and the repeated fields of an R2018 text, as DXF gives them after "101 Embedded Object".
+struct MTextColumns {
+  bool present = false;
+  int attachment = 1;
+  DwgPoint3 xAxis, insertion;
+  double rectWidth = 0, rectHeight = 0, extentsWidth = 0, extentsHeight = 0;
+  int type = 0;
+  std::int32_t count = 0;
+  double width = 0, gutter = 0;
+  bool autoHeight = false, flowReversed = false;
+  std::size_t heightsBegin = 0;  // bit position of the column heights
+};
+
+bool readMTextColumns(DwgBitReader& b, MTextColumns& c) {
+  if (!b.readBit()) return true;  // annotative: no columns of its own
+  c.present = true;
+  b.readBitShort();  // version
+  b.readBit();       // default flag
+  c.attachment = b.readBitLong();
+  c.xAxis = b.read3BitDoubles();
+  c.insertion = b.read3BitDoubles();
+  c.rectWidth = b.readBitDouble();
+  c.rectHeight = b.readBitDouble();
+  c.extentsWidth = b.readBitDouble();
+  c.extentsHeight = b.readBitDouble();
+  c.type = b.readBitShort();
+  if (c.type == 0) return !b.failed();
+  c.count = b.readBitLong();
+  c.width = b.readBitDouble();
+  c.gutter = b.readBitDouble();
+  c.autoHeight = b.readBit();
+  c.flowReversed = b.readBit();
+  // A height takes at least two bits.
+  if (c.count < 0 || std::size_t(c.count) > b.bitsLeft() / 2) return false;
+  c.heightsBegin = b.bitPosition();
+  if (!c.autoHeight && c.type == 2)
+    for (std::int32_t i = 0; i < c.count; ++i) b.readBitDouble();
+  return !b.failed();
+}
+
+void emitMTextColumns(DwgBitReader& b, DwgTagList& out, const MTextColumns& c) {
+  out.text(101, "Embedded Object");
+  out.integer(70, c.attachment);
+  out.point(10, c.xAxis);
+  out.point(11, c.insertion);
+  out.real(40, c.rectWidth);
+  out.real(41, c.rectHeight);
+  out.real(42, c.extentsWidth);
+  out.real(43, c.extentsHeight);
+  out.integer(71, c.type);
+  if (c.type == 0) return;
+  out.integer(72, c.count);
+  out.real(44, c.width);
+  out.real(45, c.gutter);
+  out.integer(73, c.autoHeight ? 1 : 0);
+  out.integer(74, c.flowReversed ? 1 : 0);
+  if (c.autoHeight || c.type != 2) return;
+  // The heights are read again where they stand, so that no array is kept for them.
+  const std::size_t end = b.bitPosition();
+  b.setBitPosition(c.heightsBegin);
+  for (std::int32_t i = 0; i < c.count; ++i) out.real(46, b.readBitDouble());
+  b.setBitPosition(end);
+}
+
+// The AcDbMText groups of the fields before the columns.
+void emitMTextData(DwgObjectReader& o, DwgTagList& out, const MTextData& d, DwgDecodeContext& context,
+                   std::string_view style) {
+  out.text(100, "AcDbMText");
+  out.point(10, d.insertion);
+  out.real(40, d.textHeight);
+  out.real(41, d.rectWidth);
+  if (o.atLeast(DwgVersion::R2007)) out.real(46, d.rectHeight);
+  out.integer(71, d.attachment);
+  out.integer(72, d.direction);
+  longText(out, context.text, o.atLeast(DwgVersion::R2007), context.scratch);
+  // DXF leaves out the default style, the default direction and the extents the text was last drawn with.
+  if (!platform::equalsIgnoreCase(style, "Standard")) out.text(7, style);
+  extrusion(out, d.extrusion);
+  if (!isXAxis(d.xAxis)) out.point(11, d.xAxis);
+  if (o.atLeast(DwgVersion::R2000)) {
+    out.integer(73, d.spacingStyle);
+    out.real(44, d.spacingFactor);
+  }
+  if (d.background != 0) {
+    out.integer(90, d.background);
+    if (d.background & 1) {
+      out.integer(63, d.backgroundColor.index);
+      if ((d.backgroundColor.rgb >> 24) == 0xC2) out.integer(421, d.backgroundColor.rgb & 0xFFFFFF);
+      out.real(45, d.backgroundScale);
+      out.integer(441, d.backgroundTransparency);
+    }
+  }
+}
+
+bool decodeMText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  MTextData d;
+  readMTextData(o, d, context);
+  MTextColumns columns;
+  if (o.atLeast(DwgVersion::R2018) && !readMTextColumns(o.bits, columns)) return false;
+  o.readCommonHandles();
+  const std::uint64_t style = o.readHandle();
+  emitMTextData(o, out, d, context, context.nameOf(style));
+  if (columns.present) emitMTextColumns(o.bits, out, columns);
+  return true;
+}
+
+// ---- dimensions ----
+
+// The fields all dimensions share.
+struct DimensionData {
+  int version = 0;
+  DwgPoint3 extrusion{0, 0, 1};
+  DwgPoint2 textMidpoint, cloneInsertion;
+  double elevation = 0;
+  int flags = 0;
+  double textRotation = 0, horizontalDirection = 0, insertionRotation = 0;
+  DwgPoint3 insertionScale{1, 1, 1};
+  int attachment = 5, spacingStyle = 1;
+  double spacingFactor = 1, measurement = 0;
+  bool unknown = false, flipArrow1 = false, flipArrow2 = false;
+};
+
+// Reads the shared fields, the user text into context.text.
+void readDimensionData(DwgObjectReader& o, DimensionData& d, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  if (o.atLeast(DwgVersion::R2010)) d.version = b.readRawChar();
+  d.extrusion = b.read3BitDoubles();
+  d.textMidpoint = b.readRaw2Doubles();
+  d.elevation = b.readBitDouble();
+  d.flags = b.readRawChar();
+  o.readText(context.text);
+  d.textRotation = b.readBitDouble();
+  d.horizontalDirection = b.readBitDouble();
+  d.insertionScale = b.read3BitDoubles();
+  d.insertionRotation = b.readBitDouble();
+  if (o.atLeast(DwgVersion::R2000)) {
+    d.attachment = b.readBitShort();
+    d.spacingStyle = b.readBitShort();
+    d.spacingFactor = b.readBitDouble();
+    d.measurement = b.readBitDouble();
+  }
+  if (o.atLeast(DwgVersion::R2007)) {
+    d.unknown = b.readBit();
+    d.flipArrow1 = b.readBit();
+    d.flipArrow2 = b.readBit();
+  }
+  d.cloneInsertion = b.readRaw2Doubles();
+}
+
+// The dimension style and the anonymous block after the common handles.
+struct DimensionHandles {
+  std::uint64_t style = 0, block = 0;
+};
+DimensionHandles readDimensionHandles(DwgObjectReader& o) {
+  o.readCommonHandles();
+  DimensionHandles h;
+  h.style = o.readHandle();
+  h.block = o.readHandle();
+  return h;
+}
+
+// The AcDbDimension groups. kind is the type of 70; the stored flags give "the block is this
+// dimension's own" (32) and, inverted, "the text stands where the user put it" (128); ordinates add
+// their axis (64).
+void emitDimensionData(DwgObjectReader& o, DwgTagList& out, const DimensionData& d, DwgDecodeContext& context,
+                       const DimensionHandles& h, int kind, const DwgPoint3& definition) {
+  out.text(100, "AcDbDimension");
+  if (o.atLeast(DwgVersion::R2010)) out.integer(280, d.version);
+  out.text(2, context.nameOf(h.block));
+  out.point(10, definition);
+  out.point(11, d.textMidpoint, d.elevation);
+  if (d.cloneInsertion.x != 0.0 || d.cloneInsertion.y != 0.0) out.point(12, d.cloneInsertion, d.elevation);
+  out.integer(70, kind | ((d.flags & 2) ? 32 : 0) | ((d.flags & 1) ? 0 : 128));
+  if (!context.text.empty()) out.text(1, caretText(context.text, context.scratch));
+  if (o.atLeast(DwgVersion::R2000)) {
+    out.integer(71, d.attachment);
+    if (d.spacingStyle != 1) out.integer(72, d.spacingStyle);
+    if (d.spacingFactor != 1.0) out.real(41, d.spacingFactor);
+    out.real(42, d.measurement);
+  }
+  if (o.atLeast(DwgVersion::R2007)) {
+    out.integer(73, d.unknown ? 1 : 0);
+    out.integer(74, d.flipArrow1 ? 1 : 0);
+    out.integer(75, d.flipArrow2 ? 1 : 0);
+  }
+  if (d.textRotation != 0.0) out.real(53, d.textRotation * kDwgDegrees);
+  if (d.horizontalDirection != 0.0) out.real(51, d.horizontalDirection * kDwgDegrees);
+  if (d.insertionRotation != 0.0) out.real(54, d.insertionRotation * kDwgDegrees);
+  extrusion(out, d.extrusion);
+  out.text(3, context.nameOf(h.style));
+}
+
+bool decodeOrdinate(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 definition = b.read3BitDoubles();
+  const DwgPoint3 feature = b.read3BitDoubles();
+  const DwgPoint3 leaderEnd = b.read3BitDoubles();
+  const int axis = b.readRawChar();
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, 6 | ((axis & 1) ? 64 : 0), definition);
+  out.text(100, "AcDbOrdinateDimension");
+  out.point(13, feature);
+  out.point(14, leaderEnd);
+  return true;
+}
+
+// Linear (rotated) and aligned dimensions: two extension line origins, the dimension line point and
+// the extension lines' obliquing; linear ones add their rotation.
+bool decodeLinearOrAligned(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  const bool linear = o.type == 21;
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 first = b.read3BitDoubles();
+  const DwgPoint3 second = b.read3BitDoubles();
+  const DwgPoint3 definition = b.read3BitDoubles();
+  const double oblique = b.readBitDouble();
+  const double rotation = linear ? b.readBitDouble() : 0.0;
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, linear ? 0 : 1, definition);
+  out.text(100, "AcDbAlignedDimension");
+  out.point(13, first);
+  out.point(14, second);
+  if (rotation != 0.0) out.real(50, rotation * kDwgDegrees);
+  if (oblique != 0.0) out.real(52, oblique * kDwgDegrees);
+  if (linear) out.text(100, "AcDbRotatedDimension");
+  return true;
+}
+
+bool decodeAngular3Point(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 definition = b.read3BitDoubles();
+  const DwgPoint3 first = b.read3BitDoubles();
+  const DwgPoint3 second = b.read3BitDoubles();
+  const DwgPoint3 center = b.read3BitDoubles();
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, 5, definition);
+  out.text(100, "AcDb3PointAngularDimension");
+  out.point(13, first);
+  out.point(14, second);
+  out.point(15, center);
+  return true;
+}
+
+// Two lines: the arc point comes first, in the dimension's plane; the second line's end is the
+// definition point.
+bool decodeAngular2Line(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  const DwgPoint2 arc = b.readRaw2Doubles();
+  const DwgPoint3 firstStart = b.read3BitDoubles();
+  const DwgPoint3 firstEnd = b.read3BitDoubles();
+  const DwgPoint3 secondStart = b.read3BitDoubles();
+  const DwgPoint3 definition = b.read3BitDoubles();
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, 2, definition);
+  out.text(100, "AcDb2LineAngularDimension");
+  out.point(13, firstStart);
+  out.point(14, firstEnd);
+  out.point(15, secondStart);
+  out.point(16, arc, d.elevation);
+  return true;
+}
+
+// Radius and diameter: the definition point and the chord point, in the order of each, and the leader.
+bool decodeRadialOrDiametric(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  const bool radius = o.type == 25;
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  DwgPoint3 definition = b.read3BitDoubles();
+  DwgPoint3 chord = b.read3BitDoubles();
+  if (!radius) std::swap(definition, chord);
+  const double leader = b.readBitDouble();
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, radius ? 4 : 3, definition);
+  out.text(100, radius ? "AcDbRadialDimension" : "AcDbDiametricDimension");
+  out.point(15, chord);
+  out.real(40, leader);
+  return true;
+}
+
+bool decodeArcDimension(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 definition = b.read3BitDoubles();
+  const DwgPoint3 first = b.read3BitDoubles();
+  const DwgPoint3 second = b.read3BitDoubles();
+  const DwgPoint3 center = b.read3BitDoubles();
+  const bool partial = b.readBit();
+  const double start = b.readBitDouble();
+  const double end = b.readBitDouble();
+  const bool leader = b.readBit();
+  const DwgPoint3 leader1 = b.read3BitDoubles();
+  const DwgPoint3 leader2 = b.read3BitDoubles();
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, 5, definition);
+  out.text(100, "AcDbArcDimension");
+  out.point(13, first);
+  out.point(14, second);
+  out.point(15, center);
+  out.integer(70, partial ? 1 : 0);
+  out.real(40, start);
+  out.real(41, end);
+  out.integer(71, leader ? 1 : 0);
+  out.point(16, leader1);
+  out.point(17, leader2);
+  return true;
+}
+
+// A jogged radius: the centre, the chord point, the jog angle, the centre drawn and the jog.
+bool decodeLargeRadial(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DimensionData d;
+  readDimensionData(o, d, context);
+  DwgBitReader& b = o.bits;
+  const DwgPoint3 definition = b.read3BitDoubles();
+  const DwgPoint3 chord = b.read3BitDoubles();
+  const double jogAngle = b.readBitDouble();
+  const DwgPoint3 overrideCenter = b.read3BitDoubles();
+  const DwgPoint3 jog = b.read3BitDoubles();
+  const DimensionHandles h = readDimensionHandles(o);
+  emitDimensionData(o, out, d, context, h, 9, definition);
+  out.text(100, "AcDbRadialDimensionLarge");
+  out.point(13, overrideCenter);
+  out.point(14, jog);
+  out.point(15, chord);
+  out.real(40, jogAngle);
+  return true;
+}
+
+// ---- leaders and tolerances ----
+
+bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  b.readBit();
+  const int annotation = b.readBitShort();
+  const int path = b.readBitShort();
+  const std::int32_t count = b.readBitLong();
+  // A point takes at least six bits.
+  if (count < 0 || std::size_t(count) > b.bitsLeft() / 6 || b.failed()) return false;
+  const std::size_t pointsBegin = b.bitPosition();
+  for (std::int32_t i = 0; i < count; ++i) b.read3BitDoubles();
+  b.read3BitDoubles();  // origin
+  const DwgPoint3 e = b.read3BitDoubles();
+  const DwgPoint3 xDirection = b.read3BitDoubles();
+  const DwgPoint3 blockOffset = b.read3BitDoubles();
+  DwgPoint3 endOffset;
+  if (o.atLeast(DwgVersion::R14)) endOffset = b.read3BitDoubles();
+  if (!o.atLeast(DwgVersion::R2000)) b.readBitDouble();  // the gap of its style when made
+  // The size of the annotation's box is gone from R2010 on.
+  const bool box = !o.atLeast(DwgVersion::R2010);
+  const double boxHeight = box ? b.readBitDouble() : 0.0;
+  const double boxWidth = box ? b.readBitDouble() : 0.0;
+  const bool hookOnX = b.readBit();
+  const bool arrowhead = b.readBit();
+  b.readBitShort();  // arrowhead type
+  int byBlockColor = -1;
+  if (!o.atLeast(DwgVersion::R2000)) {
+    b.readBitDouble();
+    b.readBit();
+    b.readBit();
+    b.readBitShort();
+    byBlockColor = b.readBitShort();
+    b.readBit();
+    b.readBit();
+  } else {
+    b.readBit();
+    b.readBit();
+  }
+  const std::size_t end = b.bitPosition();
+  o.readCommonHandles();
+  const std::uint64_t annotationHandle = o.readHandle();
+  const std::uint64_t style = o.readHandle();
+  if (b.failed()) return false;
+  out.text(100, "AcDbLeader");
+  out.text(3, context.nameOf(style));
+  if (!arrowhead) out.integer(71, 0);
+  if (path != 0) out.integer(72, path);
+  out.integer(73, annotation);
+  out.integer(74, hookOnX ? 1 : 0);
+  // A hook line is drawn when the last segment leads to text (or a frame) with the hook toward it.
+  if (annotation <= 1 && hookOnX) out.integer(75, 1);
+  if (box) {
+    out.real(40, boxHeight);
+    out.real(41, boxWidth);
+  }
+  out.integer(76, count);
+  b.setBitPosition(pointsBegin);
+  for (std::int32_t i = 0; i < count; ++i) out.point(10, b.read3BitDoubles());
+  b.setBitPosition(end);
+  if (byBlockColor >= 0) out.integer(77, byBlockColor);
+  if (annotationHandle) out.handle(340, annotationHandle);
+  extrusion(out, e);
+  if (!isXAxis(xDirection)) out.point(211, xDirection);
+  if (blockOffset.x != 0.0 || blockOffset.y != 0.0 || blockOffset.z != 0.0) out.point(212, blockOffset);
+  if (endOffset.x != 0.0 || endOffset.y != 0.0 || endOffset.z != 0.0) out.point(213, endOffset);
+  return true;
+}
+
+bool decodeTolerance(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  if (!o.atLeast(DwgVersion::R2000)) {
+    b.readBitShort();
+    b.readBitDouble();  // height
+    b.readBitDouble();  // gap
+  }
+  const DwgPoint3 at = b.read3BitDoubles();
+  const DwgPoint3 xDirection = b.read3BitDoubles();
+  const DwgPoint3 e = b.read3BitDoubles();
+  o.readText(context.text);
+  o.readCommonHandles();
+  const std::uint64_t style = o.readHandle();
+  out.text(100, "AcDbFcf");
+  out.text(3, context.nameOf(style));
+  out.point(10, at);
+  out.text(1, caretText(context.text, context.scratch));
+  extrusion(out, e);
+  if (!isXAxis(xDirection)) out.point(11, xDirection);
+  return true;
+}
+
+constexpr DwgEntityEntry kTypes[] = {
+    {20, {"DIMENSION", decodeOrdinate}},
+    {21, {"DIMENSION", decodeLinearOrAligned}},
+    {22, {"DIMENSION", decodeLinearOrAligned}},
+    {23, {"DIMENSION", decodeAngular3Point}},
+    {24, {"DIMENSION", decodeAngular2Line}},
+    {25, {"DIMENSION", decodeRadialOrDiametric}},
+    {26, {"DIMENSION", decodeRadialOrDiametric}},
+    {44, {"MTEXT", decodeMText}},
+    {45, {"LEADER", decodeLeader}},
+    {46, {"TOLERANCE", decodeTolerance}},
+    {0, {"ARC_DIMENSION", decodeArcDimension}},
+    {0, {"LARGE_RADIAL_DIMENSION", decodeLargeRadial}},
+};
+
+}  // namespace
+
+DwgEntityFamily dwgAnnotationEntities() { return kTypes; }
+
+}  // namespace headless
