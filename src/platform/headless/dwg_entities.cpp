@@ -51,26 +51,24 @@ std::string_view caretText(std::string_view text, std::string& buffer) {
 }
 
 void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& buffer) {
-  std::string_view rest = caretText(text, buffer);
+  // The pieces are cut from the text as stored; each is then written as DXF writes texts.
   constexpr std::size_t kPiece = 250;
+  std::string_view rest = text;
   while (rest.size() > kPiece) {
-    std::size_t end = 0;
+    std::size_t end = kPiece;
     if (utf8) {
       // 250 code points: a byte starts one unless it continues a sequence (10xxxxxx).
-      std::size_t points = 0;
-      while (end < rest.size() && points < kPiece) {
+      end = 0;
+      for (std::size_t points = 0; end < rest.size() && points < kPiece; ++points) {
         ++end;
         while (end < rest.size() && (static_cast<unsigned char>(rest[end]) & 0xC0) == 0x80) ++end;
-        ++points;
       }
-    } else {
-      end = kPiece;
     }
     if (end >= rest.size()) break;
-    out.text(3, rest.substr(0, end));
+    out.text(3, caretText(rest.substr(0, end), buffer));
     rest.remove_prefix(end);
   }
-  out.text(1, rest);
+  out.text(1, caretText(rest, buffer));
 }
 
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName) {

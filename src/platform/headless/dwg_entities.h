@@ -113,8 +113,9 @@ inline void thickness(DwgTagList& out, double t) {
 // A text as DXF writes it: control characters as a caret and a letter ("^J"), a caret as "^ ". Returns
 // text itself when it has neither, else the rewritten text in buffer.
 std::string_view caretText(std::string_view text, std::string& buffer);
-// A long text as DXF writes it: pieces of 250 characters (code points of UTF-8 texts, bytes of code-page
-// ones) as groups 3, the rest, never empty unless the text is, as group 1.
+// A long text as DXF writes it: cut into pieces of 250 characters (code points of UTF-8 texts, bytes of
+// code-page ones), each but the last as group 3, the last, never empty unless the text is, as group 1;
+// each piece then as caretText gives it.
 void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& buffer);
 
 }  // namespace headless

@@ -138,8 +138,12 @@ void emitMTextData(DwgObjectReader& o, DwgTagList& out, const MTextData& d, DwgD
   if (d.background != 0) {
     out.integer(90, d.background);
     if (d.background & 1) {
-      out.integer(63, d.backgroundColor.index);
-      if ((d.backgroundColor.rgb >> 24) == 0xC2) out.integer(421, d.backgroundColor.rgb & 0xFFFFFF);
+      // From R2004 on the method byte says how the colour is given: 0xC3 an index in the low byte, 0xC2
+      // a true colour (whose nearest index DXF writers add; it is not stored).
+      const DwgColor& c = d.backgroundColor;
+      const std::uint32_t method = c.rgb >> 24;
+      out.integer(63, method == 0xC3 ? int(c.rgb & 0xFF) : c.index);
+      if (method == 0xC2) out.integer(421, c.rgb & 0xFFFFFF);
       out.real(45, d.backgroundScale);
       out.integer(441, d.backgroundTransparency);
     }
