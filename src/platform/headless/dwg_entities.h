@@ -71,6 +71,25 @@ DwgEntityFamily dwgCurveEntities();       // old-style polylines and vertices, s
 DwgEntityFamily dwgSolidEntities();       // regions, 3D solids, bodies and surfaces: modeler data
 DwgEntityFamily dwgAnnotationEntities();  // multiline text, dimensions, leaders, tolerances
 
+// The fields of a multiline text from its insertion point to its background (R2018 drawings repeat some
+// of them, with the columns, after these), as MTEXT entities and R2018 multi-line attributes store them.
+struct DwgMTextData {
+  DwgPoint3 insertion, extrusion{0, 0, 1}, xAxis{1, 0, 0};
+  double rectWidth = 0, rectHeight = 0, textHeight = 0, extentsHeight = 0, extentsWidth = 0;
+  int attachment = 1, direction = 1, spacingStyle = 1;
+  double spacingFactor = 1;
+  std::int32_t background = 0;
+  double backgroundScale = 1.5;
+  DwgColor backgroundColor;
+  std::int32_t backgroundTransparency = 0;
+};
+
+// Reads the text of an R2018 multi-line attribute, which comes with entity data of its own (no handles of
+// its own are read), into m and its text into context.text. False when damaged.
+bool readDwgEmbeddedMText(DwgObjectReader& o, DwgMTextData& m, DwgDecodeContext& context);
+// Its groups as DXF gives them after "101 Embedded Object".
+void appendDwgEmbeddedMText(DwgObjectReader& o, DwgTagList& out, const DwgMTextData& m, DwgDecodeContext& context);
+
 // The decoder of an entity type by DWG type number (and DXF name for classes); null when not decoded yet.
 const DwgEntityType* findDwgEntityType(std::uint16_t type, std::string_view dxfName);
 

@@ -8,21 +8,8 @@ namespace {
 
 bool isXAxis(const DwgPoint3& p) { return p.x == 1.0 && p.y == 0.0 && p.z == 0.0; }
 
-// The fields of a multiline text, from its insertion point to its background; R2018 drawings repeat
-// some of them, with the columns, in an annotation part after these.
-struct MTextData {
-  DwgPoint3 insertion, extrusion{0, 0, 1}, xAxis{1, 0, 0};
-  double rectWidth = 0, rectHeight = 0, textHeight = 0, extentsHeight = 0, extentsWidth = 0;
-  int attachment = 1, direction = 1, spacingStyle = 1;
-  double spacingFactor = 1;
-  std::int32_t background = 0;
-  double backgroundScale = 1.5;
-  DwgColor backgroundColor;
-  std::int32_t backgroundTransparency = 0;
-};
-
 // Reads the fields up to the background, the text into context.text.
-void readMTextData(DwgObjectReader& o, MTextData& d, DwgDecodeContext& context) {
+void readMTextData(DwgObjectReader& o, DwgMTextData& d, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   d.insertion = b.read3BitDoubles();
   d.extrusion = b.read3BitDoubles();
@@ -92,6 +79,35 @@ bool readMTextColumns(DwgBitReader& b, MTextColumns& c) {
   return !b.failed();
 }
 
+}  // namespace
+
+// An R2018 multi-line attribute's text: the common data of an entity but its handles, then the fields of
+// a multiline text up to its background.
+bool readDwgEmbeddedMText(DwgObjectReader& o, DwgMTextData& m, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  b.readBitPair();  // entity mode
+  const std::int32_t reactors = b.readBitLong();
+  b.readBit();  // no extension dictionary
+  b.readBit();  // data in the data store
+  b.readEntityColor();
+  b.readBitDouble();  // linetype scale
+  b.readBitPair();    // linetype, plot style and material kinds
+  b.readBitPair();
+  b.readBitPair();
+  b.readRawChar();  // shadows
+  b.readBit();      // visual styles
+  b.readBit();
+  b.readBit();
+  b.readBitShort();  // invisible
+  b.readRawChar();   // lineweight
+  if (reactors != 0) return false;
+  readMTextData(o, m, context);
+  MTextColumns columns;  // DXF gives none for these
+  return readMTextColumns(b, columns) && !b.failed();
+}
+
+namespace {
+
 void emitMTextColumns(DwgBitReader& b, DwgTagList& out, const MTextColumns& c) {
   out.text(101, "Embedded Object");
   out.integer(70, c.attachment);
@@ -116,10 +132,9 @@ void emitMTextColumns(DwgBitReader& b, DwgTagList& out, const MTextColumns& c) {
   b.setBitPosition(end);
 }
 
-// The AcDbMText groups of the fields before the columns.
-void emitMTextData(DwgObjectReader& o, DwgTagList& out, const MTextData& d, DwgDecodeContext& context,
+// The AcDbMText groups of the fields before the columns, but its marker.
+void emitMTextBody(DwgObjectReader& o, DwgTagList& out, const DwgMTextData& d, DwgDecodeContext& context,
                    std::string_view style) {
-  out.text(100, "AcDbMText");
   out.point(10, d.insertion);
   out.real(40, d.textHeight);
   out.real(41, d.rectWidth);
@@ -151,14 +166,16 @@ void emitMTextData(DwgObjectReader& o, DwgTagList& out, const MTextData& d, DwgD
 }
 
 bool decodeMText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  MTextData d;
+  DwgMTextData d;
   readMTextData(o, d, context);
   MTextColumns columns;
   if (o.atLeast(DwgVersion::R2018) && !readMTextColumns(o.bits, columns)) return false;
   o.readCommonHandles();
   const std::uint64_t style = o.readHandle();
-  emitMTextData(o, out, d, context, context.nameOf(style));
-  if (columns.present) emitMTextColumns(o.bits, out, columns);
+  out.text(100, "AcDbMText");
+  emitMTextBody(o, out, d, context, context.nameOf(style));
+  // DXF gives the repeated fields only with the columns.
+  if (columns.present && columns.type != 0) emitMTextColumns(o.bits, out, columns);
   return true;
 }
 
@@ -501,5 +518,11 @@ constexpr DwgEntityEntry kTypes[] = {
 }  // namespace
 
 DwgEntityFamily dwgAnnotationEntities() { return kTypes; }
+
+// The text's own style is not named: its handles, among those of its entity data, are not read.
+void appendDwgEmbeddedMText(DwgObjectReader& o, DwgTagList& out, const DwgMTextData& m, DwgDecodeContext& context) {
+  out.text(101, "Embedded Object");
+  emitMTextBody(o, out, m, context, "Standard");
+}
 
 }  // namespace headless

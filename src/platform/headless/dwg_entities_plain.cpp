@@ -288,8 +288,8 @@ bool decodeText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) 
   return true;
 }
 
-// ATTRIB and ATTDEF: a text with a tag (and for definitions a prompt). Multi-line attributes, which embed
-// a whole MTEXT from R2018 on, are not decoded yet.
+// ATTRIB and ATTDEF: a text with a tag (and for definitions a prompt). Multi-line attributes embed a
+// multiline text from R2018 on, which DXF gives after the attribute's own groups.
 bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const bool definition = o.type == 3;
@@ -298,9 +298,18 @@ bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
   const std::string value = context.text;
   int version = 0;
   if (o.atLeast(DwgVersion::R2010)) version = b.readRawChar();
-  if (o.atLeast(DwgVersion::R2018) && b.readRawChar() != 1) {
-    context.notDecoded = definition ? "multi-line ATTDEF" : "multi-line ATTRIB";
-    return false;
+  // R2018 attributes say whether they are single-line (1) or carry a multiline text (2, 4 definitions).
+  const int lines = o.atLeast(DwgVersion::R2018) ? b.readRawChar() : 1;
+  DwgMTextData mtext;
+  int annotationFlag = 0;
+  if (lines != 1) {
+    if (!readDwgEmbeddedMText(o, mtext, context)) return false;
+    const int annotationSize = b.readBitShort();
+    if (annotationSize < 0 || std::size_t(annotationSize) > b.bitsLeft() / 8) return false;
+    if (annotationSize > 0) {
+      b.setBitPosition(b.bitPosition() + std::size_t(annotationSize) * 8);
+      annotationFlag = b.readBitShort();
+    }
   }
   std::string tag;
   o.readText(tag);
@@ -323,6 +332,12 @@ bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
   if (fieldLength != 0) out.integer(73, fieldLength);
   if (d.vertical != 0) out.integer(74, d.vertical);
   if (lockPosition) out.integer(280, 1);
+  if (lines != 1) {
+    out.integer(71, lines);
+    out.integer(72, annotationFlag);
+    out.point(11, d.alignment, d.elevation);
+    appendDwgEmbeddedMText(o, out, mtext, context);
+  }
   return true;
 }
 
