@@ -1,5 +1,9 @@
 // The DWG entities of annotation: multiline text, the dimensions, leaders and tolerance frames.
 #include "platform/headless/dwg_entities.h"
+
+#include <cmath>
+#include <numbers>
+
 #include "platform/text.h"
 
 namespace headless {
@@ -420,7 +424,11 @@ bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   // A point takes at least six bits.
   if (count < 0 || std::size_t(count) > b.bitsLeft() / 6 || b.failed()) return false;
   const std::size_t pointsBegin = b.bitPosition();
-  for (std::int32_t i = 0; i < count; ++i) b.read3BitDoubles();
+  DwgPoint3 previous, last;
+  for (std::int32_t i = 0; i < count; ++i) {
+    previous = last;
+    last = b.read3BitDoubles();
+  }
   b.read3BitDoubles();  // origin
   const DwgPoint3 e = b.read3BitDoubles();
   const DwgPoint3 xDirection = b.read3BitDoubles();
@@ -459,8 +467,18 @@ bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   if (path != 0) out.integer(72, path);
   out.integer(73, annotation);
   out.integer(74, hookOnX ? 1 : 0);
-  // A hook line is drawn when the last segment leads to text (or a frame) with the hook toward it.
-  if (annotation <= 1 && hookOnX) out.integer(75, 1);
+  // A straight leader to a multiline text gets a hook line, drawn toward the text, when its last segment is
+  // more than 15 degrees off the text's direction. (DXF writers add the hook's start as a vertex; its length
+  // comes from the dimension style, which is not decoded here.)
+  if (annotation == 0 && path == 0 && count >= 2) {
+    const DwgPoint3 v{last.x - previous.x, last.y - previous.y, last.z - previous.z};
+    const DwgPoint3& x = xDirection;
+    const double along = v.x * x.x + v.y * x.y + v.z * x.z;
+    const double across = std::hypot(v.y * x.z - v.z * x.y, v.z * x.x - v.x * x.z, v.x * x.y - v.y * x.x);
+    const double angle = std::atan2(across, along);
+    constexpr double kTolerance = std::numbers::pi / 12;
+    if (angle > kTolerance && angle < std::numbers::pi - kTolerance) out.integer(75, 1);
+  }
   if (box) {
     out.real(40, boxHeight);
     out.real(41, boxWidth);
