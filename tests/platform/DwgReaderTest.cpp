@@ -528,22 +528,22 @@ Groups without(const Groups& groups, std::initializer_list<int> codes) {
 TEST(DwgReader, AnnotationEntitiesMatchTheirDxfTwins) {
   // Dimensions of every kind, arc dimensions, tolerances and multiline texts from R14 to R2013; leaders and
   // texts long enough to be cut into 3 groups (R14, R2000); Chinese texts read from UTF-16 (R2013).
-  const std::pair<const char*, const char*> twins[] = {
-      {"same_drawing/libredwg_example/libredwg_example_r14.dwg", "same_drawing/libredwg_example/libredwg_example_r14.dxf"},
-      {"same_drawing/libredwg_example/libredwg_example_2000.dwg", "same_drawing/libredwg_example/libredwg_example_2000.dxf"},
-      {"same_drawing/libredwg_example/libredwg_example_2007.dwg", "same_drawing/libredwg_example/libredwg_example_2007.dxf"},
-      {"same_drawing/libredwg_example/libredwg_example_2013.dwg", "same_drawing/libredwg_example/libredwg_example_2013.dxf"},
-      {"same_drawing/libredwg_r14_Leader/libredwg_r14_Leader.dwg", "same_drawing/libredwg_r14_Leader/libredwg_r14_Leader.dxf"},
-      {"same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015.dwg",
-       "same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015_ascii.dxf"},
-      {"chinese/libredwg_gh109_1/libredwg_2013_gh109_1.dwg", "chinese/libredwg_gh109_1/libredwg_2013_gh109_1.dxf"}};
+  // Each drawing's stem, and how its DXF's name ends.
+  const std::pair<const char*, const char*> twins[] = {{"libredwg_example/libredwg_example_r14", ".dxf"},
+                                                       {"libredwg_example/libredwg_example_2000", ".dxf"},
+                                                       {"libredwg_example/libredwg_example_2007", ".dxf"},
+                                                       {"libredwg_example/libredwg_example_2013", ".dxf"},
+                                                       {"libredwg_r14_Leader/libredwg_r14_Leader", ".dxf"},
+                                                       {"acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015", "_ascii.dxf"},
+                                                       {"../chinese/libredwg_gh109_1/libredwg_2013_gh109_1", ".dxf"}};
   const std::set<std::string> types = {"MTEXT", "DIMENSION", "ARC_DIMENSION", "LEADER", "TOLERANCE"};
   std::multiset<std::string> seen;
   bool chunked = false, chinese = false;
-  for (const auto& [dwgName, dxfName] : twins) {
-    const std::string dwg = corpusFile(dwgName), dxf = corpusFile(dxfName);
+  for (const auto& [stem, ending] : twins) {
+    const std::string path = std::string("same_drawing/") + stem;
+    const std::string dwg = corpusFile(path + ".dwg"), dxf = corpusFile(path + ending);
     if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-    SCOPED_TRACE(dwgName);
+    SCOPED_TRACE(stem);
     DatabaseData b;
     platform::ReadReport rb;
     ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;

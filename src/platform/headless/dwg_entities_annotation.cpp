@@ -269,148 +269,94 @@ void emitDimensionData(DwgObjectReader& o, DwgTagList& out, const DimensionData&
   out.text(3, context.nameOf(h.style));
 }
 
-bool decodeOrdinate(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+// How each kind of dimension stores the fields of its own after the shared ones, and in which order DXF
+// gives them. A field is stored as a point (3BD), a point in the dimension's plane (2RD, at its elevation),
+// a number (BD), an angle (BD, in degrees in DXF and left out when 0), a bit or a byte of flags.
+enum class Stored : std::uint8_t { End, Point, PlanePoint, Number, Angle, Bit, Flags };
+struct DimensionField {
+  Stored kind = Stored::End;
+  std::int16_t code = 0;
+};
+constexpr std::size_t kDimensionFields = 11;
+struct DimensionLayout {
+  std::uint16_t type;         // the fixed type; 0 for the class types
+  int kind;                   // the type in the low bits of 70
+  const char* subclass;
+  const char* trailer;                      // a second marker after the fields (rotated dimensions), or null
+  DimensionField stored[kDimensionFields];  // in file order; 10, the definition point, goes to AcDbDimension
+  std::int16_t written[10];                 // in DXF order, 0 ending the list
+};
+constexpr Stored P = Stored::Point, Q = Stored::PlanePoint, N = Stored::Number, A = Stored::Angle,
+                 B = Stored::Bit, F = Stored::Flags;
+constexpr DimensionLayout kDimensions[] = {
+    {20, 6, "AcDbOrdinateDimension", nullptr, {{P, 10}, {P, 13}, {P, 14}, {F, 70}}, {13, 14}},
+    {21, 0, "AcDbAlignedDimension", "AcDbRotatedDimension", {{P, 13}, {P, 14}, {P, 10}, {A, 52}, {A, 50}},
+     {13, 14, 50, 52}},
+    {22, 1, "AcDbAlignedDimension", nullptr, {{P, 13}, {P, 14}, {P, 10}, {A, 52}}, {13, 14, 52}},
+    {23, 5, "AcDb3PointAngularDimension", nullptr, {{P, 10}, {P, 13}, {P, 14}, {P, 15}}, {13, 14, 15}},
+    // Two lines: the arc point first, in the dimension's plane; the second line's end last.
+    {24, 2, "AcDb2LineAngularDimension", nullptr, {{Q, 16}, {P, 13}, {P, 14}, {P, 15}, {P, 10}}, {13, 14, 15, 16}},
+    {25, 4, "AcDbRadialDimension", nullptr, {{P, 10}, {P, 15}, {N, 40}}, {15, 40}},
+    {26, 3, "AcDbDiametricDimension", nullptr, {{P, 15}, {P, 10}, {N, 40}}, {15, 40}},
+    {0, 5, "AcDbArcDimension", nullptr,
+     {{P, 10}, {P, 13}, {P, 14}, {P, 15}, {B, 70}, {N, 40}, {N, 41}, {B, 71}, {P, 16}, {P, 17}},
+     {13, 14, 15, 70, 40, 41, 71, 16, 17}},
+    // A jogged radius: the centre, the chord point, the jog angle, the centre drawn and the jog.
+    {0, 9, "AcDbRadialDimensionLarge", nullptr, {{P, 10}, {P, 15}, {N, 40}, {P, 13}, {P, 14}}, {13, 14, 15, 40}},
+};
+
+bool decodeDimension(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const DimensionLayout& layout) {
   DimensionData d;
   readDimensionData(o, d, context);
   DwgBitReader& b = o.bits;
-  const DwgPoint3 definition = b.read3BitDoubles();
-  const DwgPoint3 feature = b.read3BitDoubles();
-  const DwgPoint3 leaderEnd = b.read3BitDoubles();
-  const int axis = b.readRawChar();
+  struct Value {
+    DwgPoint3 point;
+    double number = 0;
+  } values[kDimensionFields];
+  DwgPoint3 definition;
+  int kind = layout.kind;
+  for (std::size_t i = 0; i < kDimensionFields && layout.stored[i].kind != Stored::End; ++i) {
+    Value& v = values[i];
+    switch (layout.stored[i].kind) {
+      case Stored::Point: v.point = b.read3BitDoubles(); break;
+      case Stored::PlanePoint: {
+        const DwgPoint2 p = b.readRaw2Doubles();
+        v.point = {p.x, p.y, d.elevation};
+        break;
+      }
+      case Stored::Number: case Stored::Angle: v.number = b.readBitDouble(); break;
+      case Stored::Bit: v.number = b.readBit() ? 1 : 0; break;
+      case Stored::Flags: kind |= (b.readRawChar() & 1) ? 64 : 0; break;  // ordinates: along X
+      case Stored::End: break;
+    }
+    if (layout.stored[i].code == 10) definition = v.point;
+  }
   const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, 6 | ((axis & 1) ? 64 : 0), definition);
-  out.text(100, "AcDbOrdinateDimension");
-  out.point(13, feature);
-  out.point(14, leaderEnd);
+  emitDimensionData(o, out, d, context, h, kind, definition);
+  out.text(100, layout.subclass);
+  for (std::int16_t code : layout.written) {
+    std::size_t i = 0;
+    while (i + 1 < kDimensionFields && layout.stored[i].code != code) ++i;
+    if (code == 0 || layout.stored[i].code != code) break;
+    const Value& v = values[i];
+    switch (layout.stored[i].kind) {
+      case Stored::Point: case Stored::PlanePoint: out.point(code, v.point); break;
+      case Stored::Number: out.real(code, v.number); break;
+      case Stored::Angle:
+        if (v.number != 0.0) out.real(code, v.number * kDwgDegrees);
+        break;
+      case Stored::Bit: out.integer(code, static_cast<int>(v.number)); break;
+      case Stored::Flags: case Stored::End: break;
+    }
+  }
+  if (layout.trailer) out.text(100, layout.trailer);
   return true;
 }
 
-// Linear (rotated) and aligned dimensions: two extension line origins, the dimension line point and
-// the extension lines' obliquing; linear ones add their rotation.
-bool decodeLinearOrAligned(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  const bool linear = o.type == 21;
-  DimensionData d;
-  readDimensionData(o, d, context);
-  DwgBitReader& b = o.bits;
-  const DwgPoint3 first = b.read3BitDoubles();
-  const DwgPoint3 second = b.read3BitDoubles();
-  const DwgPoint3 definition = b.read3BitDoubles();
-  const double oblique = b.readBitDouble();
-  const double rotation = linear ? b.readBitDouble() : 0.0;
-  const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, linear ? 0 : 1, definition);
-  out.text(100, "AcDbAlignedDimension");
-  out.point(13, first);
-  out.point(14, second);
-  if (rotation != 0.0) out.real(50, rotation * kDwgDegrees);
-  if (oblique != 0.0) out.real(52, oblique * kDwgDegrees);
-  if (linear) out.text(100, "AcDbRotatedDimension");
-  return true;
-}
-
-bool decodeAngular3Point(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  DimensionData d;
-  readDimensionData(o, d, context);
-  DwgBitReader& b = o.bits;
-  const DwgPoint3 definition = b.read3BitDoubles();
-  const DwgPoint3 first = b.read3BitDoubles();
-  const DwgPoint3 second = b.read3BitDoubles();
-  const DwgPoint3 center = b.read3BitDoubles();
-  const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, 5, definition);
-  out.text(100, "AcDb3PointAngularDimension");
-  out.point(13, first);
-  out.point(14, second);
-  out.point(15, center);
-  return true;
-}
-
-// Two lines: the arc point comes first, in the dimension's plane; the second line's end is the
-// definition point.
-bool decodeAngular2Line(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  DimensionData d;
-  readDimensionData(o, d, context);
-  DwgBitReader& b = o.bits;
-  const DwgPoint2 arc = b.readRaw2Doubles();
-  const DwgPoint3 firstStart = b.read3BitDoubles();
-  const DwgPoint3 firstEnd = b.read3BitDoubles();
-  const DwgPoint3 secondStart = b.read3BitDoubles();
-  const DwgPoint3 definition = b.read3BitDoubles();
-  const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, 2, definition);
-  out.text(100, "AcDb2LineAngularDimension");
-  out.point(13, firstStart);
-  out.point(14, firstEnd);
-  out.point(15, secondStart);
-  out.point(16, arc, d.elevation);
-  return true;
-}
-
-// Radius and diameter: the definition point and the chord point, in the order of each, and the leader.
-bool decodeRadialOrDiametric(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  const bool radius = o.type == 25;
-  DimensionData d;
-  readDimensionData(o, d, context);
-  DwgBitReader& b = o.bits;
-  DwgPoint3 definition = b.read3BitDoubles();
-  DwgPoint3 chord = b.read3BitDoubles();
-  if (!radius) std::swap(definition, chord);
-  const double leader = b.readBitDouble();
-  const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, radius ? 4 : 3, definition);
-  out.text(100, radius ? "AcDbRadialDimension" : "AcDbDiametricDimension");
-  out.point(15, chord);
-  out.real(40, leader);
-  return true;
-}
-
-bool decodeArcDimension(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  DimensionData d;
-  readDimensionData(o, d, context);
-  DwgBitReader& b = o.bits;
-  const DwgPoint3 definition = b.read3BitDoubles();
-  const DwgPoint3 first = b.read3BitDoubles();
-  const DwgPoint3 second = b.read3BitDoubles();
-  const DwgPoint3 center = b.read3BitDoubles();
-  const bool partial = b.readBit();
-  const double start = b.readBitDouble();
-  const double end = b.readBitDouble();
-  const bool leader = b.readBit();
-  const DwgPoint3 leader1 = b.read3BitDoubles();
-  const DwgPoint3 leader2 = b.read3BitDoubles();
-  const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, 5, definition);
-  out.text(100, "AcDbArcDimension");
-  out.point(13, first);
-  out.point(14, second);
-  out.point(15, center);
-  out.integer(70, partial ? 1 : 0);
-  out.real(40, start);
-  out.real(41, end);
-  out.integer(71, leader ? 1 : 0);
-  out.point(16, leader1);
-  out.point(17, leader2);
-  return true;
-}
-
-// A jogged radius: the centre, the chord point, the jog angle, the centre drawn and the jog.
-bool decodeLargeRadial(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  DimensionData d;
-  readDimensionData(o, d, context);
-  DwgBitReader& b = o.bits;
-  const DwgPoint3 definition = b.read3BitDoubles();
-  const DwgPoint3 chord = b.read3BitDoubles();
-  const double jogAngle = b.readBitDouble();
-  const DwgPoint3 overrideCenter = b.read3BitDoubles();
-  const DwgPoint3 jog = b.read3BitDoubles();
-  const DimensionHandles h = readDimensionHandles(o);
-  emitDimensionData(o, out, d, context, h, 9, definition);
-  out.text(100, "AcDbRadialDimensionLarge");
-  out.point(13, overrideCenter);
-  out.point(14, jog);
-  out.point(15, chord);
-  out.real(40, jogAngle);
-  return true;
+// The decoder of each kind: its layout found by type (the class types by their place in the table).
+template <std::size_t kIndex>
+bool decodeDimensionOf(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  return decodeDimension(o, out, context, kDimensions[kIndex]);
 }
 
 // ---- leaders and tolerances ----
@@ -519,18 +465,18 @@ bool decodeTolerance(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
 }
 
 constexpr DwgEntityEntry kTypes[] = {
-    {20, {"DIMENSION", decodeOrdinate}},
-    {21, {"DIMENSION", decodeLinearOrAligned}},
-    {22, {"DIMENSION", decodeLinearOrAligned}},
-    {23, {"DIMENSION", decodeAngular3Point}},
-    {24, {"DIMENSION", decodeAngular2Line}},
-    {25, {"DIMENSION", decodeRadialOrDiametric}},
-    {26, {"DIMENSION", decodeRadialOrDiametric}},
+    {20, {"DIMENSION", decodeDimensionOf<0>}},
+    {21, {"DIMENSION", decodeDimensionOf<1>}},
+    {22, {"DIMENSION", decodeDimensionOf<2>}},
+    {23, {"DIMENSION", decodeDimensionOf<3>}},
+    {24, {"DIMENSION", decodeDimensionOf<4>}},
+    {25, {"DIMENSION", decodeDimensionOf<5>}},
+    {26, {"DIMENSION", decodeDimensionOf<6>}},
+    {0, {"ARC_DIMENSION", decodeDimensionOf<7>}},
+    {0, {"LARGE_RADIAL_DIMENSION", decodeDimensionOf<8>}},
     {44, {"MTEXT", decodeMText}},
     {45, {"LEADER", decodeLeader}},
     {46, {"TOLERANCE", decodeTolerance}},
-    {0, {"ARC_DIMENSION", decodeArcDimension}},
-    {0, {"LARGE_RADIAL_DIMENSION", decodeLargeRadial}},
 };
 
 }  // namespace
