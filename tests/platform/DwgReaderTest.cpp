@@ -77,7 +77,8 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
     EXPECT_EQ(countsOf(a), countsOf(b));
     EXPECT_EQ(layoutOrder(a), layoutOrder(b));
     EXPECT_EQ(a.layerTable.size(), b.layerTable.size());
-    // Every group of these codes the DXF twin has, the DWG entity of the same handle has with the same value.
+    // Every group of these codes the DXF twin has, the DWG entity of the same handle has with the same value
+    // (the first of each; 1001 and 1005 those of the extended data).
     std::map<platform::Handle, std::uint32_t> byHandle;
     for (std::uint32_t i = 0; i < b.entities.size(); ++i) byHandle[b.entities[i].handle] = i;
     int compared = 0;
@@ -90,14 +91,14 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
       EXPECT_EQ(e.color, t.color);
       EXPECT_EQ(a.name(e.linetype), b.name(t.linetype));
       EXPECT_EQ(e.cls, t.cls);
-      for (int code : {10, 20, 30, 11, 21, 31, 40, 41, 42, 50, 51, 1, 7, 72, 90, 70, 68, 69}) {
+      for (int code : {10, 20, 30, 11, 21, 31, 40, 41, 42, 50, 51, 1, 7, 72, 90, 70, 68, 69, 1001, 1005}) {
         const platform::StoredTag* want = b.find(t.tagBegin, t.tagCount, code);
         if (!want) continue;
         const platform::StoredTag* got = a.find(e.tagBegin, e.tagCount, code);
         ASSERT_NE(got, nullptr) << "code " << code << " of handle " << std::hex << e.handle;
         if (want->type == headless::TagType::Real)
           EXPECT_NEAR(got->real, want->real, 1e-9 * std::max(1.0, std::abs(want->real))) << "code " << code;
-        else if (want->type == headless::TagType::Text)
+        else if (want->type == headless::TagType::Text || want->type == headless::TagType::Handle)
           EXPECT_EQ(a.text(*got), b.text(*want)) << "code " << code;
         else
           EXPECT_EQ(got->integer, want->integer) << "code " << code;

@@ -316,8 +316,9 @@ bool appendDwgExtendedData(DwgObjectReader& object, DwgTagList& out, const DwgNa
         case 2: out.text(1002, bits.readRawChar() ? "}" : "{"); break;
         case 3:
         case 5: {
+          // Eight bytes, the most significant first.
           std::uint64_t handle = 0;
-          for (int i = 0; i < 8; ++i) handle |= std::uint64_t(bits.readRawChar()) << (8 * i);
+          for (int i = 0; i < 8; ++i) handle = (handle << 8) | bits.readRawChar();
           if (code == 3) out.text(1003, nameOf(handle));
           else out.handle(1005, handle);
           break;
