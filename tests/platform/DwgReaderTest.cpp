@@ -438,14 +438,16 @@ using Groups = std::vector<Group>;
 // The codes of the annotation entities' own data that the comparisons look at: points, sizes, flags and
 // texts. Names (block 2, styles 3 and 7) are left out: this decodes entities without the whole drawing.
 bool compared(int code) {
-  static const std::set<int> codes = {1,  3,  10, 20, 30, 11, 21, 31, 12, 22, 13, 23, 33, 14, 24, 34, 15, 25, 35,
-                                      16, 26, 36, 17, 27, 40, 41, 42, 44, 46, 50, 52, 53, 70, 71, 72, 73, 74, 75, 76, 90};
+  static const std::set<int> codes = {1,  3,  10, 20, 30, 11, 21, 31, 12, 22, 13, 23, 33, 14, 24, 34, 15, 25, 35,  16,
+                                      26, 36, 17, 27, 40, 41, 42, 44, 46, 50, 52, 53, 70, 71, 72, 73, 74, 75, 76, 90,
+                                      140, 147, 340};
   return codes.contains(code);
 }
 
 // The groups of the entities of these types, decoded one at a time with the registry's decoders, by handle,
 // so that a drawing whose other types do not decode yet still shows these. Dimension styles are named.
-std::map<std::uint64_t, Groups> decodeEntities(const std::string& path, const std::set<std::string>& types) {
+std::map<std::uint64_t, Groups> decodeEntities(const std::string& path, const std::set<std::string>& types,
+                                               std::map<std::string, Groups>* dimensionStyles = nullptr) {
   std::map<std::uint64_t, Groups> found;
   headless::DwgSections sections;
   std::string error;
@@ -465,6 +467,17 @@ std::map<std::uint64_t, Groups> decodeEntities(const std::string& path, const st
   for (const headless::DwgObjectHeader& h : walk.objects)
     if (typeName(h.type) == "DIMSTYLE" && object.open(sections, h, false))
       headless::decodeDwgTableEntry(object, "DIMSTYLE", ignored, names, blocks, layouts);
+  // Each dimension style's groups after its name, by name.
+  if (dimensionStyles) {
+    std::string style;
+    for (std::size_t i = 0; i < ignored.size(); ++i) {
+      const headless::DwgTagList::Tag& t = ignored[i];
+      if (t.code == 2) style = ignored.textOf(t);
+      else if (!style.empty() && t.type == headless::TagType::Real) (*dimensionStyles)[style].push_back({t.code, {}, t.real});
+      else if (!style.empty() && t.code == 340) (*dimensionStyles)[style].push_back({t.code, std::string(ignored.textOf(t)), 0});
+      if (t.code == 0) style.clear();
+    }
+  }
   headless::DwgDecodeContext context(names);
   // Texts as the DXF reader makes them: UTF-8, escapes resolved.
   headless::TextDecoder texts(sections.codepageName(), sections.version >= headless::DwgVersion::R2007
@@ -482,7 +495,8 @@ std::map<std::uint64_t, Groups> decodeEntities(const std::string& path, const st
       const headless::DwgTagList::Tag& t = out[i];
       if (t.type == headless::TagType::Real) groups.push_back({t.code, {}, t.real});
       else groups.push_back({t.code, {}, static_cast<double>(t.integer)});
-      if (t.type == headless::TagType::Text) texts.decode(out.textOf(t), groups.back().text);
+      if (t.type == headless::TagType::Text || t.type == headless::TagType::Handle)
+        texts.decode(out.textOf(t), groups.back().text);
     }
   }
   return found;
@@ -498,7 +512,8 @@ Groups dxfGroups(const DatabaseData& db, const platform::EntityRec& e) {
     if (t.code == 100 && db.text(t) != "AcDbEntity") own = true;
     if (!own) continue;
     if (t.type == headless::TagType::Real) groups.push_back({t.code, {}, t.real});
-    else if (t.type == headless::TagType::Text) groups.push_back({t.code, std::string(db.text(t)), 0});
+    else if (t.type == headless::TagType::Text || t.type == headless::TagType::Handle)
+      groups.push_back({t.code, std::string(db.text(t)), 0});
     else groups.push_back({t.code, {}, static_cast<double>(t.integer)});
   }
   return groups;
@@ -548,7 +563,26 @@ TEST(DwgReader, AnnotationEntitiesMatchTheirDxfTwins) {
     DatabaseData b;
     platform::ReadReport rb;
     ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
-    const std::map<std::uint64_t, Groups> decoded = decodeEntities(dwg, types);
+    std::map<std::string, Groups> styles;
+    const std::map<std::uint64_t, Groups> decoded = decodeEntities(dwg, types, &styles);
+    // The dimension styles give the variables the host takes from them (scale, arrow size, text height,
+    // gap, text style) as the twin's do.
+    for (const platform::ObjectRec& o : b.objects) {
+      if (b.name(o.type) != "DIMSTYLE") continue;
+      const platform::StoredTag* name = b.find(o.tagBegin, o.tagCount, 2);
+      ASSERT_TRUE(name && styles.contains(std::string(b.text(*name))));
+      // Writers leave out the variables of a new drawing's value, some (R14) write them all.
+      const Groups& got = styles[std::string(b.text(*name))];
+      SCOPED_TRACE(b.text(*name));
+      for (const auto& [code, byDefault] : {std::pair{40, 1.0}, {41, 0.18}, {140, 0.18}, {147, 0.09}}) {
+        const platform::StoredTag* t = b.find(o.tagBegin, o.tagCount, code);
+        auto it = std::find_if(got.begin(), got.end(), [code](const Group& g) { return g.code == code; });
+        EXPECT_DOUBLE_EQ(it == got.end() ? byDefault : it->number, t ? t->real : byDefault) << "code " << code;
+      }
+      if (const platform::StoredTag* t = b.find(o.tagBegin, o.tagCount, 340))
+        expectSameGroups(without(got, {40, 41, 140, 147}), {{340, std::string(b.text(*t)), 0}});
+      seen.insert("DIMSTYLE");
+    }
     for (const platform::EntityRec& t : b.entities) {
       const std::string type(b.name(t.dxfName));
       auto it = decoded.find(t.handle);

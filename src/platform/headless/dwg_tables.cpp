@@ -103,16 +103,12 @@ bool decodeStyle(DwgObjectReader& o, DwgTagList& out, DwgNames& names) {
   return true;
 }
 
-// Entries whose name is all the host takes from them: linetypes, applications, dimension styles.
+// Entries whose name is all the host takes from them: linetypes and applications.
 bool decodeNamedEntry(DwgObjectReader& o, std::string_view type, DwgTagList& out, DwgNames& names) {
   std::string name;
   const EntryStart start = readEntryStart(o, name);
   if (o.failed()) return false;
-  const bool dimstyle = type == "DIMSTYLE";
-  const char* marker = type == "LTYPE" ? "AcDbLinetypeTableRecord"
-                       : dimstyle      ? "AcDbDimStyleTableRecord"
-                                       : "AcDbRegAppTableRecord";
-  recordStart(o, out, type, marker, dimstyle ? 105 : 5);
+  recordStart(o, out, type, type == "LTYPE" ? "AcDbLinetypeTableRecord" : "AcDbRegAppTableRecord");
   out.text(2, name);
   out.integer(70, start.xrefDependent ? 16 : 0);
   names[o.common.handle] = std::move(name);
@@ -199,6 +195,63 @@ bool decodeLayout(DwgObjectReader& o, std::vector<DwgLayout>& layouts) {
   return true;
 }
 
+// A dimension style: its name and the variables the host takes from it (DIMSCALE, DIMASZ, DIMTXT, DIMGAP
+// and the text style, DIMTXSTY), written as DXF writers write them: only where they differ from the
+// defaults of a new drawing.
+bool decodeDimStyle(DwgObjectReader& o, DwgTagList& out, DwgNames& names) {
+  DwgBitReader& b = o.bits;
+  std::string name;
+  const EntryStart start = readEntryStart(o, name);
+  if (!o.atLeast(DwgVersion::R2000)) {
+    for (int i = 0; i < 11; ++i) b.readBit();  // DIMTOL to DIMSOXD
+    b.readRawChar();                           // DIMALTD
+    b.readRawChar();                           // DIMZIN
+    b.readBit();                               // DIMSD1, DIMSD2
+    b.readBit();
+    b.readRawChar();  // DIMTOLJ, DIMJUST, DIMFIT
+    b.readRawChar();
+    b.readRawChar();
+    b.readBit();                               // DIMUPT
+    for (int i = 0; i < 4; ++i) b.readRawChar();  // DIMTZIN, DIMALTZ, DIMALTTZ, DIMTAD
+    for (int i = 0; i < 6; ++i) b.readBitShort();  // DIMUNIT to DIMALTTD
+  } else {
+    o.skipText();  // DIMPOST, DIMAPOST
+    o.skipText();
+  }
+  const double scale = b.readBitDouble();  // DIMSCALE
+  const double arrow = b.readBitDouble();  // DIMASZ
+  for (int i = 0; i < 7; ++i) b.readBitDouble();  // DIMEXO to DIMTM
+  if (o.atLeast(DwgVersion::R2000)) {
+    if (o.atLeast(DwgVersion::R2007)) {
+      b.readBitDouble();  // DIMFXL, DIMJOGANG
+      b.readBitDouble();
+      b.readBitShort();  // DIMTFILL
+      const DwgColor fill = b.readColor();
+      if (fill.hasName()) o.skipText();
+      if (fill.hasBookName()) o.skipText();
+    }
+    for (int i = 0; i < 6; ++i) b.readBit();  // DIMTOL to DIMSE2
+    for (int i = 0; i < 3; ++i) b.readBitShort();  // DIMTAD, DIMZIN, DIMAZIN
+    if (o.atLeast(DwgVersion::R2007)) b.readBitShort();  // DIMARCSYM
+  }
+  const double text = b.readBitDouble();  // DIMTXT
+  for (int i = 0; i < 6; ++i) b.readBitDouble();  // DIMCEN to DIMTFAC
+  const double gap = b.readBitDouble();           // DIMGAP
+  o.readHandle();                                 // external reference block
+  const std::uint64_t textStyle = o.readHandle();
+  if (o.failed()) return false;
+  recordStart(o, out, "DIMSTYLE", "AcDbDimStyleTableRecord", 105);
+  out.text(2, name);
+  out.integer(70, start.xrefDependent ? 16 : 0);
+  if (scale != 1.0) out.real(40, scale);
+  if (arrow != 0.18) out.real(41, arrow);
+  if (text != 0.18) out.real(140, text);
+  if (gap != 0.09) out.real(147, gap);
+  if (textStyle) out.handle(340, textStyle);
+  names[o.common.handle] = std::move(name);
+  return true;
+}
+
 }  // namespace
 
 bool decodeDwgTableEntry(DwgObjectReader& object, std::string_view type, DwgTagList& out, DwgNames& names,
@@ -208,6 +261,7 @@ bool decodeDwgTableEntry(DwgObjectReader& object, std::string_view type, DwgTagL
   if (type == "BLOCK_HEADER") return decodeBlockHeader(object, names, blocks);
   if (type == "LAYOUT") return decodeLayout(object, layouts);
   object.readCommonHandles();
+  if (type == "DIMSTYLE") return decodeDimStyle(object, out, names);
   return decodeNamedEntry(object, type, out, names);
 }
 
