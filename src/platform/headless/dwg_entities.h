@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/headless/dwg_objects.h"
@@ -43,6 +44,8 @@ struct DwgDecodeContext {
   // Set by a decoder that took in the extended data of this application as DXF writers do, leaving it out.
   std::string_view extendedDataTakenIn;
   DwgTagList extendedData;  // reused for the extended data a decoder reads
+  // Leaders' hook line length under each dimension style (see dwgHookLengths).
+  std::unordered_map<std::uint64_t, double> hookLengths;
   std::string_view nameOf(std::uint64_t handle) const {
     auto it = names.find(handle);
     return it == names.end() ? std::string_view() : std::string_view(it->second);

@@ -390,8 +390,9 @@ bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   const bool arrowhead = b.readBit();
   b.readBitShort();  // arrowhead type
   int byBlockColor = -1;
+  double arrowSize = 0;  // R13 and R14: its style's, times its scale, when made
   if (!o.atLeast(DwgVersion::R2000)) {
-    b.readBitDouble();
+    arrowSize = b.readBitDouble();
     b.readBit();
     b.readBit();
     b.readBitShort();
@@ -414,8 +415,9 @@ bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   out.integer(73, annotation);
   out.integer(74, hookOnX ? 1 : 0);
   // A straight leader to a multiline text gets a hook line, drawn toward the text, when its last segment is
-  // more than 15 degrees off the text's direction. (DXF writers add the hook's start as a vertex; its length
-  // comes from the dimension style, which is not decoded here.)
+  // more than 15 degrees off the text's direction. DXF gives the hook's start as a vertex before the last,
+  // as long as the arrows of the leader's dimension style.
+  bool hook = false;
   if (annotation == 0 && path == 0 && count >= 2) {
     const DwgPoint3 v{last.x - previous.x, last.y - previous.y, last.z - previous.z};
     const DwgPoint3& x = xDirection;
@@ -423,16 +425,28 @@ bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
     const double across = std::hypot(v.y * x.z - v.z * x.y, v.z * x.x - v.x * x.z, v.x * x.y - v.y * x.x);
     const double angle = std::atan2(across, along);
     constexpr double kTolerance = std::numbers::pi / 12;
-    if (angle > kTolerance && angle < std::numbers::pi - kTolerance) out.integer(75, 1);
+    hook = angle > kTolerance && angle < std::numbers::pi - kTolerance;
   }
+  if (hook) out.integer(75, 1);
   if (box) {
     out.real(40, boxHeight);
     out.real(41, boxWidth);
   }
-  out.integer(76, count);
+  out.integer(76, count + (hook ? 1 : 0));
   b.setBitPosition(pointsBegin);
-  for (std::int32_t i = 0; i < count; ++i) out.point(10, b.read3BitDoubles());
+  for (std::int32_t i = 0; i + 1 < count; ++i) out.point(10, b.read3BitDoubles());
   b.setBitPosition(end);
+  if (hook) {
+    // The hook runs from its start toward the text: along the text's direction, or against it (74).
+    if (o.atLeast(DwgVersion::R2000)) {
+      auto it = context.hookLengths.find(style);
+      arrowSize = it == context.hookLengths.end() ? 0.18 : it->second;
+    }
+    const double toward = hookOnX ? arrowSize : -arrowSize;
+    out.point(10, DwgPoint3{last.x + toward * xDirection.x, last.y + toward * xDirection.y,
+                            last.z + toward * xDirection.z});
+  }
+  if (count > 0) out.point(10, last);
   if (byBlockColor >= 0) out.integer(77, byBlockColor);
   if (annotationHandle) out.handle(340, annotationHandle);
   extrusion(out, e);

@@ -212,6 +212,7 @@ bool DwgReader::decodeEntities() {
   std::string scratch;
   DwgDecodeContext context(names_);
   context.maintenanceVersion = s_.maintenanceVersion;
+  context.hookLengths = dwgHookLengths(tables_[4]);
   DwgTagList body;
   // The paper-space layouts' blocks, and the entities in them, whose own entities (a polyline's vertices)
   // are in paper space too.

@@ -265,4 +265,28 @@ bool decodeDwgTableEntry(DwgObjectReader& object, std::string_view type, DwgTagL
   return decodeNamedEntry(object, type, out, names);
 }
 
+std::unordered_map<std::uint64_t, double> dwgHookLengths(const DwgTagList& records) {
+  std::unordered_map<std::uint64_t, double> lengths;
+  std::uint64_t style = 0;
+  double scale = 1.0, arrow = 0.18;
+  auto finish = [&] {
+    if (style) lengths[style] = arrow * scale;
+  };
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const DwgTagList::Tag& t = records[i];
+    if (t.code == 0) {
+      finish();
+      style = records.handleAt(i);
+      scale = 1.0;
+      arrow = 0.18;
+    } else if (t.code == 40) {
+      scale = t.real;
+    } else if (t.code == 41) {
+      arrow = t.real;
+    }
+  }
+  finish();
+  return lengths;
+}
+
 }  // namespace headless

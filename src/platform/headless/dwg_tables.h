@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/headless/dwg_objects.h"
@@ -29,5 +30,9 @@ struct DwgLayout {
 // headers and layouts also into the lists given. False when the object is damaged.
 bool decodeDwgTableEntry(DwgObjectReader& object, std::string_view type, DwgTagList& out, DwgNames& names,
                          std::vector<DwgBlockHeader>& blocks, std::vector<DwgLayout>& layouts);
+
+// The length of a leader's hook line under each dimension style, by its handle: the style's arrow size
+// times its scale, from the DIMSTYLE records decodeDwgTableEntry appended to records.
+std::unordered_map<std::uint64_t, double> dwgHookLengths(const DwgTagList& records);
 
 }  // namespace headless
