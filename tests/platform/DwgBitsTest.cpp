@@ -235,11 +235,11 @@ TEST(DwgBitReader, VersionDependentTypes) {
   color.bytes(0xC2FF8000u, 4);
   color.byte(3);
   color << "00";
-  color.bytes(0xA005, 2);  // ENC: transparency, then RGB
-  color << "00";
-  color.bytes(0x020000FFu, 4);
+  color.bytes(0xA005, 2);  // ENC: RGB, then transparency
   color << "00";
   color.bytes(0xC2112233u, 4);
+  color << "00";
+  color.bytes(0x020000FFu, 4);
   DwgBitReader r2004 = color.reader(DwgVersion::R2004);
   const DwgColor cmc = r2004.readColor();
   EXPECT_EQ(cmc.index, 7);

@@ -238,15 +238,16 @@ DwgEntityColor DwgBitReader::readEntityColor() {
     color.index = static_cast<std::int16_t>(number);
     return color;
   }
-  // Real drawings store the transparency first, and no RGB value when the colour is a reference.
+  // The RGB value (none when the colour is a reference), then the transparency: an R2018 drawing's true
+  // colours match its DXF twin's read in this order.
   color.index = static_cast<std::int16_t>(number & 0x1FF);
   color.hasRgb = (number & 0x8000) != 0;
   color.hasColorReference = (number & 0x4000) != 0;
   color.hasTransparency = (number & 0x2000) != 0;
   color.hasName = (number & 0x4100) == 0x4100;
   color.hasBookName = (number & 0x4200) == 0x4200;
-  if (color.hasTransparency) color.transparency = static_cast<std::uint32_t>(readBitLong());
   if (color.hasRgb && !color.hasColorReference) color.rgb = static_cast<std::uint32_t>(readBitLong());
+  if (color.hasTransparency) color.transparency = static_cast<std::uint32_t>(readBitLong());
   return color;
 }
 
