@@ -43,7 +43,8 @@ void readMTextData(DwgObjectReader& o, DwgMTextData& d, DwgDecodeContext& contex
   }
 }
 
-// The columns and the repeated fields of an R2018 text, as DXF gives them after "101 Embedded Object".
+// The columns and the repeated fields of an R2018 text, as DXF gives them after "101 Embedded Object"
+// (texts with columns only).
 struct MTextColumns {
   bool present = false;
   int attachment = 1;
@@ -122,7 +123,6 @@ void emitMTextColumns(DwgBitReader& b, DwgTagList& out, const MTextColumns& c) {
   out.real(42, c.extentsWidth);
   out.real(43, c.extentsHeight);
   out.integer(71, c.type);
-  if (c.type == 0) return;
   out.integer(72, c.count);
   out.real(44, c.width);
   out.real(45, c.gutter);
@@ -361,6 +361,7 @@ bool decodeDimensionOf(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& co
 
 // ---- leaders and tolerances ----
 
+// A leader: its vertices, its plane and the annotation it leads to, drawn with its dimension style.
 bool decodeLeader(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   b.readBit();
