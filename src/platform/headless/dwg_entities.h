@@ -5,8 +5,8 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/headless/dwg_objects.h"
