@@ -17,15 +17,16 @@ namespace headless {
 class DwgTagList {
  public:
   // A drawing makes a few dozen groups an entity: the value shares its room with the text's place.
+  struct TextPlace {
+    std::uint32_t begin, length;
+  };
   struct Tag {
     std::int16_t code = 0;
     TagType type = TagType::Text;
     union {
       double real = 0.0;  // Real
       long long integer;  // the integral types
-      struct {
-        std::uint32_t begin, length;
-      } text;  // Text, Handle and Binary: the place in the list's buffer
+      TextPlace text;     // Text, Handle and Binary: the place in the list's buffer
     };
     bool holdsText() const { return type == TagType::Text || type == TagType::Handle || type == TagType::Binary; }
   };
