@@ -216,6 +216,109 @@ bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return true;
 }
 
+// One boundary path of an MPOLYGON: always a polyline, its closed and bulge bits first (the other order from
+// a hatch's), then its vertices.
+bool readMpolygonPath(DwgObjectReader& o, DwgTagList& out) {
+  DwgBitReader& b = o.bits;
+  const bool closed = b.readBit();
+  const bool bulges = b.readBit();
+  const std::int32_t vertices = b.readBitLong();
+  if (!countFits(vertices, kMinPointBits, b)) return false;
+  out.integer(92, 2);
+  out.integer(72, bulges ? 1 : 0);
+  out.integer(73, closed ? 1 : 0);
+  out.integer(93, vertices);
+  for (std::int32_t k = 0; k < vertices && !b.failed(); ++k) {
+    point2(out, 10, b.readRaw2Doubles());
+    if (bulges) out.real(42, b.readBitDouble());
+  }
+  return !b.failed();
+}
+
+// MPOLYGON: a hatch whose boundary paths are drawn too and have no source objects. Its style leads, the
+// gradient as a hatch stores it follows; after the paths come the pattern, the fill colour and the
+// pattern's direction.
+bool decodeMpolygon(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  const int style = b.readBitShort();
+  DwgTagList& gradientColors = context.vertices;
+  gradientColors.truncate(0);
+  Gradient g;
+  std::string gradientName;
+  const bool gradients = o.atLeast(DwgVersion::R2004);
+  if (gradients) {
+    g.kind = b.readBitLong();
+    g.reserved = b.readBitLong();
+    g.angle = b.readBitDouble();
+    g.shift = b.readBitDouble();
+    g.singleColor = b.readBitLong();
+    g.tint = b.readBitDouble();
+    const std::int32_t colors = b.readBitLong();
+    if (!countFits(colors, 2 + 2 + 2 + 8, b)) return false;
+    gradientColors.integer(453, colors);
+    for (std::int32_t k = 0; k < colors && !b.failed(); ++k) {
+      gradientColors.real(463, b.readBitDouble());
+      const DwgColor c = readColorAndNames(o, context.text);
+      gradientColors.integer(63, c.index);
+      gradientColors.integer(421, c.rgb & 0xFFFFFF);
+    }
+    o.readText(gradientName);
+  }
+  const double elevation = b.readBitDouble();
+  const DwgPoint3 e = b.read3BitDoubles();
+  o.readText(context.text);
+  const bool solid = b.readBit();
+  const std::int32_t paths = b.readBitLong();
+  if (!countFits(paths, 2 + 2, b)) return false;
+  out.text(100, "AcDbMPolygon");
+  out.integer(70, 1);
+  out.point(10, DwgPoint2{}, elevation);
+  out.point(210, e);
+  out.text(2, context.text);
+  out.integer(71, solid ? 1 : 0);
+  out.integer(91, paths);
+  for (std::int32_t p = 0; p < paths; ++p)
+    if (!readMpolygonPath(o, out)) return false;
+  out.integer(75, style);
+  out.integer(76, b.readBitShort());
+  if (!solid) {
+    out.real(52, b.readBitDouble() * kDwgDegrees);
+    out.real(41, b.readBitDouble());
+    out.integer(77, b.readBit() ? 1 : 0);
+    const int lines = b.readBitShort();
+    if (!countFits(lines, 2 + 4 * 2 + 2, b)) return false;
+    out.integer(78, lines);
+    for (int k = 0; k < lines && !b.failed(); ++k) {
+      out.real(53, b.readBitDouble() * kDwgDegrees);
+      out.real(43, b.readBitDouble());
+      out.real(44, b.readBitDouble());
+      out.real(45, b.readBitDouble());
+      out.real(46, b.readBitDouble());
+      const int dashes = b.readBitShort();
+      if (!countFits(dashes, 2, b)) return false;
+      out.integer(79, dashes);
+      for (int d = 0; d < dashes && !b.failed(); ++d) out.real(49, b.readBitDouble());
+    }
+  }
+  const DwgColor fill = readColorAndNames(o, context.text);
+  out.integer(63, fill.index);
+  point2(out, 11, b.readRaw2Doubles());
+  out.integer(99, b.readBitLong());
+  if (gradients && g.kind != 0) {
+    out.integer(450, g.kind);
+    out.integer(451, g.reserved);
+    out.integer(452, g.singleColor);
+    out.append(gradientColors, 0, 1);  // 453
+    out.real(460, g.angle);
+    out.real(461, g.shift);
+    out.real(462, g.tint);
+    out.append(gradientColors, 1, gradientColors.size());
+    out.text(470, gradientName);
+  }
+  o.readCommonHandles();
+  return !b.failed();
+}
+
 bool decodeMline(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const double scale = b.readBitDouble();
@@ -325,6 +428,7 @@ constexpr DwgEntityEntry kTypes[] = {
     {78, {"HATCH", decodeHatch}},
     {0, {"IMAGE", decodeImage}},
     {0, {"WIPEOUT", decodeWipeout}},
+    {0, {"MPOLYGON", decodeMpolygon}},
 };
 
 }  // namespace
