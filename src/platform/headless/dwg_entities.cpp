@@ -14,6 +14,7 @@ constexpr DwgEntityFamily (*kFamilies[])() = {
     dwgCurveEntities,
     dwgSolidEntities,
     dwgAnnotationEntities,
+    dwgTableEntities,
 };
 
 // The fixed types by number, the class types by name; built once.

@@ -73,6 +73,7 @@ DwgEntityFamily dwgOtherEntities();       // multileaders, shapes, images, under
 DwgEntityFamily dwgCurveEntities();       // old-style polylines and vertices, splines, helices, viewports
 DwgEntityFamily dwgSolidEntities();       // regions, 3D solids, bodies and surfaces: modeler data
 DwgEntityFamily dwgAnnotationEntities();  // multiline text, dimensions, leaders, tolerances
+DwgEntityFamily dwgTableEntities();       // tables: their sizes and cells
 
 // The fields of a multiline text from its insertion point to its background (R2018 drawings repeat some
 // of them, with the columns, after these), as MTEXT entities and R2018 multi-line attributes store them.
