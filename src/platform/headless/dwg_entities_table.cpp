@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include "platform/text.h"
+
 namespace headless {
 
 namespace {
@@ -47,10 +49,21 @@ bool readValue(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
       case 0: b.readBitLong(); break;
       case 1: out.integer(91, b.readBitLong()); break;
       case 2: out.real(140, b.readBitDouble()); break;
-      case 4:
-        o.readText(context.text);
-        out.text(1, context.text);
+      case 4: {  // a string: its size in bytes and its UTF-16 units
+        const std::int32_t size = b.readBitLong();
+        if (!countFits(size, 8, b)) return false;
+        std::string& text = context.text;
+        text.clear();
+        for (std::int32_t k = 0; k + 1 < size && !b.failed(); k += 2) {
+          char32_t c = b.readRawChar();
+          c |= char32_t(b.readRawChar()) << 8;
+          if (c == 0) continue;
+          platform::appendUtf8(text, c);
+        }
+        if (size % 2) b.readRawChar();
+        out.text(1, text);
         break;
+      }
       case 8:    // a date: its bytes
       case 16:   // a 2D point
       case 32:   // a 3D point
@@ -129,9 +142,12 @@ bool readCell(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   std::int32_t attributes = 0;
   DwgTagList& cell = context.vertices;  // the groups after the override flags, which come later in the data
   cell.truncate(0);
+  const bool values = o.atLeast(DwgVersion::R2007);  // from R2007 on a value holds a text cell's text
   if (type == 1) {
-    o.readText(context.text);
-    cell.text(1, context.text);
+    if (!values) {
+      o.readText(context.text);
+      cell.text(1, context.text);
+    }
     context.slots.emplace_back(flagsAt, kDropHandle);
   } else if (type == 2) {
     context.slots.emplace_back(flagsAt, 340);
@@ -156,7 +172,6 @@ bool readCell(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
     flags = b.readBitLong();
     virtualEdges = b.readRawChar();
   }
-  const bool values = o.atLeast(DwgVersion::R2007);
   // DXF gives the flags' low 16 bits before R2007 (177), the whole word after (91).
   out.integer(values ? 91 : 177, values ? flags : std::int16_t(flags & 0xFFFF));
   out.integer(178, virtualEdges);
@@ -252,7 +267,7 @@ bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   const DwgPoint3 e = b.read3BitDoubles();
   const bool attributes = b.readBit();
   std::int32_t owned = 0;
-  if (o.atLeast(DwgVersion::R2004)) {
+  if (attributes && o.atLeast(DwgVersion::R2004)) {
     owned = b.readBitLong();
     if (owned < 0 || std::size_t(owned) > o.handles.bitsLeft() / 8) return false;
   }
