@@ -54,11 +54,17 @@ bool readValue(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
         if (!countFits(size, 8, b)) return false;
         std::string& text = context.text;
         text.clear();
+        char32_t high = 0;  // the first half of a surrogate pair
         for (std::int32_t k = 0; k + 1 < size && !b.failed(); k += 2) {
           char32_t c = b.readRawChar();
           c |= char32_t(b.readRawChar()) << 8;
-          if (c == 0) continue;
-          platform::appendUtf8(text, c);
+          if (c >= 0xD800 && c < 0xDC00) {
+            high = c;
+            continue;
+          }
+          if (high && c >= 0xDC00 && c < 0xE000) c = 0x10000 + ((high - 0xD800) << 10) + (c - 0xDC00);
+          high = 0;
+          if (c != 0) platform::appendUtf8(text, c);
         }
         if (size % 2) b.readRawChar();
         out.text(1, text);
