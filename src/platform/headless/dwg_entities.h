@@ -110,6 +110,10 @@ bool dwgFitCubicSpline(std::span<const DwgPoint3> fitPoints, const DwgPoint3& st
                        const DwgPoint3& endTangent, int knotParameter, std::vector<DwgPoint3>& controlPoints,
                        std::vector<double>& knots, std::vector<double>& factors);
 
+// An insert's scale factors: three bit doubles before R2000, from then on a bit pair saying which are 1 or
+// equal, then those stored.
+DwgPoint3 readInsertScale(DwgObjectReader& o);
+
 // What the decoders share.
 inline constexpr double kDwgDegrees = 180.0 / std::numbers::pi;
 inline bool isDefaultExtrusion(const DwgPoint3& p) { return p.x == 0.0 && p.y == 0.0 && p.z == 1.0; }

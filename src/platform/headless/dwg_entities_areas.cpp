@@ -100,38 +100,80 @@ bool readPolylinePath(DwgObjectReader& o, DwgTagList& out) {
   return !b.failed();
 }
 
+// A gradient fill as R2004 and later store it: it comes first in the data and last in DXF, its colours'
+// groups kept aside (in context.vertices) until then.
 struct Gradient {
+  bool stored = false;
   std::int32_t kind = 0, reserved = 0, singleColor = 0;
   double angle = 0, shift = 0, tint = 0;
+  std::string name;
 };
+bool readGradient(DwgObjectReader& o, Gradient& g, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  DwgTagList& colors = context.vertices;
+  colors.truncate(0);
+  g.stored = o.atLeast(DwgVersion::R2004);
+  if (!g.stored) return true;
+  g.kind = b.readBitLong();
+  g.reserved = b.readBitLong();
+  g.angle = b.readBitDouble();
+  g.shift = b.readBitDouble();
+  g.singleColor = b.readBitLong();
+  g.tint = b.readBitDouble();
+  const std::int32_t count = b.readBitLong();
+  if (!countFits(count, 2 + 2 + 2 + 8, b)) return false;
+  colors.integer(453, count);
+  for (std::int32_t k = 0; k < count && !b.failed(); ++k) {
+    colors.real(463, b.readBitDouble());
+    const DwgColor c = readColorAndNames(o, context.text);
+    colors.integer(63, c.index);
+    colors.integer(421, c.rgb & 0xFFFFFF);
+  }
+  o.readText(g.name);
+  return !b.failed();
+}
+// Writers give the gradient groups of gradient fills; for the others they say nothing the defaults do not.
+void appendGradient(DwgTagList& out, const Gradient& g, const DwgDecodeContext& context) {
+  if (!g.stored || g.kind == 0) return;
+  const DwgTagList& colors = context.vertices;
+  out.integer(450, g.kind);
+  out.integer(451, g.reserved);
+  out.integer(452, g.singleColor);
+  out.append(colors, 0, 1);  // 453
+  out.real(460, g.angle);
+  out.real(461, g.shift);
+  out.real(462, g.tint);
+  out.append(colors, 1, colors.size());
+  out.text(470, g.name);
+}
+
+// A fill pattern's angle, scale, doubling and lines with their dashes.
+bool readPattern(DwgBitReader& b, DwgTagList& out) {
+  out.real(52, b.readBitDouble() * kDwgDegrees);
+  out.real(41, b.readBitDouble());
+  out.integer(77, b.readBit() ? 1 : 0);
+  const int lines = b.readBitShort();
+  if (!countFits(lines, 2 + 4 * 2 + 2, b)) return false;
+  out.integer(78, lines);
+  for (int k = 0; k < lines && !b.failed(); ++k) {
+    out.real(53, b.readBitDouble() * kDwgDegrees);
+    out.real(43, b.readBitDouble());
+    out.real(44, b.readBitDouble());
+    out.real(45, b.readBitDouble());
+    out.real(46, b.readBitDouble());
+    const int dashes = b.readBitShort();
+    if (!countFits(dashes, 2, b)) return false;
+    out.integer(79, dashes);
+    for (int d = 0; d < dashes && !b.failed(); ++d) out.real(49, b.readBitDouble());
+  }
+  return !b.failed();
+}
 
 bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const std::size_t first = out.size();
-  // The gradient comes first in the data and last in DXF: its groups are kept aside until then.
-  DwgTagList& gradientColors = context.vertices;
-  gradientColors.truncate(0);
   Gradient g;
-  std::string gradientName;
-  const bool gradients = o.atLeast(DwgVersion::R2004);
-  if (gradients) {
-    g.kind = b.readBitLong();
-    g.reserved = b.readBitLong();
-    g.angle = b.readBitDouble();
-    g.shift = b.readBitDouble();
-    g.singleColor = b.readBitLong();
-    g.tint = b.readBitDouble();
-    const std::int32_t colors = b.readBitLong();
-    if (!countFits(colors, 2 + 2 + 2 + 8, b)) return false;
-    gradientColors.integer(453, colors);
-    for (std::int32_t k = 0; k < colors && !b.failed(); ++k) {
-      gradientColors.real(463, b.readBitDouble());
-      const DwgColor c = readColorAndNames(o, context.text);
-      gradientColors.integer(63, c.index);
-      gradientColors.integer(421, c.rgb & 0xFFFFFF);
-    }
-    o.readText(gradientName);
-  }
+  if (!readGradient(o, g, context)) return false;
   const double elevation = b.readBitDouble();
   const DwgPoint3 e = b.read3BitDoubles();
   o.readText(context.text);
@@ -163,42 +205,13 @@ bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   }
   out.integer(75, b.readBitShort());
   out.integer(76, b.readBitShort());
-  if (!solid) {
-    out.real(52, b.readBitDouble() * kDwgDegrees);
-    out.real(41, b.readBitDouble());
-    out.integer(77, b.readBit() ? 1 : 0);
-    const int lines = b.readBitShort();
-    if (!countFits(lines, 2 + 4 * 2 + 2, b)) return false;
-    out.integer(78, lines);
-    for (int k = 0; k < lines && !b.failed(); ++k) {
-      out.real(53, b.readBitDouble() * kDwgDegrees);
-      out.real(43, b.readBitDouble());
-      out.real(44, b.readBitDouble());
-      out.real(45, b.readBitDouble());
-      out.real(46, b.readBitDouble());
-      const int dashes = b.readBitShort();
-      if (!countFits(dashes, 2, b)) return false;
-      out.integer(79, dashes);
-      for (int d = 0; d < dashes && !b.failed(); ++d) out.real(49, b.readBitDouble());
-    }
-  }
+  if (!solid && !readPattern(b, out)) return false;
   if (pixelSize) out.real(47, b.readBitDouble());
   const std::int32_t seeds = b.readBitLong();
   if (!countFits(seeds, kMinPointBits, b)) return false;
   out.integer(98, seeds);
   for (std::int32_t k = 0; k < seeds && !b.failed(); ++k) point2(out, 10, b.readRaw2Doubles());
-  // Writers give the gradient groups of gradient fills; for the others they say nothing the defaults do not.
-  if (gradients && g.kind != 0) {
-    out.integer(450, g.kind);
-    out.integer(451, g.reserved);
-    out.integer(452, g.singleColor);
-    out.append(gradientColors, 0, 1);  // 453
-    out.real(460, g.angle);
-    out.real(461, g.shift);
-    out.real(462, g.tint);
-    out.append(gradientColors, 1, gradientColors.size());
-    out.text(470, gradientName);
-  }
+  appendGradient(out, g, context);
   o.readCommonHandles();
   if (b.failed()) return false;
   // The source objects' handles go after their paths' counts.
@@ -241,29 +254,8 @@ bool readMpolygonPath(DwgObjectReader& o, DwgTagList& out) {
 bool decodeMpolygon(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const int style = b.readBitShort();
-  DwgTagList& gradientColors = context.vertices;
-  gradientColors.truncate(0);
   Gradient g;
-  std::string gradientName;
-  const bool gradients = o.atLeast(DwgVersion::R2004);
-  if (gradients) {
-    g.kind = b.readBitLong();
-    g.reserved = b.readBitLong();
-    g.angle = b.readBitDouble();
-    g.shift = b.readBitDouble();
-    g.singleColor = b.readBitLong();
-    g.tint = b.readBitDouble();
-    const std::int32_t colors = b.readBitLong();
-    if (!countFits(colors, 2 + 2 + 2 + 8, b)) return false;
-    gradientColors.integer(453, colors);
-    for (std::int32_t k = 0; k < colors && !b.failed(); ++k) {
-      gradientColors.real(463, b.readBitDouble());
-      const DwgColor c = readColorAndNames(o, context.text);
-      gradientColors.integer(63, c.index);
-      gradientColors.integer(421, c.rgb & 0xFFFFFF);
-    }
-    o.readText(gradientName);
-  }
+  if (!readGradient(o, g, context)) return false;
   const double elevation = b.readBitDouble();
   const DwgPoint3 e = b.read3BitDoubles();
   o.readText(context.text);
@@ -281,40 +273,12 @@ bool decodeMpolygon(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& conte
     if (!readMpolygonPath(o, out)) return false;
   out.integer(75, style);
   out.integer(76, b.readBitShort());
-  if (!solid) {
-    out.real(52, b.readBitDouble() * kDwgDegrees);
-    out.real(41, b.readBitDouble());
-    out.integer(77, b.readBit() ? 1 : 0);
-    const int lines = b.readBitShort();
-    if (!countFits(lines, 2 + 4 * 2 + 2, b)) return false;
-    out.integer(78, lines);
-    for (int k = 0; k < lines && !b.failed(); ++k) {
-      out.real(53, b.readBitDouble() * kDwgDegrees);
-      out.real(43, b.readBitDouble());
-      out.real(44, b.readBitDouble());
-      out.real(45, b.readBitDouble());
-      out.real(46, b.readBitDouble());
-      const int dashes = b.readBitShort();
-      if (!countFits(dashes, 2, b)) return false;
-      out.integer(79, dashes);
-      for (int d = 0; d < dashes && !b.failed(); ++d) out.real(49, b.readBitDouble());
-    }
-  }
+  if (!solid && !readPattern(b, out)) return false;
   const DwgColor fill = readColorAndNames(o, context.text);
   out.integer(63, fill.index);
   point2(out, 11, b.readRaw2Doubles());
   out.integer(99, b.readBitLong());
-  if (gradients && g.kind != 0) {
-    out.integer(450, g.kind);
-    out.integer(451, g.reserved);
-    out.integer(452, g.singleColor);
-    out.append(gradientColors, 0, 1);  // 453
-    out.real(460, g.angle);
-    out.real(461, g.shift);
-    out.real(462, g.tint);
-    out.append(gradientColors, 1, gradientColors.size());
-    out.text(470, gradientName);
-  }
+  appendGradient(out, g, context);
   o.readCommonHandles();
   return !b.failed();
 }

@@ -251,24 +251,7 @@ bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   }
   DwgBitReader& b = o.bits;
   const DwgPoint3 at = b.read3BitDoubles();
-  DwgPoint3 scale{1, 1, 1};
-  if (o.atLeast(DwgVersion::R2000)) {
-    switch (b.readBitPair()) {
-      case 3: break;
-      case 1:
-        scale.y = b.readDoubleWithDefault(1.0);
-        scale.z = b.readDoubleWithDefault(1.0);
-        break;
-      case 2: scale.x = scale.y = scale.z = b.readRawDouble(); break;
-      default:
-        scale.x = b.readRawDouble();
-        scale.y = b.readDoubleWithDefault(scale.x);
-        scale.z = b.readDoubleWithDefault(scale.x);
-        break;
-    }
-  } else {
-    scale = b.read3BitDoubles();
-  }
+  const DwgPoint3 scale = readInsertScale(o);
   const double rotation = b.readBitDouble();
   const DwgPoint3 e = b.read3BitDoubles();
   const bool attributes = b.readBit();
