@@ -110,9 +110,16 @@ bool dwgFitCubicSpline(std::span<const DwgPoint3> fitPoints, const DwgPoint3& st
                        const DwgPoint3& endTangent, int knotParameter, std::vector<DwgPoint3>& controlPoints,
                        std::vector<double>& knots, std::vector<double>& factors);
 
-// An insert's scale factors: three bit doubles before R2000, from then on a bit pair saying which are 1 or
-// equal, then those stored.
-DwgPoint3 readInsertScale(DwgObjectReader& o);
+// What inserts and tables store first: insertion point, scale factors (from R2000 on a bit pair says which
+// are 1 or equal), rotation, extrusion and whether attributes follow (from R2004 on with their count).
+struct DwgInsertPart {
+  DwgPoint3 at, scale{1, 1, 1}, extrusion;
+  double rotation = 0;
+  bool attributes = false;
+  std::int32_t owned = 0;
+};
+// False when the attributes' count cannot be right.
+bool readDwgInsertPart(DwgObjectReader& o, DwgInsertPart& part);
 
 // What the decoders share.
 inline constexpr double kDwgDegrees = 180.0 / std::numbers::pi;

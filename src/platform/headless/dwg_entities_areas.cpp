@@ -83,11 +83,12 @@ bool readEdgePath(DwgObjectReader& o, DwgTagList& out) {
   return true;
 }
 
-// A boundary path given as a polyline: vertices with optional bulges.
-bool readPolylinePath(DwgObjectReader& o, DwgTagList& out) {
+// A boundary path given as a polyline: vertices with optional bulges. Its bulge and closed bits come in that
+// order in a hatch, the other way round in an MPOLYGON (closedFirst).
+bool readPolylinePath(DwgObjectReader& o, DwgTagList& out, bool closedFirst = false) {
   DwgBitReader& b = o.bits;
-  const bool bulges = b.readBit();
-  const bool closed = b.readBit();
+  const bool first = b.readBit(), second = b.readBit();
+  const bool bulges = closedFirst ? second : first, closed = closedFirst ? first : second;
   const std::int32_t vertices = b.readBitLong();
   if (!countFits(vertices, kMinPointBits, b)) return false;
   out.integer(72, bulges ? 1 : 0);
@@ -229,25 +230,6 @@ bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return true;
 }
 
-// One boundary path of an MPOLYGON: always a polyline, its closed and bulge bits first (the other order from
-// a hatch's), then its vertices.
-bool readMpolygonPath(DwgObjectReader& o, DwgTagList& out) {
-  DwgBitReader& b = o.bits;
-  const bool closed = b.readBit();
-  const bool bulges = b.readBit();
-  const std::int32_t vertices = b.readBitLong();
-  if (!countFits(vertices, kMinPointBits, b)) return false;
-  out.integer(92, 2);
-  out.integer(72, bulges ? 1 : 0);
-  out.integer(73, closed ? 1 : 0);
-  out.integer(93, vertices);
-  for (std::int32_t k = 0; k < vertices && !b.failed(); ++k) {
-    point2(out, 10, b.readRaw2Doubles());
-    if (bulges) out.real(42, b.readBitDouble());
-  }
-  return !b.failed();
-}
-
 // MPOLYGON: a hatch whose boundary paths are drawn too and have no source objects. Its style leads, the
 // gradient as a hatch stores it follows; after the paths come the pattern, the fill colour and the
 // pattern's direction.
@@ -269,8 +251,11 @@ bool decodeMpolygon(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& conte
   out.text(2, context.text);
   out.integer(71, solid ? 1 : 0);
   out.integer(91, paths);
-  for (std::int32_t p = 0; p < paths; ++p)
-    if (!readMpolygonPath(o, out)) return false;
+  // Its paths are all polylines, their flags not stored.
+  for (std::int32_t p = 0; p < paths; ++p) {
+    out.integer(92, 2);
+    if (!readPolylinePath(o, out, true)) return false;
+  }
   out.integer(75, style);
   out.integer(76, b.readBitShort());
   if (!solid && !readPattern(b, out)) return false;

@@ -343,16 +343,9 @@ bool decodeAttribute(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
 
 bool decodeInsert(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
-  const DwgPoint3 at = b.read3BitDoubles();
-  const DwgPoint3 scale = readInsertScale(o);
-  const double rotation = b.readBitDouble();
-  const DwgPoint3 e = b.read3BitDoubles();
-  const bool attributes = b.readBit();
-  std::int32_t owned = 0;
-  if (attributes && o.atLeast(DwgVersion::R2004)) {
-    owned = b.readBitLong();
-    if (owned < 0 || std::size_t(owned) > o.handles.bitsLeft() / 8) return false;
-  }
+  DwgInsertPart part;
+  if (!readDwgInsertPart(o, part)) return false;
+  const auto& [at, scale, e, rotation, attributes, owned] = part;
   const bool minsert = o.type == 8;
   int columns = 1, rows = 1;
   double columnSpacing = 0, rowSpacing = 0;
@@ -405,24 +398,37 @@ constexpr DwgEntityEntry kTypes[] = {
 
 DwgEntityFamily dwgPlainEntities() { return kTypes; }
 
-DwgPoint3 readInsertScale(DwgObjectReader& o) {
+bool readDwgInsertPart(DwgObjectReader& o, DwgInsertPart& part) {
   DwgBitReader& b = o.bits;
-  if (!o.atLeast(DwgVersion::R2000)) return b.read3BitDoubles();
-  DwgPoint3 scale{1, 1, 1};
-  switch (b.readBitPair()) {
-    case 3: break;  // (1, 1, 1)
-    case 1:         // x is 1
-      scale.y = b.readDoubleWithDefault(1.0);
-      scale.z = b.readDoubleWithDefault(1.0);
-      break;
-    case 2: scale.x = scale.y = scale.z = b.readRawDouble(); break;
-    default:
-      scale.x = b.readRawDouble();
-      scale.y = b.readDoubleWithDefault(scale.x);
-      scale.z = b.readDoubleWithDefault(scale.x);
-      break;
+  part.at = b.read3BitDoubles();
+  DwgPoint3& scale = part.scale;
+  scale = {1, 1, 1};
+  if (!o.atLeast(DwgVersion::R2000)) {
+    scale = b.read3BitDoubles();
+  } else {
+    switch (b.readBitPair()) {
+      case 3: break;  // (1, 1, 1)
+      case 1:         // x is 1
+        scale.y = b.readDoubleWithDefault(1.0);
+        scale.z = b.readDoubleWithDefault(1.0);
+        break;
+      case 2: scale.x = scale.y = scale.z = b.readRawDouble(); break;
+      default:
+        scale.x = b.readRawDouble();
+        scale.y = b.readDoubleWithDefault(scale.x);
+        scale.z = b.readDoubleWithDefault(scale.x);
+        break;
+    }
   }
-  return scale;
+  part.rotation = b.readBitDouble();
+  part.extrusion = b.read3BitDoubles();
+  part.attributes = b.readBit();
+  part.owned = 0;
+  if (part.attributes && o.atLeast(DwgVersion::R2004)) {
+    part.owned = b.readBitLong();
+    if (part.owned < 0 || std::size_t(part.owned) > o.handles.bitsLeft() / 8) return false;
+  }
+  return !b.failed();
 }
 
 }  // namespace headless

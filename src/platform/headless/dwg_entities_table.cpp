@@ -250,16 +250,9 @@ bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
     return false;
   }
   DwgBitReader& b = o.bits;
-  const DwgPoint3 at = b.read3BitDoubles();
-  const DwgPoint3 scale = readInsertScale(o);
-  const double rotation = b.readBitDouble();
-  const DwgPoint3 e = b.read3BitDoubles();
-  const bool attributes = b.readBit();
-  std::int32_t owned = 0;
-  if (attributes && o.atLeast(DwgVersion::R2004)) {
-    owned = b.readBitLong();
-    if (owned < 0 || std::size_t(owned) > o.handles.bitsLeft() / 8) return false;
-  }
+  DwgInsertPart part;
+  if (!readDwgInsertPart(o, part)) return false;
+  const auto& [at, scale, e, rotation, attributes, owned] = part;
   const std::int32_t flags = b.readBitShort();
   const DwgPoint3 direction = b.read3BitDoubles();
   const std::int32_t columns = b.readBitLong();
@@ -309,22 +302,25 @@ bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   assembled.truncate(0);
   std::size_t from = 0;
   for (std::size_t k = 0; k < cellSlots; ++k) {
-    const auto [at, code] = context.slots[k];
-    assembled.append(cells, from, at);
-    from = at;
+    const auto [place, code] = context.slots[k];
+    assembled.append(cells, from, place);
+    from = place;
     const std::uint64_t h = o.readHandle();
     if (code != kDropHandle) assembled.handle(code, h);
   }
   assembled.append(cells, from, cells.size());
   // The row kinds' text styles, stored title, header, data, take the places left for them.
+  std::array<bool, 3> styled{};
+  for (std::size_t k = cellSlots; k < context.slots.size(); ++k) styled[context.slots[k].second] = true;
   std::array<std::uint64_t, 3> styles{};
-  for (std::size_t k = cellSlots; k < context.slots.size(); ++k) styles[context.slots[k].second] = o.readHandle();
+  for (int kind = 0; kind < 3; ++kind)
+    if (styled[kind]) styles[kind] = o.readHandle();
   from = 0;
   for (std::size_t k = cellSlots; k < context.slots.size(); ++k) {
-    const auto [at, kind] = context.slots[k];
-    out.append(overrides, from, at);
+    const auto [place, kind] = context.slots[k];
+    out.append(overrides, from, place);
     out.handle(7, styles[kind]);
-    from = at + 1;
+    from = place + 1;
   }
   out.append(overrides, from, overrides.size());
   out.append(sizes, widthsEnd, sizes.size());
