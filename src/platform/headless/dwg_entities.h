@@ -120,6 +120,11 @@ struct DwgInsertPart {
 };
 // False when the attributes' count cannot be right.
 bool readDwgInsertPart(DwgObjectReader& o, DwgInsertPart& part);
+// Skips the handles of the attributes and their sequence end, found again through their owner.
+void skipDwgAttributeHandles(DwgObjectReader& o, const DwgInsertPart& part);
+// The part's groups from the subclass marker through the rotation (50), defaults left out.
+void appendDwgInsertPart(DwgTagList& out, const DwgInsertPart& part, std::string_view marker,
+                         std::string_view block);
 
 // What the decoders share.
 inline constexpr double kDwgDegrees = 180.0 / std::numbers::pi;

@@ -345,7 +345,7 @@ bool decodeInsert(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   DwgBitReader& b = o.bits;
   DwgInsertPart part;
   if (!readDwgInsertPart(o, part)) return false;
-  const auto& [at, scale, e, rotation, attributes, owned] = part;
+  const DwgPoint3& e = part.extrusion;
   const bool minsert = o.type == 8;
   int columns = 1, rows = 1;
   double columnSpacing = 0, rowSpacing = 0;
@@ -357,19 +357,8 @@ bool decodeInsert(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context
   }
   o.readCommonHandles();
   const std::uint64_t block = o.readHandle();
-  // The attributes' handles (and the sequence end's) are found again through their owner.
-  if (attributes) {
-    const std::int32_t skipped = o.atLeast(DwgVersion::R2004) ? owned : 2;
-    for (std::int32_t i = 0; i < skipped + 1 && !o.handles.failed(); ++i) o.readHandle();
-  }
-  out.text(100, minsert ? "AcDbMInsertBlock" : "AcDbBlockReference");
-  if (attributes) out.integer(66, 1);
-  out.text(2, context.nameOf(block));
-  out.point(10, at);
-  if (scale.x != 1.0) out.real(41, scale.x);
-  if (scale.y != 1.0) out.real(42, scale.y);
-  if (scale.z != 1.0) out.real(43, scale.z);
-  if (rotation != 0.0) out.real(50, rotation * kDwgDegrees);
+  skipDwgAttributeHandles(o, part);
+  appendDwgInsertPart(out, part, minsert ? "AcDbMInsertBlock" : "AcDbBlockReference", context.nameOf(block));
   if (minsert) {
     out.integer(70, columns);
     out.integer(71, rows);
@@ -397,6 +386,24 @@ constexpr DwgEntityEntry kTypes[] = {
 }  // namespace
 
 DwgEntityFamily dwgPlainEntities() { return kTypes; }
+
+void skipDwgAttributeHandles(DwgObjectReader& o, const DwgInsertPart& part) {
+  if (!part.attributes) return;
+  const std::int32_t skipped = o.atLeast(DwgVersion::R2004) ? part.owned : 2;
+  for (std::int32_t i = 0; i < skipped + 1 && !o.handles.failed(); ++i) o.readHandle();
+}
+
+void appendDwgInsertPart(DwgTagList& out, const DwgInsertPart& part, std::string_view marker,
+                         std::string_view block) {
+  out.text(100, marker);
+  if (part.attributes) out.integer(66, 1);
+  out.text(2, block);
+  out.point(10, part.at);
+  if (part.scale.x != 1.0) out.real(41, part.scale.x);
+  if (part.scale.y != 1.0) out.real(42, part.scale.y);
+  if (part.scale.z != 1.0) out.real(43, part.scale.z);
+  if (part.rotation != 0.0) out.real(50, part.rotation * kDwgDegrees);
+}
 
 bool readDwgInsertPart(DwgObjectReader& o, DwgInsertPart& part) {
   DwgBitReader& b = o.bits;

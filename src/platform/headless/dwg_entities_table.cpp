@@ -252,7 +252,7 @@ bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   DwgBitReader& b = o.bits;
   DwgInsertPart part;
   if (!readDwgInsertPart(o, part)) return false;
-  const auto& [at, scale, e, rotation, attributes, owned] = part;
+  const DwgPoint3& e = part.extrusion;
   const std::int32_t flags = b.readBitShort();
   const DwgPoint3 direction = b.read3BitDoubles();
   const std::int32_t columns = b.readBitLong();
@@ -275,19 +275,9 @@ bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
 
   o.readCommonHandles();
   const std::uint64_t block = o.readHandle();
-  if (attributes) {
-    const std::int32_t skipped = o.atLeast(DwgVersion::R2004) ? owned : 2;
-    for (std::int32_t i = 0; i < skipped + 1 && !o.handles.failed(); ++i) o.readHandle();
-  }
+  skipDwgAttributeHandles(o, part);
   const std::uint64_t style = o.readHandle();
-  out.text(100, "AcDbBlockReference");
-  if (attributes) out.integer(66, 1);
-  out.text(2, context.nameOf(block));
-  out.point(10, at);
-  if (scale.x != 1.0) out.real(41, scale.x);
-  if (scale.y != 1.0) out.real(42, scale.y);
-  if (scale.z != 1.0) out.real(43, scale.z);
-  if (rotation != 0.0) out.real(50, rotation * kDwgDegrees);
+  appendDwgInsertPart(out, part, "AcDbBlockReference", context.nameOf(block));
   extrusion(out, e);
   out.text(100, "AcDbTable");
   out.handle(342, style);
