@@ -4,6 +4,7 @@
 // refused by name.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
@@ -644,6 +645,33 @@ TEST(DwgReader, AnnotationEntitiesReadAlikeInEveryRelease) {
     if (first.empty()) first = common;
     expectSameGroups(common, first);
     EXPECT_EQ(std::string(year) >= "2018", db.find(db.entities[0].tagBegin, db.entities[0].tagCount, 101) != nullptr);
+  }
+}
+
+// Anonymous blocks are numbered as DXF writers number them, by their place in the block table: the same
+// names as the twins', so that a block reference names the same block in both.
+TEST(DwgReader, AnonymousBlocksAreNamedAsInTheirTwins) {
+  const std::pair<const char*, const char*> twins[] = {
+      {"same_drawing/libredwg_example/libredwg_example_2000.dwg", "same_drawing/libredwg_example/libredwg_example_2000.dxf"},
+      {"same_drawing/libredwg_example/libredwg_example_2007.dwg", "same_drawing/libredwg_example/libredwg_example_2007.dxf"},
+      {"same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015.dwg",
+       "same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015_ascii.dxf"}};
+  auto namesOf = [](const DatabaseData& db) {
+    std::set<std::string> names;
+    for (const platform::BlockRec& b : db.blocks) names.insert(b.name);
+    return names;
+  };
+  for (const auto& [dwgName, dxfName] : twins) {
+    const std::string dwg = corpusFile(dwgName), dxf = corpusFile(dxfName);
+    if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+    SCOPED_TRACE(dwgName);
+    DatabaseData a, b;
+    platform::ReadReport ra, rb;
+    ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
+    ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+    const std::set<std::string> names = namesOf(a);
+    EXPECT_EQ(names, namesOf(b));
+    EXPECT_GT(std::count_if(names.begin(), names.end(), [](const std::string& n) { return n.rfind("*D", 0) == 0; }), 5);
   }
 }
 

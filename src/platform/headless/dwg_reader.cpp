@@ -59,7 +59,9 @@ class DwgReader {
                      ") is damaged and was skipped";
   }
   void decodeTables();
-  std::uint64_t blockTablePaperSpace();
+  // The block header the block table names as paper space (0 when it cannot be read), and the place of
+  // each of its other entries.
+  std::uint64_t readBlockTable(std::unordered_map<std::uint64_t, int>& places);
   bool decodeEntities();
   void orderMembers(std::uint64_t owner, std::span<const std::uint64_t> listed, std::uint64_t first, std::uint64_t last,
                     std::vector<std::uint32_t>& members) const;
@@ -162,11 +164,13 @@ void DwgReader::decodeTables() {
     if (!object_.failed()) names_[h.handle] = std::move(name);
   }
   // Block headers may share a name (the second paper space, anonymous blocks stored as "*U"); they get
-  // numbers as DXF writers give them: "*Paper_Space0", "*U1".
+  // numbers as DXF writers give them: "*Paper_Space0"; an anonymous block its place in the block table
+  // ("*D3" for the fourth entry), or where that is taken or unknown, the next free number ("*U1").
   // The current layout's block is the one the block table names as paper space; the blocks of other
   // layouts stored under the same name are numbered after it.
   std::unordered_map<std::string, int> seen;
-  const std::uint64_t currentPaper = blockTablePaperSpace();
+  std::unordered_map<std::uint64_t, int> places;
+  const std::uint64_t currentPaper = readBlockTable(places);
   for (const DwgBlockHeader& b : blocks_)
     if (b.handle == currentPaper && toUpperAscii(b.name) == "*PAPER_SPACE") {
       paperSpace_ = b.handle;
@@ -177,6 +181,16 @@ void DwgReader::decodeTables() {
     const std::string key = toUpperAscii(b.name);
     const bool bareAnonymous = key.size() == 2 && key[0] == '*';
     int& count = seen[key];
+    if (auto place = places.find(b.handle); bareAnonymous && place != places.end()) {
+      std::string name = b.name + std::to_string(place->second);
+      if (!seen.contains(toUpperAscii(name))) {
+        b.name = name;
+        names_[b.handle] = name;
+        ++seen[toUpperAscii(name)];
+        ++count;
+        continue;
+      }
+    }
     if (count > 0 || bareAnonymous) {
       const bool paper = key == "*PAPER_SPACE";
       std::string name;
@@ -193,16 +207,17 @@ void DwgReader::decodeTables() {
 }
 
 // The paper space block the block table (its control object) names; 0 when it cannot be read.
-std::uint64_t DwgReader::blockTablePaperSpace() {
+std::uint64_t DwgReader::readBlockTable(std::unordered_map<std::uint64_t, int>& places) {
   for (const DwgObjectHeader& h : walk_.objects) {
     if (typeName(h.type) != "BLOCK_CONTROL" || !object_.open(s_, h, false)) continue;
     const std::int32_t entries = object_.bits.readBitLong();
     // Each entry's handle takes at least a byte of the handle stream.
     if (entries < 0 || std::size_t(entries) > object_.handles.bitsLeft() / 8) return 0;
     object_.readCommonHandles();
-    for (std::int32_t i = 0; i < entries && !object_.handles.failed(); ++i) object_.readHandle();
+    for (std::int32_t i = 0; i < entries && !object_.handles.failed(); ++i) places.emplace(object_.readHandle(), i);
     object_.readHandle();  // model space
     const std::uint64_t paper = object_.readHandle();
+    if (object_.failed()) places.clear();
     return object_.failed() ? 0 : paper;
   }
   return 0;
