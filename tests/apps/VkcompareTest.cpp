@@ -128,6 +128,40 @@ TEST_F(VkcompareFixture, DwgDrawingsCompareIdenticalToTheirDxfTwins) {
   }
 }
 
+// Revisions exchanged as DWG give the records the same revisions give as DXF (two dimensions added, two
+// tables changed); another pair shows its added ellipses.
+TEST_F(VkcompareFixture, DwgRevisionsReportWhatTheirDxfRevisionsReport) {
+  if (vktest::corpusDir().empty()) GTEST_SKIP() << "no corpus";
+  const std::string pair = vktest::corpusDir() + "/pairs/acadsharp_sample_2025-02_vs_2025-04/";
+  // The records of the one log in the test's folder, without its first line; the log is then removed.
+  auto records = [&] {
+    std::string text;
+    for (const auto& e : std::filesystem::directory_iterator(dir.path()))
+      if (e.path().extension() == ".ini") {
+        text = vktest::readFile(e.path().string());
+        std::filesystem::remove(e.path());
+      }
+    return text.substr(std::min(text.size(), text.find('\n')));
+  };
+  const Result dwg = run({pair + "rev_a_2025-02-08_sample_AC1018.dwg", pair + "rev_b_2025-04-11_sample_AC1018.dwg"});
+  ASSERT_EQ(dwg.status, 1) << dwg.out << dwg.err;
+  const std::string fromDwg = records();
+  const Result dxf =
+      run({pair + "rev_a_2025-02-08_sample_AC1032_ascii.dxf", pair + "rev_b_2025-04-11_sample_AC1032_ascii.dxf"});
+  ASSERT_EQ(dxf.status, 1) << dxf.out << dxf.err;
+  EXPECT_EQ(fromDwg, records());
+  EXPECT_NE(fromDwg.find("尺寸标注图元 新增"), std::string::npos) << fromDwg;
+
+  const std::string ellipses = vktest::corpusDir() + "/pairs/acadsharp_export_sample_ellipses/";
+  const Result added = run({ellipses + "rev_a_export_sample.dwg", ellipses + "rev_b_export_sample.dwg"});
+  ASSERT_EQ(added.status, 1) << added.out << added.err;
+  const std::string log = records();
+  std::size_t ellipsesAdded = 0;
+  for (std::size_t at = log.find("椭圆图元 新增"); at != std::string::npos; at = log.find("椭圆图元 新增", at + 1))
+    ++ellipsesAdded;
+  EXPECT_EQ(ellipsesAdded, 4u) << log;
+}
+
 // A drawing larger than the memory the process may take: the run ends as trouble naming the file, no log.
 TEST_F(VkcompareFixture, OutOfMemoryIsTroubleNamingTheFile) {
 #if defined(__SANITIZE_ADDRESS__)
