@@ -106,14 +106,14 @@ TEST(DwgEntities, GradientHatchesKeepTheirGradient) {
     const StoredTag* name = db.find(e.tagBegin, e.tagCount, 470);
     const StoredTag* colors = db.find(e.tagBegin, e.tagCount, 453);
     ASSERT_TRUE(kind && name && colors);
-    EXPECT_EQ(kind->integer, 1);
-    EXPECT_EQ(colors->integer, 2);
+    EXPECT_EQ(static_cast<long long>(kind->integer), 1);
+    EXPECT_EQ(static_cast<long long>(colors->integer), 2);
     gradients.insert(std::string(db.text(*name)));
     // Solid fills give no pattern lines, and the boundary still reads: one closed polyline path.
     EXPECT_EQ(db.find(e.tagBegin, e.tagCount, 78), nullptr);
     const StoredTag* paths = db.find(e.tagBegin, e.tagCount, 91);
     ASSERT_NE(paths, nullptr);
-    EXPECT_EQ(paths->integer, 1);
+    EXPECT_EQ(static_cast<long long>(paths->integer), 1);
   }
   EXPECT_EQ(gradients, (std::multiset<std::string>{"LINEAR", "INVCYLINDER"}));
 }

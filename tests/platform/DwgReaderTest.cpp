@@ -102,7 +102,7 @@ TEST(DwgReader, EntitiesMatchTheirDxfTwins) {
         else if (want->type == headless::TagType::Text || want->type == headless::TagType::Handle)
           EXPECT_EQ(a.text(*got), b.text(*want)) << "code " << code;
         else
-          EXPECT_EQ(got->integer, want->integer) << "code " << code;
+          EXPECT_EQ(static_cast<long long>(got->integer), static_cast<long long>(want->integer)) << "code " << code;
         ++compared;
       }
     }
