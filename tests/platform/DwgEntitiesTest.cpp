@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <map>
 #include <set>
 #include <vector>
@@ -17,15 +16,10 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using platform::DatabaseData;
 using platform::StoredTag;
 
-std::string corpusFile(const std::string& relative) {
-  const std::string corpus = vktest::corpusDir();
-  if (corpus.empty() || !fs::exists(fs::path(corpus) / relative)) return {};
-  return (fs::path(corpus) / relative).string();
-}
+using vktest::corpusFile;
 
 // One group as compared: its code and its value, numbers equal within what DXF writers round them to.
 struct Group {

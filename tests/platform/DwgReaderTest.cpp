@@ -28,11 +28,7 @@ namespace fs = std::filesystem;
 using platform::Accessor;
 using platform::DatabaseData;
 
-std::string corpusFile(const std::string& relative) {
-  const std::string corpus = vktest::corpusDir();
-  if (corpus.empty() || !fs::exists(fs::path(corpus) / relative)) return {};
-  return (fs::path(corpus) / relative).string();
-}
+using vktest::corpusFile;
 
 // Entity counts by DXF name: of each layout by its name, and of the other blocks as a sorted list (writers
 // number anonymous blocks as they like).

@@ -67,6 +67,13 @@ std::string corpusDir() {
 
 std::string dataDir() { return VK_TEST_DATA_DIR; }
 
+std::string corpusFile(std::string_view relative) {
+  const std::string corpus = corpusDir();
+  if (corpus.empty()) return {};
+  const std::filesystem::path path = std::filesystem::path(corpus) / relative;
+  return std::filesystem::exists(path) ? path.string() : std::string();
+}
+
 const std::string& isolateSettings() {
   static TempDir* dir = [] {
     auto* d = new TempDir();  // lives for the whole process: the settings store keeps its path

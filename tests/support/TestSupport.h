@@ -44,6 +44,8 @@ void writeFile(const std::string& path, std::string_view contents);
 // The shared corpus of real drawings ("" when absent: such tests skip), and the project's own fixtures.
 std::string corpusDir();
 std::string dataDir();
+// The path of a file of the corpus by its path inside it ("same_drawing/x/x.dwg"); "" when it is absent.
+std::string corpusFile(std::string_view relative);
 
 // Points the process's settings file at a temporary folder of its own (once per process) and returns it,
 // so that tests never read or write the user's settings. Call before the settings store is first used.
