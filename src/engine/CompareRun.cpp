@@ -123,7 +123,7 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
       platform::printToCommandLine(text);
     }
   }
-  state.EndOnFailure();
+  state.ReleaseDrawings();
   state.Prepare();
   return result;
 }

@@ -15,7 +15,7 @@ void CComparisonState::Prepare() {
   destination.reset();
 }
 
-void CComparisonState::EndOnFailure() {
+void CComparisonState::ReleaseDrawings() {
   source.reset();
   destination.reset();
   sideSource.reset();

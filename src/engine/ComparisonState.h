@@ -20,8 +20,8 @@ class CComparisonState {
 
   // The reset that every way in runs first: records, collections and drawing records are dropped.
   void Prepare();
-  // Releases what a failed or finished run opened (the side databases of the silent run).
-  void EndOnFailure();
+  // Releases the drawing records and the side databases a run opened, whether it failed or finished.
+  void ReleaseDrawings();
 
   KeyedComparers& sourceMap() { return source->entityMap; }
   KeyedComparers& destinationMap() { return destination->entityMap; }

@@ -28,7 +28,7 @@ extern "C" int I_VkCompareFiles_Silent(const char* sourcePath, const char* desti
         return RunSilentCompare(source, destination);
       },
       [&](const char* reason) {
-        state.EndOnFailure();
+        state.ReleaseDrawings();
         state.Prepare();
         state.lastOutcome = RunOutcome::Trouble;
         state.lastError = std::string(source) + " against " + destination + ": " + reason;

@@ -27,10 +27,6 @@ constexpr double kRadiansPerDegree = M_PI / 180.0;
 
 // ---- reading groups ----
 
-Handle handleOf(std::string_view hex) {
-  return static_cast<Handle>(std::strtoull(std::string(hex).c_str(), nullptr, 16));
-}
-
 double realOf(const StoredTag& t) { return t.type == TagType::Real ? t.real : static_cast<double>(t.integer); }
 long long integerOf(const StoredTag& t) { return t.type == TagType::Real ? platform::saturatingInteger(t.real) : t.integer; }
 
@@ -172,7 +168,7 @@ std::string dimensionTextStyle(const EntityView& e) {
   const DatabaseData& d = e.data;
   auto styleByHandle = [&d](const StoredTag* t) -> std::string {
     if (!t || (t->type != TagType::Handle && t->type != TagType::Text)) return {};
-    const ObjectRec* o = d.object(handleOf(d.text(*t)));
+    const ObjectRec* o = d.object(parseHandle(d.text(*t)));
     return o && d.name(o->type) == "STYLE" ? entryName(d, *o) : std::string();
   };
   std::string name = styleByHandle(dstyleOverride(e, 340));
@@ -197,7 +193,7 @@ const ObjectRec* extensionEntry(const EntityView& e, std::string_view entryName)
     if (t.code == 102) {
       inXdict = g.textAt(i) == "{ACAD_XDICTIONARY";
     } else if (inXdict && t.code == 360) {
-      dictionary = handleOf(g.textAt(i));
+      dictionary = parseHandle(g.textAt(i));
     }
   }
   const ObjectRec* dict = dictionary ? e.data.object(dictionary) : nullptr;
@@ -205,7 +201,7 @@ const ObjectRec* extensionEntry(const EntityView& e, std::string_view entryName)
   const Groups dg(e.data, dict->tagBegin, dict->tagCount);
   for (std::uint32_t i = 0; i + 1 < dg.size(); ++i)
     if (dg.at(i).code == 3 && dg.textAt(i) == entryName && (dg.at(i + 1).code == 350 || dg.at(i + 1).code == 360))
-      return e.data.object(handleOf(dg.textAt(i + 1)));
+      return e.data.object(parseHandle(dg.textAt(i + 1)));
   return nullptr;
 }
 
@@ -282,7 +278,7 @@ std::string mtextContents(const EntityView& e) {
     } else if (t.code == 1000 && g.textAt(i) == "ACAD_MTEXT_COLUMNS_END") {
       break;
     } else if (inColumns && t.code == 1005) {
-      const platform::ObjectId id = e.data.byHandle.find(handleOf(g.textAt(i)));
+      const platform::ObjectId id = e.data.byHandle.find(parseHandle(g.textAt(i)));
       if (platform::idKind(id) != platform::IdKind::Entity) continue;
       const std::uint32_t part = platform::idIndex(id);
       if (part != e.index && e.data.entities[part].owner == e.index) out += chunkedText(EntityView(e.data, part));
@@ -332,7 +328,7 @@ constexpr long long kValueDate = 8;
 constexpr long long kContentBlock = 4;
 
 std::string blockNameOf(const DatabaseData& d, std::string_view hex) {
-  const platform::ObjectId id = d.byHandle.find(handleOf(hex));
+  const platform::ObjectId id = d.byHandle.find(parseHandle(hex));
   if (platform::idKind(id) != platform::IdKind::BlockRecord) return {};
   return d.blocks[platform::idIndex(id)].name;
 }
@@ -391,7 +387,7 @@ const ObjectRec* tableContent(const EntityView& e) {
   const Groups g(e.data, record->tagBegin, record->tagCount);
   for (std::uint32_t i = 0; i < g.size(); ++i) {
     if (g.at(i).code != 360 && g.at(i).code != 340) continue;
-    const ObjectRec* o = e.data.object(handleOf(g.textAt(i)));
+    const ObjectRec* o = e.data.object(parseHandle(g.textAt(i)));
     if (o && e.data.name(o->type) == "TABLECONTENT") return o;
   }
   return nullptr;
@@ -541,7 +537,7 @@ TableData readTable(const EntityView& e) {
   if (!out.flowOverridden) {
     // The flow direction of the table's style (342 names the TABLESTYLE).
     if (const StoredTag* s = findOwn(e, 342))
-      if (const ObjectRec* style = e.data.object(handleOf(e.data.text(*s)))) {
+      if (const ObjectRec* style = e.data.object(parseHandle(e.data.text(*s)))) {
         const Groups sg(e.data, style->tagBegin, style->tagCount);
         out.flowDirection = sg.integer(70);
       }

@@ -334,7 +334,7 @@ ResBufList Entity::entGet() const {
         if (t.code >= 320 && t.code <= 369) {
           // Pointers become entity names of the objects they point to.
           h.type = ResBuf::Type::Name;
-          if (const ObjectId id = d.byHandle.find(std::strtoull(h.text.c_str(), nullptr, 16)); !id.isNull()) h.id = id;
+          if (const ObjectId id = d.byHandle.find(headless::parseHandle(h.text)); !id.isNull()) h.id = id;
         }
         break;
       }

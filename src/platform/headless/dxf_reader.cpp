@@ -53,20 +53,6 @@ bool looksLikeRecordName(std::string_view name) {
   return letter;
 }
 
-Handle parseHandle(std::string_view hex) {
-  Handle h = 0;
-  for (char c : hex) {
-    int d;
-    if (c >= '0' && c <= '9') d = c - '0';
-    else if (c >= 'a' && c <= 'f') d = c - 'a' + 10;
-    else if (c >= 'A' && c <= 'F') d = c - 'A' + 10;
-    else return 0;
-    if (h >> 60) return 0;  // longer than 64 bits: not a handle
-    h = h * 16 + static_cast<Handle>(d);
-  }
-  return h;
-}
-
 // ASCII without backslashes reads as itself in every encoding: no code page or escape changes it.
 bool isPlainText(std::string_view s) {
   unsigned char seen = 0;

@@ -1,7 +1,21 @@
-// The map of handles of a read drawing.
+// The map of handles of a read drawing, and the reading of handles as DXF writes them.
 #include "platform/headless/dxf_storage.h"
 
 namespace headless {
+
+platform::Handle parseHandle(std::string_view hex) {
+  platform::Handle h = 0;
+  for (char c : hex) {
+    int d;
+    if (c >= '0' && c <= '9') d = c - '0';
+    else if (c >= 'a' && c <= 'f') d = c - 'a' + 10;
+    else if (c >= 'A' && c <= 'F') d = c - 'A' + 10;
+    else return 0;
+    if (h >> 60) return 0;  // longer than 64 bits: not a handle
+    h = h * 16 + static_cast<platform::Handle>(d);
+  }
+  return h;
+}
 
 std::size_t HandleMap::slotOf(platform::Handle handle) const {
   // Handles often run in steps of 1 or 16: a multiplicative mix spreads them, and its high bits pick the

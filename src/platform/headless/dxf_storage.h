@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -29,6 +30,9 @@ constexpr std::uint32_t idIndex(ObjectId id) { return static_cast<std::uint32_t>
 namespace headless {
 
 using platform::PageArray;
+
+// The handle a DXF group writes in hexadecimal; 0 (no handle) for text that is not one or overflows 64 bits.
+platform::Handle parseHandle(std::string_view hex);
 
 // Object ids by handle. Table entries, block records and objects are added as they are read, into one
 // array probed in line; the entities, the bulk, are indexed once all are read, as their handles sorted
