@@ -20,6 +20,7 @@
 #include "platform/headless/dwg_reader.h"
 #include "platform/headless/dwg_tables.h"
 #include "platform/headless/dxf_reader.h"
+#include "platform/headless/dxf_storage.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -605,6 +606,72 @@ TEST(DwgReader, AnnotationEntitiesMatchTheirDxfTwins) {
   EXPECT_TRUE(chunked);
   EXPECT_TRUE(chinese);
   EXPECT_TRUE(hooked);
+}
+
+// The extended records filed in entities' extension dictionaries hold the groups of their twin's, entry by
+// entry: the multiline part of attribute definitions (R2000), the round-trip data of tables and viewports.
+TEST(DwgReader, ExtensionDictionaryRecordsMatchTheirDxfTwins) {
+  const std::string stem = "same_drawing/acadsharp_sample_rev_2025-04/acadsharp_sample_AC1015";
+  const std::string dwg = corpusFile(stem + ".dwg"), dxf = corpusFile(stem + "_ascii.dxf");
+  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData a, b;
+  platform::ReadReport ra, rb;
+  ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
+  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+  EXPECT_TRUE(ra.warnings.empty()) << ra.warnings.front();
+  auto text = [](const DatabaseData& db, std::uint32_t i) { return std::string(db.text(db.tags[i])); };
+  // The records an entity's extension dictionary files, by entry name.
+  auto entries = [&](const DatabaseData& db, const platform::EntityRec& e) {
+    std::map<std::string, const platform::ObjectRec*> found;
+    const platform::ObjectRec* dictionary = nullptr;
+    for (std::uint32_t i = e.tagBegin; i + 1 < e.tagBegin + e.tagCount && !dictionary; ++i)
+      if (db.tags[i].code == 102 && text(db, i) == "{ACAD_XDICTIONARY")
+        dictionary = db.object(headless::parseHandle(text(db, i + 1)));
+    for (std::uint32_t i = dictionary ? dictionary->tagBegin : 0; dictionary && i + 1 < dictionary->tagBegin + dictionary->tagCount; ++i)
+      if (db.tags[i].code == 3)
+        if (const platform::ObjectRec* o = db.object(headless::parseHandle(text(db, i + 1))); o && db.name(o->type) == "XRECORD")
+          found.emplace(text(db, i), o);
+    return found;
+  };
+  // A record's groups after its subclass marker; handles are left out, as the twin's writer numbered some
+  // objects anew.
+  auto groupsOf = [](const DatabaseData& db, const platform::ObjectRec& o) {
+    Groups groups;
+    bool own = false;
+    for (std::uint32_t i = 0; i < o.tagCount; ++i) {
+      const platform::StoredTag& t = db.tags[o.tagBegin + i];
+      if (own && t.type == headless::TagType::Real) groups.push_back({t.code, {}, t.real});
+      else if (own && t.type == headless::TagType::Handle) groups.push_back({t.code, {}, 0});
+      else if (own && (t.type == headless::TagType::Text || t.type == headless::TagType::Binary))
+        groups.push_back({t.code, std::string(db.text(t)), 0});
+      else if (own) groups.push_back({t.code, {}, static_cast<double>(t.integer)});
+      own = own || t.code == 100;
+    }
+    return groups;
+  };
+  std::map<platform::Handle, const platform::EntityRec*> twins;
+  for (const platform::EntityRec& e : b.entities) twins.emplace(e.handle, &e);
+  std::multiset<std::string> seen;
+  for (const platform::EntityRec& e : a.entities) {
+    auto twin = twins.find(e.handle);
+    if (twin == twins.end()) continue;
+    const auto want = entries(b, *twin->second);
+    for (const auto& [name, record] : entries(a, e)) {
+      SCOPED_TRACE(name + " of " + headless::dwgHex(e.handle));
+      ASSERT_TRUE(want.contains(name));
+      const Groups got = groupsOf(a, *record), expected = groupsOf(b, *want.at(name));
+      // The twin's writer keeps only the first groups of a viewport's round-trip record.
+      ASSERT_GE(got.size(), expected.size());
+      for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(got[i].code, expected[i].code) << i;
+        EXPECT_EQ(got[i].text, expected[i].text) << i;
+        EXPECT_NEAR(got[i].number, expected[i].number, 1e-9 * std::max(1.0, std::abs(expected[i].number))) << i;
+      }
+      seen.insert(name);
+    }
+  }
+  EXPECT_GE(seen.count("ACAD_MLATT"), 2u);
+  EXPECT_GE(seen.size(), 4u);
 }
 
 // One drawing saved in each release reads alike: a leader from R14 to R2018 (its style named in capitals in

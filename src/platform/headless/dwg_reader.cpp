@@ -9,6 +9,7 @@
 #include <unordered_set>
 
 #include "platform/headless/dwg_datastore.h"
+#include "platform/headless/dwg_dictionaries.h"
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_header.h"
 #include "platform/headless/dwg_tables.h"
@@ -70,6 +71,8 @@ class DwgReader {
   void emitBlocks(DwgTagList& out);
   void emitHeader(DwgTagList& out);
   void emitModelerData(DwgTagList& out);
+  // The entities' extension dictionaries and the extended records filed in them, for the OBJECTS section.
+  void decodeExtensionDictionaries();
 
   DwgSections& s_;
   ReadReport& report_;
@@ -82,6 +85,8 @@ class DwgReader {
   DwgTagList tables_[6];  // LTYPE, LAYER, STYLE, APPID, DIMSTYLE, BLOCK_RECORD
   DwgTagList staged_;
   DwgTagList definitions_;  // IMAGEDEF and the underlay definitions, for the OBJECTS section
+  DwgTagList extensions_;   // extension dictionaries and their records, for the OBJECTS section
+  std::vector<std::uint64_t> extensionDictionaries_;  // as the entities name them
   std::vector<StagedEntity> entities_;
   std::vector<std::uint64_t> owned_;
   std::unordered_map<std::uint64_t, std::uint32_t> indexOf_;  // staged entities by handle, once all are staged
@@ -284,6 +289,7 @@ bool DwgReader::decodeEntities() {
       staged_.text(102, "}");
     }
     if (c.xdictionary) {
+      extensionDictionaries_.push_back(c.xdictionary);
       staged_.text(102, "{ACAD_XDICTIONARY");
       staged_.handle(360, c.xdictionary);
       staged_.text(102, "}");
@@ -315,6 +321,32 @@ bool DwgReader::decodeEntities() {
     entities_.push_back(e);
   }
   return true;
+}
+
+void DwgReader::decodeExtensionDictionaries() {
+  if (extensionDictionaries_.empty()) return;
+  std::unordered_map<std::uint64_t, const DwgObjectHeader*> objects;
+  for (const DwgObjectHeader& h : walk_.objects) {
+    const std::string_view type = typeName(h.type);
+    if (type == "DICTIONARY" || type == "XRECORD") objects.emplace(h.handle, &h);
+  }
+  std::unordered_set<std::uint64_t> done;
+  std::vector<std::uint64_t> entries;
+  std::vector<std::uint8_t> bytes;
+  std::string scratch;
+  // A dictionary's entries are read once all dictionaries are: the records among them follow.
+  for (std::uint64_t handle : extensionDictionaries_) {
+    auto found = objects.find(handle);
+    if (found == objects.end() || typeName(found->second->type) != "DICTIONARY" || !done.insert(handle).second) continue;
+    if (!object_.open(s_, *found->second, false) || !decodeDwgDictionary(object_, extensions_, entries, scratch))
+      damaged(*found->second, "DICTIONARY");
+  }
+  for (std::uint64_t handle : entries) {
+    auto found = objects.find(handle);
+    if (found == objects.end() || typeName(found->second->type) != "XRECORD" || !done.insert(handle).second) continue;
+    if (!object_.open(s_, *found->second, false) || !decodeDwgXrecord(object_, extensions_, bytes))
+      damaged(*found->second, "XRECORD");
+  }
 }
 
 // Puts the entities of one owner in the order it gives: the handles it lists, or (before R2004) the links
@@ -489,6 +521,7 @@ bool DwgReader::run(DwgTagList& out) {
   walk_ = walkObjects(s_);
   decodeTables();
   if (!decodeEntities()) return false;
+  decodeExtensionDictionaries();
   emitHeader(out);
   out.record("SECTION");
   out.text(2, "CLASSES");
@@ -532,6 +565,7 @@ bool DwgReader::run(DwgTagList& out) {
     out.handle(330, b->handle);
   }
   out.append(definitions_, 0, definitions_.size());
+  out.append(extensions_, 0, extensions_.size());
   out.record("ENDSEC");
   emitModelerData(out);
   out.record("EOF");
