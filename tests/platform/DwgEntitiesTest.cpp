@@ -8,6 +8,7 @@
 #include <set>
 #include <vector>
 
+#include "platform/headless/codepage.h"
 #include "platform/headless/dwg_container.h"
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_reader.h"
@@ -230,3 +231,42 @@ TEST(DwgEntities, CustomEntitiesBecomeTheProxyRecordsOfTheDxfTwin) {
 }
 
 }  // namespace
+
+namespace {
+
+// The pieces a long text is cut into, as (code, text).
+std::vector<std::pair<int, std::string>> piecesOf(const std::string& text, bool utf8, const headless::TextDecoder* codePage) {
+  headless::DwgTagList out;
+  std::string buffer;
+  headless::longText(out, text, utf8, codePage, buffer);
+  std::vector<std::pair<int, std::string>> pieces;
+  for (std::size_t i = 0; i < out.size(); ++i) pieces.emplace_back(out[i].code, std::string(out.textOf(out[i])));
+  return pieces;
+}
+
+}  // namespace
+
+// Long texts are cut every 250 characters: bytes of a single-byte code page, code points of UTF-8, and in
+// a double-byte code page never inside a character, which would then read as two replacement characters.
+TEST(DwgEntities, LongTextsAreCutBetweenCharacters) {
+  const std::string gbk = std::string(249, 'a') + "\xD6\xD0" + std::string(10, 'b');  // "中" at byte 249
+  const headless::TextDecoder chinese("ANSI_936", headless::TextEncoding::CodePage);
+  const headless::TextDecoder western("ANSI_1252", headless::TextEncoding::CodePage);
+  auto pieces = piecesOf(gbk, false, &chinese);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_EQ(pieces[0], std::make_pair(3, std::string(249, 'a')));
+  EXPECT_EQ(pieces[1], std::make_pair(1, "\xD6\xD0" + std::string(10, 'b')));
+  // In ANSI_1252 the same bytes are two characters: the cut falls between them.
+  pieces = piecesOf(gbk, false, &western);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_EQ(pieces[0].second.size(), 250u);
+  const std::string utf8 = std::string(249, 'a') + "\xE4\xB8\xAD" + "b";
+  pieces = piecesOf(utf8, true, nullptr);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_EQ(pieces[0].second, std::string(249, 'a') + "\xE4\xB8\xAD");
+  EXPECT_EQ(pieces[1], std::make_pair(1, std::string("b")));
+  // A text of exactly one piece, and a control character written as DXF writes it.
+  pieces = piecesOf(std::string(250, 'c') + "\n", false, &western);
+  ASSERT_EQ(pieces.size(), 2u);
+  EXPECT_EQ(pieces[1], std::make_pair(1, std::string("^J")));
+}

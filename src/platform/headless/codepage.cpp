@@ -154,9 +154,9 @@ TextDecoder::TextDecoder(std::string_view codepage, TextEncoding encoding) : enc
     for (int b = 0; b < 256; ++b) table_[b] = b < 0x80 ? static_cast<char32_t>(b) : kReplacement;
     return;
   }
-  // A code page is single-byte when every byte converts on its own.
+  // A code page is single-byte when every byte converts on its own; the others have lead bytes.
   singleByte_ = true;
-  for (int b = 0; b < 256 && singleByte_; ++b) {
+  for (int b = 0; b < 256; ++b) {
     char in[1] = {static_cast<char>(b)};
     char outBuf[8];
     char* ip = in;
@@ -164,7 +164,10 @@ TextDecoder::TextDecoder(std::string_view codepage, TextEncoding encoding) : enc
     std::size_t il = 1, ol = sizeof outBuf;
     iconv(cd, nullptr, nullptr, nullptr, nullptr);
     if (iconv(cd, &ip, &il, &op, &ol) == static_cast<std::size_t>(-1)) {
-      if (errno == EINVAL && b >= 0x80) singleByte_ = false;  // a lead byte of a longer sequence
+      if (errno == EINVAL && b >= 0x80) {  // a lead byte of a longer sequence
+        singleByte_ = false;
+        leadBytes_[b] = true;
+      }
       table_[b] = kReplacement;
       continue;
     }

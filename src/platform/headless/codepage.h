@@ -29,6 +29,8 @@ class TextDecoder {
   std::size_t decode(std::string_view raw, std::string& out);
   bool knownCodepage() const { return known_; }
   TextEncoding encoding() const { return encoding_; }
+  // Whether the byte starts a character of two or more bytes in the code page (GBK, Big5, Shift-JIS).
+  bool isLeadByte(unsigned char byte) const { return leadBytes_[byte]; }
 
  private:
   std::size_t decodeBytes(std::string_view raw, std::string& out);
@@ -38,6 +40,7 @@ class TextDecoder {
   bool known_ = true;
   bool singleByte_ = true;
   std::array<char32_t, 256> table_{};  // single-byte code pages: byte to code point
+  std::array<bool, 256> leadBytes_{};
   void* iconv_ = nullptr;              // multi-byte code pages
   std::array<void*, 6> mif_{};         // "\M+n" pages 1 to 5, opened on first use
 };

@@ -1,6 +1,7 @@
 // DWG dictionaries and extended records: the extension dictionaries of entities, as DXF writes them.
 #include "platform/headless/dwg_dictionaries.h"
 
+#include "platform/headless/dwg_entities.h"
 #include "platform/headless/dxf_tokenizer.h"
 #include "platform/text.h"
 
@@ -21,23 +22,9 @@ bool isPointCode(int code) {
   return (code >= 10 && code <= 18) || (code >= 110 && code <= 112) || code == 210 || (code >= 1010 && code <= 1013);
 }
 
-// Appends a character of a text as DXF writes it: control characters as a caret and the character 64
-// places on ("^J" for a line feed), a caret as "^ "; others as UTF-8 when the text is of code points,
-// as they are when it is of bytes in the drawing's code page.
-void appendDxfChar(std::string& out, char32_t c, bool codePoint) {
-  if (c < 0x20 || c == '^') {
-    out += '^';
-    out += c == '^' ? ' ' : static_cast<char>(c + 64);
-  } else if (codePoint) {
-    platform::appendUtf8(out, c);
-  } else {
-    out += static_cast<char>(c);
-  }
-}
-
 // Reads one stored group of a record's data into out; false at the end of the data, at a code whose
 // value has no known layout, or when the data ends inside the value (a group then may be half appended).
-bool readRecordGroup(DwgBitReader& data, bool unicode, DwgTagList& out, std::string& text) {
+bool readRecordGroup(DwgBitReader& data, bool unicode, DwgTagList& out, std::string& text, std::string& buffer) {
   if (data.bitsLeft() < 16) return false;
   const int code = static_cast<std::uint16_t>(data.readRawShort());
   if (code > 1071) return false;  // past the codes DXF knows: not a layout we can follow
@@ -81,7 +68,7 @@ bool readRecordGroup(DwgBitReader& data, bool unicode, DwgTagList& out, std::str
         text.clear();
         if (!unicode) {
           data.readRawChar();
-          for (int k = 0; k < length && !data.failed(); ++k) appendDxfChar(text, data.readRawChar(), false);
+          for (int k = 0; k < length && !data.failed(); ++k) text += static_cast<char>(data.readRawChar());
         } else {
           char32_t high = 0;  // the first half of a surrogate pair
           for (int k = 0; k < length && !data.failed(); ++k) {
@@ -92,10 +79,10 @@ bool readRecordGroup(DwgBitReader& data, bool unicode, DwgTagList& out, std::str
             }
             const char32_t c = high && unit >= 0xDC00 && unit < 0xE000 ? 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00) : unit;
             high = 0;
-            if (c != 0) appendDxfChar(text, c, true);
+            if (c != 0) platform::appendUtf8(text, c);
           }
         }
-        out.text(code, text);
+        out.text(code, caretText(text, buffer));
         break;
       }
     }
@@ -152,11 +139,11 @@ bool decodeDwgXrecord(DwgObjectReader& object, DwgTagList& out, std::vector<std:
   objectStart(out, "XRECORD", object, "AcDbXrecord");
   out.integer(280, cloning);
   DwgBitReader data(scratch, object.version());
-  std::string text;
+  std::string text, buffer;
   const bool unicode = object.atLeast(DwgVersion::R2007);
   // Every group takes at least three bytes: the data bounds the walk. A group cut short is left out.
   std::size_t kept = out.size();
-  while (readRecordGroup(data, unicode, out, text)) kept = out.size();
+  while (readRecordGroup(data, unicode, out, text, buffer)) kept = out.size();
   out.truncate(kept);
   return true;
 }

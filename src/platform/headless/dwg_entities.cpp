@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include "platform/headless/codepage.h"
+
 namespace headless {
 
 namespace {
@@ -51,7 +53,7 @@ std::string_view caretText(std::string_view text, std::string& buffer) {
   return buffer;
 }
 
-void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& buffer) {
+void longText(DwgTagList& out, std::string_view text, bool utf8, const TextDecoder* codePage, std::string& buffer) {
   // The pieces are cut from the text as stored; each is then written as DXF writes texts.
   constexpr std::size_t kPiece = 250;
   std::string_view rest = text;
@@ -63,6 +65,14 @@ void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& bu
       for (std::size_t points = 0; end < rest.size() && points < kPiece; ++points) {
         ++end;
         while (end < rest.size() && (static_cast<unsigned char>(rest[end]) & 0xC0) == 0x80) ++end;
+      }
+    } else if (codePage) {
+      // 250 bytes, or 249 where the last would start a character of two.
+      end = 0;
+      while (end < kPiece) {
+        const std::size_t next = end + (codePage->isLeadByte(static_cast<unsigned char>(rest[end])) ? 2 : 1);
+        if (next > kPiece) break;
+        end = next;
       }
     }
     if (end >= rest.size()) break;

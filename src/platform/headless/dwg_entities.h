@@ -13,12 +13,15 @@
 
 namespace headless {
 
+class TextDecoder;
+
 // What entity decoders need beyond the entity itself.
 struct DwgDecodeContext {
   explicit DwgDecodeContext(const DwgNames& tableNames) : names(tableNames) {}
   const DwgNames& names;
   const DwgClass* objectClass = nullptr;  // the class of the entity being decoded, for types from 500 on
   int maintenanceVersion = 0;             // the drawing's maintenance release
+  const TextDecoder* codePage = nullptr;  // the drawing's code page, for its texts before R2007
   std::string text;                       // reused for texts read
   std::string scratch;                    // reused for texts rewritten as DXF writes them
   // Set by a decoder that meets a form of its type not decoded yet ("multi-line ATTRIB"): the drawing is
@@ -153,8 +156,8 @@ inline void thickness(DwgTagList& out, double t) {
 // text itself when it has neither, else the rewritten text in buffer.
 std::string_view caretText(std::string_view text, std::string& buffer);
 // A long text as DXF writes it: cut into pieces of 250 characters (code points of UTF-8 texts, bytes of
-// code-page ones), each but the last as group 3, the last, never empty unless the text is, as group 1;
-// each piece then as caretText gives it.
-void longText(DwgTagList& out, std::string_view text, bool utf8, std::string& buffer);
+// code-page ones, a character of two bytes never split: codePage tells them), each but the last as group
+// 3, the last, never empty unless the text is, as group 1; each piece then as caretText gives it.
+void longText(DwgTagList& out, std::string_view text, bool utf8, const TextDecoder* codePage, std::string& buffer);
 
 }  // namespace headless

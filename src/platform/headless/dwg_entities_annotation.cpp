@@ -145,7 +145,7 @@ void emitMTextBody(DwgObjectReader& o, DwgTagList& out, const DwgMTextData& d, D
   if (o.atLeast(DwgVersion::R2007)) out.real(46, d.rectHeight);
   out.integer(71, d.attachment);
   out.integer(72, d.direction);
-  longText(out, context.text, o.atLeast(DwgVersion::R2007), context.scratch);
+  longText(out, context.text, o.atLeast(DwgVersion::R2007), context.codePage, context.scratch);
   // DXF leaves out the default style, the default direction and the extents the text was last drawn with.
   if (!platform::equalsIgnoreCase(style, "Standard")) out.text(7, style);
   extrusion(out, d.extrusion);

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "platform/headless/codepage.h"
 #include "platform/headless/dwg_datastore.h"
 #include "platform/headless/dwg_dictionaries.h"
 #include "platform/headless/dwg_entities.h"
@@ -232,6 +233,8 @@ bool DwgReader::decodeEntities() {
   std::string scratch;
   DwgDecodeContext context(names_);
   context.maintenanceVersion = s_.maintenanceVersion;
+  const TextDecoder codePage(s_.codepageName(), TextEncoding::CodePage);
+  context.codePage = &codePage;
   context.hookLengths = dwgHookLengths(tables_[4]);
   DwgTagList body;
   // The paper-space layouts' blocks, and the entities in them, whose own entities (a polyline's vertices)
