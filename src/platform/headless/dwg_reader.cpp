@@ -39,6 +39,7 @@ struct StagedEntity {
 class DwgReader {
  public:
   DwgReader(DwgSections& sections, ReadReport& report) : s_(sections), report_(report) {}
+  // Decodes the drawing into out, which links the reader's own lists: the reader outlives its replay.
   bool run(DwgTagList& out);
   bool headerDecoded() const { return headerDecoded_; }
 
@@ -378,7 +379,7 @@ void DwgReader::orderMembers(std::uint64_t owner, std::span<const std::uint64_t>
 }
 
 void DwgReader::emitEntity(const StagedEntity& e, DwgTagList& out) {
-  out.append(staged_, e.begin, e.end);
+  out.link(staged_, e.begin, e.end);
   auto it = byOwner_.find(e.handle);
   if (it == byOwner_.end()) return;
   // Attributes and vertices, then the sequence end.
@@ -390,9 +391,9 @@ void DwgReader::emitEntity(const StagedEntity& e, DwgTagList& out) {
     if (e.ownedAreEnds) orderMembers(e.handle, {}, owned.front(), owned.back(), members);
     else orderMembers(e.handle, owned, 0, 0, members);
   }
-  for (std::uint32_t i : members) out.append(staged_, entities_[i].begin, entities_[i].end);
+  for (std::uint32_t i : members) out.link(staged_, entities_[i].begin, entities_[i].end);
   for (std::uint32_t i : it->second)
-    if (entities_[i].sequenceEnd) out.append(staged_, entities_[i].begin, entities_[i].end);
+    if (entities_[i].sequenceEnd) out.link(staged_, entities_[i].begin, entities_[i].end);
 }
 
 // The viewports of the current layout (the one paper space block) are numbered in drawing order from 1,
@@ -550,7 +551,7 @@ bool DwgReader::run(DwgTagList& out) {
   for (int i = 0; i < 6; ++i) {
     out.record("TABLE");
     out.text(2, kTableNames[i]);
-    out.append(tables_[i], 0, tables_[i].size());
+    out.link(tables_[i], 0, tables_[i].size());
     out.record("ENDTAB");
   }
   out.record("ENDSEC");
@@ -567,8 +568,8 @@ bool DwgReader::run(DwgTagList& out) {
     out.integer(71, l.tabOrder);
     out.handle(330, b->handle);
   }
-  out.append(definitions_, 0, definitions_.size());
-  out.append(extensions_, 0, extensions_.size());
+  out.link(definitions_, 0, definitions_.size());
+  out.link(extensions_, 0, extensions_.size());
   out.record("ENDSEC");
   emitModelerData(out);
   out.record("EOF");

@@ -80,6 +80,10 @@ void DwgTagList::append(const DwgTagList& other, std::size_t begin, std::size_t 
   }
 }
 
+void DwgTagList::link(const DwgTagList& other, std::size_t begin, std::size_t end) {
+  if (begin < end) links_.push_back({tags_.size(), &other, begin, end});
+}
+
 void DwgTagList::truncate(std::size_t begin) {
   // Texts are appended in the order of their tags: the first dropped tag with a text starts the texts dropped.
   for (std::size_t i = begin; i < tags_.size(); ++i)
@@ -89,6 +93,7 @@ void DwgTagList::truncate(std::size_t begin) {
     }
   tags_.truncate(begin);
   while (!records_.empty() && records_.back().first >= begin) records_.pop_back();
+  while (!links_.empty() && links_.back().at > begin) links_.pop_back();
 }
 
 std::uint64_t DwgTagList::handleAt(std::size_t i) const {
@@ -96,15 +101,35 @@ std::uint64_t DwgTagList::handleAt(std::size_t i) const {
   return it == records_.begin() ? 0 : std::prev(it)->second;
 }
 
+DwgTagSource::DwgTagSource(const DwgTagList& tags, long long fileSize) : fileSize_(fileSize) {
+  std::size_t position = 0, own = 0;
+  auto add = [&](const DwgTagList* list, std::size_t begin, std::size_t end) {
+    if (begin >= end) return;
+    segments_.push_back({list, begin, end, position});
+    position += end - begin;
+  };
+  for (const DwgTagList::Link& l : tags.links_) {
+    add(&tags, own, l.at);
+    own = l.at;
+    add(l.list, l.begin, l.end);
+  }
+  add(&tags, own, tags.size());
+  if (!segments_.empty()) next_ = segments_[0].begin;
+}
+
 bool DwgTagSource::next(RawTag& tag) {
-  if (next_ >= tags_.size()) return false;
-  const DwgTagList::Tag& t = tags_[next_++];
+  if (segment_ >= segments_.size()) return false;
+  const Segment& s = segments_[segment_];
+  const DwgTagList& list = *s.list;
+  const DwgTagList::Tag& t = list[next_];
+  if (++next_ == s.end && ++segment_ < segments_.size()) next_ = segments_[segment_].begin;
+  ++replayed_;
   tag = RawTag();
   tag.code = t.code;
   tag.type = t.type;
   // As the tokenizer gives them: an integral group's value also as a real.
   if (t.holdsText()) {
-    tag.text = tags_.textOf(t);
+    tag.text = list.textOf(t);
   } else if (t.type == TagType::Real) {
     tag.real = t.real;
   } else {
@@ -115,7 +140,12 @@ bool DwgTagSource::next(RawTag& tag) {
 }
 
 std::string DwgTagSource::place(long long position) const {
-  const std::uint64_t handle = tags_.handleAt(static_cast<std::size_t>(position));
+  const auto at = static_cast<std::size_t>(position);
+  auto s = std::upper_bound(segments_.begin(), segments_.end(), at,
+                            [](std::size_t p, const Segment& x) { return p < x.firstPosition; });
+  if (s == segments_.begin()) return "the drawing's header";
+  --s;
+  const std::uint64_t handle = s->list->handleAt(s->begin + (at - s->firstPosition));
   return handle ? "object " + dwgHex(handle) : "the drawing's header";
 }
 

@@ -48,6 +48,9 @@ class DwgTagList {
   std::string_view textOf(const Tag& t) const { return {texts_.data() + t.text.begin, t.text.length}; }
   // Appends the tags [begin, end) of another list (texts included).
   void append(const DwgTagList& other, std::size_t begin, std::size_t end);
+  // Puts the tags [begin, end) of another list here without copying them: a source replaying this list
+  // replays them in their place. The other list must outlive the replay and stay as it is.
+  void link(const DwgTagList& other, std::size_t begin, std::size_t end);
   // Sets the value of the integer tag i (a value the reader works out once every entity is read).
   void setInteger(std::size_t i, long long value) { tags_[i].integer = value; }
   // Drops the tags from begin on (a record that could not be finished).
@@ -60,25 +63,41 @@ class DwgTagList {
   platform::PageArray<Tag> tags_;
   platform::PageArray<char> texts_;
   std::vector<std::pair<std::size_t, std::uint64_t>> records_;  // first tag, handle
+  // Linked ranges of other lists, each before the own tag at its place.
+  struct Link {
+    std::size_t at;
+    const DwgTagList* list;
+    std::size_t begin, end;
+  };
+  std::vector<Link> links_;
+  friend class DwgTagSource;
 };
 
-// Replays a tag list as if read from a DXF file; positions are tag indices, placed by their record's handle.
+// Replays a tag list, with the ranges linked into it, as if read from a DXF file; positions count the tags
+// replayed, placed by their record's handle.
 class DwgTagSource final : public TagSource {
  public:
-  DwgTagSource(const DwgTagList& tags, long long fileSize) : tags_(tags), fileSize_(fileSize) {}
+  DwgTagSource(const DwgTagList& tags, long long fileSize);
   bool next(RawTag& tag) override;
   bool failed() const override { return false; }
   const std::string& error() const override { return error_; }
   std::string location() const override { return place(position()); }
-  long long position() const override { return static_cast<long long>(next_ == 0 ? 0 : next_ - 1); }
+  long long position() const override { return static_cast<long long>(replayed_ == 0 ? 0 : replayed_ - 1); }
   std::string place(long long position) const override;
-  bool hasMoreInput() override { return next_ < tags_.size(); }
+  bool hasMoreInput() override { return segment_ < segments_.size(); }
   bool grew() const override { return false; }
   long long fileSize() const override { return fileSize_; }
 
  private:
-  const DwgTagList& tags_;
-  std::size_t next_ = 0;
+  // The ranges replayed in order: own tags and linked ones, each with the position of its first tag.
+  struct Segment {
+    const DwgTagList* list;
+    std::size_t begin, end;
+    std::size_t firstPosition;
+  };
+  std::vector<Segment> segments_;
+  std::size_t segment_ = 0, next_ = 0;  // the next tag: segments_[segment_].list's tag next_
+  std::size_t replayed_ = 0;
   long long fileSize_;
   std::string error_;
 };
