@@ -40,9 +40,9 @@ inline void markUnused(const void*, const void*) {}
 inline void markUsed(const void*, const void*) {}
 #endif
 
-// A vector of trivially copyable values whose storage is mapped from the system, not taken from the heap:
-// it grows, and shrinks to fit, by remapping its pages without copying them, and gives them back to the
-// system when destroyed. A large read so leaves neither outgrown copies nor freed blocks in the heap, and
+// A vector of trivially copyable values whose storage, once past a few hundred kilobytes, is mapped from
+// the system, not taken from the heap: it grows, and shrinks to fit, by remapping its pages without copying
+// them, and gives them back to the system when destroyed. A large read so leaves neither outgrown copies nor freed blocks in the heap, and
 // the largest arrays are backed by huge pages, which spares most of the page faults of filling them.
 template <typename T>
 class PageArray {

@@ -1,10 +1,14 @@
-// Memory mappings for page-backed arrays and blocks: huge pages for large ones, the heap in sanitizer builds.
+// Memory for page-backed arrays and blocks: mappings with huge pages for large ones, the heap for small ones
+// and in sanitizer builds.
 #include "platform/pages.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
 
 #ifdef VK_STORAGE_POISONED
 #include <sanitizer/asan_interface.h>
@@ -82,33 +86,58 @@ std::size_t blockSize(std::size_t bytes) {
   return (bytes + page - 1) / page * page;
 }
 
-void* allocateBlock(std::size_t bytes) {
+namespace {
+
+// Blocks below this size come from the heap: a mapping costs two system calls and a page fault, which
+// the many short lists of a small drawing would pay over and over.
+constexpr std::size_t kMappedFrom = std::size_t{256} << 10;
+
+void* heapBlock(std::size_t bytes) {
+  void* block = std::malloc(bytes);
+  if (!block) throw std::bad_alloc();
+  return block;
+}
+
+void* mappedBlock(std::size_t bytes) {
   void* block = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (block == MAP_FAILED) throw std::bad_alloc();
   adviseHugePages(block, bytes);
   return block;
 }
 
+}  // namespace
+
+void* allocateBlock(std::size_t bytes) { return bytes < kMappedFrom ? heapBlock(bytes) : mappedBlock(bytes); }
+
 void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
   if (newBytes == 0) {
     releaseBlock(block, oldBytes);
     return nullptr;
   }
+  const bool wasMapped = oldBytes >= kMappedFrom, mapped = newBytes >= kMappedFrom;
+  if (!wasMapped && !mapped) {
+    void* moved = std::realloc(block, newBytes);
+    if (!moved) throw std::bad_alloc();
+    return moved;
+  }
 #ifdef MREMAP_MAYMOVE
-  void* moved = ::mremap(block, oldBytes, newBytes, MREMAP_MAYMOVE);
-  if (moved == MAP_FAILED) throw std::bad_alloc();
-  if (newBytes > oldBytes) adviseHugePages(moved, newBytes);
-  return moved;
-#else
+  if (wasMapped && mapped) {
+    void* moved = ::mremap(block, oldBytes, newBytes, MREMAP_MAYMOVE);
+    if (moved == MAP_FAILED) throw std::bad_alloc();
+    if (newBytes > oldBytes) adviseHugePages(moved, newBytes);
+    return moved;
+  }
+#endif
   void* moved = allocateBlock(newBytes);
   std::memcpy(moved, block, std::min(oldBytes, newBytes));
   releaseBlock(block, oldBytes);
   return moved;
-#endif
 }
 
 void releaseBlock(void* block, std::size_t bytes) {
-  if (block) ::munmap(block, bytes);
+  if (!block) return;
+  if (bytes < kMappedFrom) std::free(block);
+  else ::munmap(block, bytes);
 }
 
 #endif
