@@ -1,5 +1,5 @@
-// The DWG table entity (ACAD_TABLE): its block reference part, sizes, cells and overrides, as DXF gives them.
-#include "platform/headless/dwg_entities.h"
+// The DWG table entity (ACAD_TABLE) up to R2007: its block reference part, sizes, cells and overrides, as DXF gives them.
+#include "platform/headless/dwg_entities_table.h"
 
 #include <array>
 
@@ -15,88 +15,8 @@ constexpr int kDropHandle = 0;  // read and left out (a text cell's field)
 // The smallest cell: its type and flags as bit shorts and bits, merge counts and rotation.
 constexpr std::size_t kMinCellBits = 2 + 8 + 1 + 1 + 2 + 2 + 2 + 1;
 
-// A colour of the table's data, whatever the drawing's release: index, value and flags as R2004 stores
-// colours, the names when the flags say so. DXF gives the index under code.
-int readTableColor(DwgObjectReader& o, std::string& scratch) {
-  DwgBitReader& b = o.bits;
-  int index = b.readBitShort();
-  const auto value = static_cast<std::uint32_t>(b.readBitLong());
-  const int flags = b.readRawChar();
-  if (flags & 1) o.readText(scratch);
-  if (flags & 2) o.readText(scratch);
-  switch (value >> 24) {
-    case 0xC0: return 256;
-    case 0xC1: return 0;
-    case 0xC3: return int(value & 0xFF);
-    default: return index;
-  }
-}
 void colorGroup(DwgObjectReader& o, DwgTagList& out, int code, std::string& scratch) {
-  out.integer(code, readTableColor(o, scratch));
-}
-
-// A cell's value (R2007 and later): its flags, type and data, unit type, format and shown text, between
-// the markers DXF gives it. False for the types whose data has no known layout.
-bool readValue(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  DwgBitReader& b = o.bits;
-  const std::int32_t flags = b.readBitLong();
-  const std::int32_t type = b.readBitLong();
-  out.text(301, "CELL_VALUE");
-  out.integer(93, flags);
-  out.integer(90, type);
-  if (!(flags & 1)) {
-    switch (type) {
-      case 0: b.readBitLong(); break;
-      case 1: out.integer(91, b.readBitLong()); break;
-      case 2: out.real(140, b.readBitDouble()); break;
-      case 4: {  // a string: its size in bytes and its UTF-16 units
-        const std::int32_t size = b.readBitLong();
-        if (!countFits(size, 8, b)) return false;
-        std::string& text = context.text;
-        text.clear();
-        char32_t high = 0;  // the first half of a surrogate pair
-        for (std::int32_t k = 0; k + 1 < size && !b.failed(); k += 2) {
-          char32_t c = b.readRawChar();
-          c |= char32_t(b.readRawChar()) << 8;
-          if (c >= 0xD800 && c < 0xDC00) {
-            high = c;
-            continue;
-          }
-          if (high && c >= 0xDC00 && c < 0xE000) c = 0x10000 + ((high - 0xD800) << 10) + (c - 0xDC00);
-          high = 0;
-          if (c != 0) platform::appendUtf8(text, c);
-        }
-        if (size % 2) b.readRawChar();
-        out.text(1, text);
-        break;
-      }
-      case 8:    // a date: its bytes
-      case 16:   // a 2D point
-      case 32:   // a 3D point
-      case 512: {  // general data
-        const std::int32_t size = b.readBitLong();
-        if (!countFits(size, 8, b)) return false;
-        if (type == 16 && size == 16) {
-          out.point(11, b.readRaw2Doubles(), 0.0);
-        } else if (type == 32 && size == 24) {
-          out.point(11, b.readRaw3Doubles());
-        } else {
-          out.integer(92, size);
-          for (std::int32_t k = 0; k < size; ++k) b.readRawChar();
-        }
-        break;
-      }
-      case 64: context.slots.emplace_back(out.size(), 330); break;  // the object's handle comes later
-      default: context.notDecoded = "ACAD_TABLE (cell values of type " + std::to_string(type) + ")"; return false;
-    }
-  }
-  out.integer(94, b.readBitLong());
-  o.readText(context.text);
-  out.text(300, context.text);
-  o.readText(context.text);
-  out.text(302, context.text);
-  out.text(304, "ACVALUE_END");
-  return !b.failed();
+  out.integer(code, readDwgTableColor(o, scratch));
 }
 
 // The overrides of one cell, by the bits of its override flags; the edges' lineweights and colours in the
@@ -120,7 +40,7 @@ void readCellOverrides(DwgObjectReader& o, DwgTagList& out, std::int32_t flags, 
   constexpr int kColorCodes[] = {69, 65, 66, 68};
   for (int k = 0; k < 4; ++k) {
     Edge& e = edges[k];
-    if ((e.hasColor = (flags & (0x40 << k)) != 0)) e.color = readTableColor(o, context.text);
+    if ((e.hasColor = (flags & (0x40 << k)) != 0)) e.color = readDwgTableColor(o, context.text);
     if ((e.hasWeight = (flags & (0x400 << k)) != 0)) e.lineweight = b.readBitShort();
     if (flags & (0x4000 << k)) b.readBitShort();  // visibility
   }
@@ -191,7 +111,7 @@ bool readCell(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   if (values) {
     b.readBitLong();
     out.integer(92, 0);
-    if (!readValue(o, out, context)) return false;
+    if (!readDwgTableValue(o, out, context, false)) return false;
   }
   return !b.failed();
 }
@@ -220,9 +140,9 @@ void readTableOverrides(DwgObjectReader& o, DwgTagList& flagsOut, DwgTagList& ou
       else out.integer(code, static_cast<long long>(values[k]));
     }
   };
-  rows(0x20, 64, [&] { return double(readTableColor(o, context.text)); });
+  rows(0x20, 64, [&] { return double(readDwgTableColor(o, context.text)); });
   rows(0x100, 283, [&] { return b.readBit() ? 1.0 : 0.0; });
-  rows(0x800, 63, [&] { return double(readTableColor(o, context.text)); });
+  rows(0x800, 63, [&] { return double(readDwgTableColor(o, context.text)); });
   rows(0x4000, 170, [&] { return double(b.readBitShort()); });
   rows(0x20000, 7, [] { return 0.0; });
   rows(0x100000, 140, [&] { return b.readBitDouble(); });
@@ -245,10 +165,7 @@ void readTableOverrides(DwgObjectReader& o, DwgTagList& flagsOut, DwgTagList& ou
 }
 
 bool decodeTable(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  if (o.atLeast(DwgVersion::R2010)) {
-    context.notDecoded = "ACAD_TABLE (R2010 table content)";
-    return false;
-  }
+  if (o.atLeast(DwgVersion::R2010)) return decodeDwgTableContent(o, out, context);
   DwgBitReader& b = o.bits;
   DwgInsertPart part;
   if (!readDwgInsertPart(o, part)) return false;
@@ -326,6 +243,85 @@ constexpr DwgEntityEntry kTypes[] = {
 }  // namespace
 
 DwgEntityFamily dwgTableEntities() { return kTypes; }
+
+int readDwgTableColor(DwgObjectReader& o, std::string& scratch) {
+  DwgBitReader& b = o.bits;
+  int index = b.readBitShort();
+  const auto value = static_cast<std::uint32_t>(b.readBitLong());
+  const int flags = b.readRawChar();
+  if (flags & 1) o.readText(scratch);
+  if (flags & 2) o.readText(scratch);
+  switch (value >> 24) {
+    case 0xC0: return 256;
+    case 0xC1: return 0;
+    case 0xC3: return int(value & 0xFF);
+    default: return index;
+  }
+}
+bool readDwgTableValue(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, bool handleNow) {
+  DwgBitReader& b = o.bits;
+  const std::int32_t flags = b.readBitLong();
+  const std::int32_t type = b.readBitLong();
+  out.text(301, "CELL_VALUE");
+  out.integer(93, flags);
+  out.integer(90, type);
+  if (!(flags & 1)) {
+    switch (type) {
+      case 0: b.readBitLong(); break;
+      case 1: out.integer(91, b.readBitLong()); break;
+      case 2: out.real(140, b.readBitDouble()); break;
+      case 4: {  // a string: its size in bytes and its UTF-16 units
+        const std::int32_t size = b.readBitLong();
+        if (!countFits(size, 8, b)) return false;
+        std::string& text = context.text;
+        text.clear();
+        char32_t high = 0;  // the first half of a surrogate pair
+        for (std::int32_t k = 0; k + 1 < size && !b.failed(); k += 2) {
+          char32_t c = b.readRawChar();
+          c |= char32_t(b.readRawChar()) << 8;
+          if (c >= 0xD800 && c < 0xDC00) {
+            high = c;
+            continue;
+          }
+          if (high && c >= 0xDC00 && c < 0xE000) c = 0x10000 + ((high - 0xD800) << 10) + (c - 0xDC00);
+          high = 0;
+          if (c != 0) platform::appendUtf8(text, c);
+        }
+        if (size % 2) b.readRawChar();
+        out.text(1, text);
+        break;
+      }
+      case 8:    // a date: its bytes
+      case 16:   // a 2D point
+      case 32:   // a 3D point
+      case 512: {  // general data
+        const std::int32_t size = b.readBitLong();
+        if (!countFits(size, 8, b)) return false;
+        if (type == 16 && size == 16) {
+          out.point(11, b.readRaw2Doubles(), 0.0);
+        } else if (type == 32 && size == 24) {
+          out.point(11, b.readRaw3Doubles());
+        } else {
+          out.integer(92, size);
+          for (std::int32_t k = 0; k < size; ++k) b.readRawChar();
+        }
+        break;
+      }
+      case 64:  // an object's handle
+        if (handleNow) out.handle(330, o.readHandle());
+        else context.slots.emplace_back(out.size(), 330);
+        break;
+      default: context.notDecoded = "ACAD_TABLE (cell values of type " + std::to_string(type) + ")"; return false;
+    }
+  }
+  out.integer(94, b.readBitLong());
+  o.readText(context.text);
+  out.text(300, context.text);
+  o.readText(context.text);
+  out.text(302, context.text);
+  out.text(304, "ACVALUE_END");
+  return !b.failed();
+}
 
 }  // namespace headless
 
