@@ -12,10 +12,10 @@ namespace {
 constexpr char kHex[] = "0123456789ABCDEF";
 constexpr std::size_t kBinaryChunk = 127;  // bytes a binary group holds, as DXF writers cut them
 
-// The bits [begin, end) of a stream as binary groups of hex digits, a last byte cut short padded with
-// zeros (what writers leave there is whatever their buffers held).
-void binaryGroups(const DwgBitReader& stream, std::size_t begin, std::size_t end, int code, DwgTagList& out,
-                  std::string& scratch) {
+}  // namespace
+
+void dwgBinaryGroups(const DwgBitReader& stream, std::size_t begin, std::size_t end, int code, DwgTagList& out,
+                     std::string& scratch) {
   DwgBitReader b = stream;  // a copy: the stream's own position stays
   b.setBitPosition(begin);
   scratch.clear();
@@ -35,13 +35,11 @@ void binaryGroups(const DwgBitReader& stream, std::size_t begin, std::size_t end
   if (!scratch.empty()) out.text(code, scratch);
 }
 
-}  // namespace
-
 void appendDwgGraphics(DwgObjectReader& o, DwgTagList& out, std::string& scratch) {
   const std::size_t size = o.common.graphicsSize;
   if (size == 0) return;
   out.integer(o.atLeast(DwgVersion::R2010) ? 160 : 92, static_cast<long long>(size));
-  binaryGroups(o.bits, o.common.graphicsBegin, o.common.graphicsBegin + 8 * size, 310, out, scratch);
+  dwgBinaryGroups(o.bits, o.common.graphicsBegin, o.common.graphicsBegin + 8 * size, 310, out, scratch);
 }
 
 namespace {
@@ -57,13 +55,13 @@ bool proxyBody(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
     // The texts first (162, 311), then the rest of the data (161, 310).
     if (o.stringsBeginBit < dataBegin || o.stringsEndBit > o.dataEndBit) return false;
     out.integer(162, static_cast<long long>(o.stringsEndBit - o.stringsBeginBit));
-    binaryGroups(o.bits, o.stringsBeginBit, o.stringsEndBit, 311, out, context.text);
+    dwgBinaryGroups(o.bits, o.stringsBeginBit, o.stringsEndBit, 311, out, context.text);
     out.integer(161, static_cast<long long>(o.stringsBeginBit - dataBegin));
-    binaryGroups(o.bits, dataBegin, o.stringsBeginBit, 310, out, context.text);
+    dwgBinaryGroups(o.bits, dataBegin, o.stringsBeginBit, 310, out, context.text);
   } else {
     if (o.dataEndBit < dataBegin) return false;
     out.integer(93, static_cast<long long>(o.dataEndBit - dataBegin));
-    binaryGroups(o.bits, dataBegin, o.dataEndBit, 310, out, context.text);
+    dwgBinaryGroups(o.bits, dataBegin, o.dataEndBit, 310, out, context.text);
   }
   // The handles left are the objects referred to, each group by its kind of reference.
   DwgBitReader& h = o.handles;
@@ -517,7 +515,7 @@ bool decodeOle2Frame(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
   out.integer(71, type);
   if (o.atLeast(DwgVersion::R2000)) out.integer(72, mode);
   out.integer(90, size);
-  binaryGroups(b, data, data + std::size_t(size) * 8, 310, out, context.text);
+  dwgBinaryGroups(b, data, data + std::size_t(size) * 8, 310, out, context.text);
   out.text(1, "OLE");
   return true;
 }

@@ -303,7 +303,9 @@ bool readDwgTableValue(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& co
           out.point(11, b.readRaw3Doubles());
         } else {
           out.integer(92, size);
-          for (std::int32_t k = 0; k < size; ++k) b.readRawChar();
+          const std::size_t begin = b.bitPosition(), end = begin + 8 * std::size_t(size);
+          dwgBinaryGroups(b, begin, end, 310, out, context.scratch);
+          b.setBitPosition(end);
         }
         break;
       }

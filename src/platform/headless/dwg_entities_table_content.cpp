@@ -1,7 +1,7 @@
 // The table of R2010 and later drawings: the table content it stores inline, turned into the cell layout
 // DXF keeps (rows, columns, their sizes, each cell's type, merge spans, block and value).
-#include <cstdio>
-#include <cstdlib>
+#include <array>
+#include <vector>
 
 #include "platform/headless/dwg_entities_table.h"
 
@@ -98,20 +98,27 @@ bool skipCustomData(DwgObjectReader& o, DwgTagList& scratch, DwgDecodeContext& c
   return !o.failed();
 }
 
-bool debugOn() {
-  static const bool on = std::getenv("TABLEDBG") != nullptr;
-  return on;
-}
+// What the cell layout DXF keeps takes from a cell: its first content (a value, or a block with its
+// attributes), that content's format overrides, and the cell's style overrides; value marks its value's
+// groups in the row's list of values.
+struct CellRead {
+  std::int32_t type = 0, attributes = 0;
+  std::uint64_t block = 0;
+  ContentFormat format;
+  CellStyle style;
+  std::size_t valueBegin = 0, valueEnd = 0;
+};
 
-// One cell of the content, appended to cells in the old layout; its merge groups (173, 175, 176) are
-// left as for a cell on its own and set once the merged ranges are read. Returns false for damage.
-bool readCell(DwgObjectReader& o, DwgTagList& cells, DwgTagList& scratch, DwgDecodeContext& context) {
+// Reads one cell, its value's groups appended to values. False for damage.
+bool readCell(DwgObjectReader& o, CellRead& cell, DwgTagList& values, DwgTagList& scratch,
+              DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
-  const std::int32_t state = b.readBitLong();
+  cell = CellRead{};
+  b.readBitLong();           // state
   o.readText(context.text);  // tooltip
   b.readBitLong();           // custom data
   if (!skipCustomData(o, scratch, context)) return false;
-  if (b.readBitLong()) {  // linked data
+  if (b.readBitLong()) {  // linked data: its link, rows, columns and a number
     o.readHandle();
     b.readBitLong();
     b.readBitLong();
@@ -119,43 +126,36 @@ bool readCell(DwgObjectReader& o, DwgTagList& cells, DwgTagList& scratch, DwgDec
   }
   const std::int32_t contents = b.readBitLong();
   if (!countFits(contents, kMinContentBits, b)) return false;
-  // The first content makes the cell: a value, or a block with its scale and attributes.
-  std::int32_t firstType = 0, attributes = 0;
-  std::uint64_t block = 0;
-  ContentFormat format;
-  bool formatted = false;
-  DwgTagList& value = context.spliced;
-  value.truncate(0);
   for (std::int32_t k = 0; k < contents; ++k) {
     const std::int32_t type = b.readBitLong();
-    DwgTagList& into = k == 0 ? value : scratch;
-    scratch.truncate(0);
+    const bool first = k == 0;
+    cell.valueBegin = cell.valueEnd = values.size();
     if (type == 1) {
-      if (!readDwgTableValue(o, into, context, true)) return false;
+      scratch.truncate(0);
+      if (!readDwgTableValue(o, first ? values : scratch, context, true)) return false;
     } else if (type == 2 || type == 4) {
       const std::uint64_t h = o.readHandle();  // a field or a block
-      if (k == 0 && type == 4) block = h;
+      if (first && type == 4) cell.block = h;
     }
-    const std::int32_t count = b.readBitLong();
-    if (!countFits(count, kMinAttributeBits, b) || std::size_t(count) > o.handles.bitsLeft() / 8) return false;
-    for (std::int32_t a = 0; a < count; ++a) {
-      o.readHandle();
+    if (first) cell.valueEnd = values.size();
+    const std::int32_t attributes = b.readBitLong();
+    if (!countFits(attributes, kMinAttributeBits, b) || std::size_t(attributes) > o.handles.bitsLeft() / 8)
+      return false;
+    for (std::int32_t a = 0; a < attributes; ++a) {
+      o.readHandle();  // its definition
       o.readText(context.text);
-      b.readBitLong();
+      b.readBitLong();  // its index
     }
-    ContentFormat f;
-    const bool hasFormat = b.readBitShort() != 0;
-    if (hasFormat && !readContentFormat(o, f, context)) return false;
-    if (k == 0) {
-      firstType = type;
-      attributes = count;
-      format = f;
-      formatted = hasFormat;
+    ContentFormat format;
+    if (b.readBitShort() != 0 && !readContentFormat(o, format, context)) return false;
+    if (first) {
+      cell.type = type;
+      cell.attributes = attributes;
+      cell.format = format;
     }
   }
-  CellStyle style;
-  if (!readCellStyle(o, style, context)) return false;
-  b.readBitLong();  // the cell style in the table's style
+  if (!readCellStyle(o, cell.style, context)) return false;
+  b.readBitLong();        // the cell style of the table's style it starts from
   if (b.readBitLong()) {  // geometry
     b.readBitLong();
     b.readBitDouble();
@@ -170,42 +170,59 @@ bool readCell(DwgObjectReader& o, DwgTagList& cells, DwgTagList& scratch, DwgDec
       b.readBitLong();
     }
   }
-  if (o.failed()) return false;
-  if (debugOn())
-    std::fprintf(stderr, "cell state=%d contents=%d first=%d attrs=%d fmt=%d fo=%x fp=%x fa=%d fs=%g styled=%d so=%x sfo=%x sfp=%x sfa=%d sfs=%g sh=%g\n",
-                 state, contents, firstType, attributes, formatted, format.overrides, format.propertyFlags,
-                 format.alignment, format.blockScale, style.hasData, style.overrides, style.format.overrides,
-                 style.format.propertyFlags, style.format.alignment, style.format.blockScale, style.format.textHeight);
-  const bool isBlock = firstType == 4;
-  cells.integer(171, isBlock ? 2 : 1);
-  cells.integer(172, 0);
-  context.slots.emplace_back(cells.size(), 0);
-  cells.integer(173, 0);
-  cells.integer(174, 0);
-  cells.integer(175, 1);
-  cells.integer(176, 1);
-  cells.integer(91, isBlock ? 1 : firstType == 1 ? 0x40000 : 0);
-  cells.integer(178, 0);
-  cells.real(145, 0.0);
+  return !o.failed();
+}
+
+// The property bits of cell styles and content formats this layout takes.
+constexpr std::int32_t kDataType = 0x01, kDataFormat = 0x02, kScale = 0x08, kAlignment = 0x10,
+                       kTextHeight = 0x80, kAutoScale = 0x100;
+
+// A cell in the layout DXF keeps: type, flags, merge spans (left for a cell on its own; slots takes the
+// place of its 173 group for the merged ranges read later), the overrides this reader knows, its block and
+// its value. rowHeight is the text height the cell's row overrides, 0 when it does not.
+void appendCell(const CellRead& cell, const DwgTagList& values, double rowHeight, DwgTagList& out,
+                DwgDecodeContext& context) {
+  const bool isBlock = cell.type == 4;
+  const ContentFormat& f = cell.format;
+  const CellStyle& s = cell.style;
+  // The cell's override flags as older releases store them: alignment (1), text height (0x20), and 0x40000,
+  // which DXF writers set for contents whose data type or format is their own.
+  const bool alignment = s.hasData && (s.overrides & kAlignment);
+  const double textHeight = (f.overrides & kTextHeight) ? f.textHeight : rowHeight;
+  std::int32_t flags = 0;
+  if (alignment) flags |= 0x01;
+  if (textHeight != 0) flags |= 0x20;
+  if (f.overrides & (kDataType | kDataFormat)) flags |= 0x40000;
+  out.integer(171, isBlock ? 2 : 1);
+  out.integer(172, 0);
+  context.slots.emplace_back(out.size(), 0);
+  out.integer(173, 0);
+  out.integer(174, isBlock && (f.overrides & kAutoScale) && (f.propertyFlags & kAutoScale) ? 1 : 0);
+  out.integer(175, 1);
+  out.integer(176, 1);
+  out.integer(91, flags);
+  out.integer(178, 0);
+  out.real(145, f.rotation * kDwgDegrees);
   if (isBlock) {
-    cells.handle(340, block);
-    cells.real(144, format.blockScale);
-    cells.integer(179, attributes);
-    cells.integer(170, 1);
+    out.handle(340, cell.block);
+    out.real(144, (f.overrides & kScale) ? f.blockScale : 1.0);
+    out.integer(179, cell.attributes);
   }
-  cells.integer(92, 0);
-  if (firstType == 1) {
-    cells.append(value, 0, value.size());
-  } else {
-    cells.text(301, "CELL_VALUE");
-    cells.integer(93, isBlock ? 1 : 7);
-    cells.integer(90, isBlock ? 4 : 0);
-    cells.integer(94, 0);
-    cells.text(300, "");
-    cells.text(302, "");
-    cells.text(304, "ACVALUE_END");
+  if (alignment) out.integer(170, s.format.alignment);
+  if (textHeight != 0) out.real(140, textHeight);
+  out.integer(92, 0);
+  if (cell.valueEnd > cell.valueBegin) {
+    out.append(values, cell.valueBegin, cell.valueEnd);
+    return;
   }
-  return true;
+  // A cell without a value: DXF writers give a block cell an empty text, other cells an empty value.
+  out.text(301, "CELL_VALUE");
+  out.integer(93, isBlock ? 1 : 7);
+  out.integer(90, isBlock ? 4 : 0);
+  out.integer(94, 0);
+  out.text(300, "");
+  out.text(302, "");
+  out.text(304, "ACVALUE_END");
 }
 
 }  // namespace
@@ -215,8 +232,8 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   DwgInsertPart part;
   if (!readDwgInsertPart(o, part)) return false;
   // The handle stream holds the common handles and the block's before the table's own, which come in the
-  // order of the data; the common handles also read the entity's colour names, texts stored after the
-  // table's, so they are read here for their place in the handle stream and again at the end.
+  // order of the data: the handles are read as the data names them. The common handles also read the
+  // entity's colour names, texts stored after the table's, so they are read again at the end.
   const DwgBitReader stringsAt = o.strings, handlesAt = o.handles;
   o.readCommonHandles();
   const std::uint64_t block = o.readHandle();
@@ -228,45 +245,46 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   b.readBitLong();
   if (o.atLeast(DwgVersion::R2013)) b.readBitLong();
   else b.readBit();
-  // The linked data's name and description.
-  o.readText(context.text);
-  o.readText(context.text);
-  DwgTagList sizes, cells, scratch;
+  o.readText(context.text);  // the linked data's name
+  o.readText(context.text);  // and description
+  DwgTagList sizes, cells, values, scratch;
   const std::int32_t columns = b.readBitLong();
   if (!countFits(columns, kMinColumnBits, b)) return false;
   CellStyle style;
   for (std::int32_t k = 0; k < columns; ++k) {
-    o.readText(context.text);
-    b.readBitLong();
+    o.readText(context.text);  // name
+    b.readBitLong();           // custom data
     if (!skipCustomData(o, scratch, context) || !readCellStyle(o, style, context)) return false;
-    b.readBitLong();
+    b.readBitLong();  // the cell style of the table's style it starts from
     sizes.real(142, b.readBitDouble());
   }
   const std::size_t widthsEnd = sizes.size();
   const std::int32_t rows = b.readBitLong();
   if (!countFits(rows, kMinRowBits, b)) return false;
+  // The layout DXF keeps has a cell for every row and column.
+  if (std::uint64_t(rows) * std::uint64_t(columns) > b.bitsLeft() / kMinCellBits) return false;
   context.slots.clear();
+  std::vector<CellRead> row(rows > 0 ? static_cast<std::size_t>(columns) : 0);
+  // The text height each kind of row (title, header, data) overrides, from the first such row.
+  std::array<double, 3> rowHeights{};
   for (std::int32_t r = 0; r < rows; ++r) {
-    const std::int32_t count = b.readBitLong();
-    // The layout DXF keeps has a cell for every row and column.
-    if (count != columns || !countFits(count, kMinCellBits, b)) return false;
-    for (std::int32_t c = 0; c < count; ++c)
-      if (!readCell(o, cells, scratch, context)) return false;
-    b.readBitLong();
+    if (b.readBitLong() != columns) return false;
+    values.truncate(0);
+    for (CellRead& cell : row)
+      if (!readCell(o, cell, values, scratch, context)) return false;
+    b.readBitLong();  // custom data
     if (!skipCustomData(o, scratch, context) || !readCellStyle(o, style, context)) return false;
-    if (debugOn())
-      std::fprintf(stderr, "row styled=%d so=%x sfo=%x th=%g\n", style.hasData, style.overrides, style.format.overrides,
-                   style.format.textHeight);
-    b.readBitLong();
+    const std::int32_t kind = b.readBitLong();  // 1 title, 2 header, 3 data
     sizes.real(141, b.readBitDouble());
+    const double height = style.hasData && (style.overrides & kTextHeight) ? style.format.textHeight : 0.0;
+    if (kind >= 1 && kind <= 3 && rowHeights[kind - 1] == 0) rowHeights[kind - 1] = height;
+    for (const CellRead& cell : row) appendCell(cell, values, height, cells, context);
   }
   const std::int32_t fields = b.readBitLong();
   if (fields < 0 || b.failed() || std::size_t(fields) > o.handles.bitsLeft() / 8) return false;
   for (std::int32_t k = 0; k < fields; ++k) o.readHandle();
-  if (!readCellStyle(o, style, context)) return false;
-  if (debugOn())
-    std::fprintf(stderr, "table styled=%d so=%x sfo=%x th=%g mf=%x\n", style.hasData, style.overrides,
-                 style.format.overrides, style.format.textHeight, style.marginFlags);
+  CellStyle table;
+  if (!readCellStyle(o, table, context)) return false;
   const std::int32_t ranges = b.readBitLong();
   if (!countFits(ranges, kMinRangeBits, b)) return false;
   for (std::int32_t k = 0; k < ranges; ++k) {
@@ -286,9 +304,9 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   }
   const std::uint64_t tableStyle = o.readHandle();
 
-  const int unknown = b.readBitShort();
+  const std::int32_t flags = b.readBitShort();
   const DwgPoint3 direction = b.read3BitDoubles();
-  if (b.readBitLong()) {  // break data
+  if (b.readBitLong()) {  // break data: options, flow, spacing, two flags and the manual heights
     b.readBitLong();
     b.readBitLong();
     b.readBitDouble();
@@ -314,22 +332,32 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   o.handles = handlesAt;
   o.readCommonHandles();
   o.handles = tableHandlesEnd;
-  if (debugOn())
-    std::fprintf(stderr, "end h=%llX unknown=%d bits %zu strings [%zu,%zu) data end %zu; strings at %zu; handles at %zu of %zu\n",
-                 (unsigned long long)o.common.handle, unknown, b.bitPosition(), o.stringsBeginBit, o.stringsEndBit,
-                 o.dataEndBit, o.strings.bitPosition(), o.handles.bitPosition(), o.handles.bitSize());
 
   appendDwgInsertPart(out, part, "AcDbBlockReference", context.nameOf(block));
   extrusion(out, part.extrusion);
   out.text(100, "AcDbTable");
-  out.integer(280, 0);
+  out.integer(280, 0);  // not stored; the version of the table data DXF writers give
   out.handle(342, tableStyle);
   out.handle(343, block);
   out.point(11, direction);
-  out.integer(90, 22);
+  // DXF writers set 0x10 in every table seen, which the R2010 data has only for some.
+  out.integer(90, flags | 0x10);
   out.integer(91, rows);
   out.integer(92, columns);
-  for (int code = 93; code <= 96; ++code) out.integer(code, 0);
+  // The table-wide overrides of older releases: the cell margins of the table's own style and the text
+  // height of each kind of row; no border overrides (94 to 96).
+  std::int32_t overrides = 0;
+  const bool margins = table.hasData && (table.marginFlags & 1);
+  if (margins && (table.overrides & (0x400 | 0x1000))) overrides |= 0x08;
+  if (margins && (table.overrides & (0x800 | 0x2000))) overrides |= 0x10;
+  for (int kind = 0; kind < 3; ++kind)
+    if (rowHeights[kind] != 0) overrides |= 0x100000 << kind;
+  out.integer(93, overrides);
+  for (int code = 94; code <= 96; ++code) out.integer(code, 0);
+  if (overrides & 0x08) out.real(40, table.margins[1]);
+  if (overrides & 0x10) out.real(41, table.margins[0]);
+  for (int kind : {2, 0, 1})  // DXF lists the data rows' first
+    if (rowHeights[kind] != 0) out.real(140, rowHeights[kind]);
   out.append(sizes, widthsEnd, sizes.size());
   out.append(sizes, 0, widthsEnd);
   out.append(cells, 0, cells.size());
