@@ -158,6 +158,98 @@ TEST(DwgEntities, MultileaderContextsAgreeAcrossReleases) {
   EXPECT_NE(std::find(first.begin(), first.end(), Group{304, "LEADER_LINE{"}), first.end());
 }
 
+// The groups of a table from its AcDbTable marker on, but for the blocks of block cells (340), whose
+// handles writers give anew.
+std::vector<Group> tableGroups(const DatabaseData& db, const platform::EntityRec& e) {
+  std::vector<Group> out;
+  const StoredTag* tags = db.tagsOf(e);
+  bool inTable = false;
+  for (std::uint32_t i = 0; i < e.tagCount; ++i) {
+    if (tags[i].code == 100) inTable = db.text(tags[i]) == "AcDbTable";
+    else if (inTable && tags[i].code != 340) out.push_back(groupOf(db, tags[i]));
+  }
+  return out;
+}
+
+// An R2018 table holds table content: its cells come out in the layout of older releases as DXF gives
+// them, merged cells, block cells (scaled to fit or not) and values of every type included.
+TEST(DwgEntities, TableContentBecomesTheCellsOfTheDxfTwin) {
+  const std::string dwg = corpusFile("same_drawing/acadsharp_table/acadsharp_table_AC1032.dwg");
+  const std::string dxf = corpusFile("same_drawing/acadsharp_table/acadsharp_table_AC1032.dxf");
+  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData a, b;
+  platform::ReadReport ra, rb;
+  ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
+  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+  const auto tablesA = entitiesOfType(a, "ACAD_TABLE"), tablesB = entitiesOfType(b, "ACAD_TABLE");
+  ASSERT_EQ(tablesA.size(), 1u);
+  ASSERT_TRUE(tablesB.contains(tablesA.begin()->first));
+  const std::vector<Group> got = tableGroups(a, a.entities[tablesA.begin()->second]);
+  const std::vector<Group> want = tableGroups(b, b.entities[tablesB.begin()->second]);
+  ASSERT_EQ(got.size(), want.size());
+  for (std::size_t k = 0; k < got.size(); ++k) EXPECT_EQ(got[k], want[k]) << "group " << k;
+  // 4 rows of 5 cells: the title spans the first row, the third row holds the block cells.
+  EXPECT_EQ(std::count(got.begin(), got.end(), Group{171, {}, 1}), 18);
+  EXPECT_EQ(std::count(got.begin(), got.end(), Group{171, {}, 2}), 2);
+  EXPECT_NE(std::find(got.begin(), got.end(), Group{175, {}, 5}), got.end());
+}
+
+// Damage anywhere in a table's data, a count grown past what is left among the likeliest, is refused or read
+// within the object: the decoder never reads outside its streams.
+TEST(DwgEntities, DamagedTableContentIsRefusedOrReadWithinTheObject) {
+  const std::string dwg = corpusFile("same_drawing/acadsharp_table/acadsharp_table_AC1032.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  headless::DwgSections sections;
+  std::string error;
+  ASSERT_TRUE(headless::readDwgContainer(dwg, sections, error)) << error;
+  std::vector<std::string> warnings;
+  const std::vector<headless::DwgClass> classes = headless::readDwgClasses(sections, warnings);
+  const headless::DwgObjectWalk walk = headless::walkObjects(sections);
+  const auto table = std::find_if(walk.objects.begin(), walk.objects.end(),
+                                  [](const headless::DwgObjectHeader& h) { return h.handle == 0x23A; });
+  ASSERT_NE(table, walk.objects.end());
+  ASSERT_GE(table->type, 500);
+  headless::DwgNames names;
+  headless::DwgDecodeContext context(names);
+  context.objectClass = &classes.at(table->type - 500u);
+  const headless::DwgEntityType* decoder = headless::findDwgEntityType(table->type, "ACAD_TABLE");
+  ASSERT_NE(decoder, nullptr);
+  // The objects' bytes copied, so that the table's can be damaged one at a time.
+  std::vector<std::uint8_t> bytes(sections.objects.begin(), sections.objects.end());
+  sections.objects = bytes;
+  headless::DwgObjectReader object;
+  headless::DwgTagList out;
+  auto decode = [&] {
+    out.truncate(0);
+    return object.open(sections, *table, true) && decoder->decode(object, out, context) && !object.failed();
+  };
+  ASSERT_TRUE(decode());
+  const std::size_t whole = out.size();
+  // From the end of the entity's graphics, which the decoder passes by their size, to the end of its data.
+  const std::size_t data = table->offset + table->dataOffset;
+  const std::size_t begin = data + (object.common.graphicsBegin + 7) / 8 + object.common.graphicsSize;
+  const std::size_t end = data + table->size;
+  ASSERT_LT(begin, end);
+  int refused = 0, read = 0;
+  for (std::size_t at = begin; at < end; ++at) {
+    const std::uint8_t kept = bytes[at];
+    for (std::uint8_t damage : {std::uint8_t(0xFF), std::uint8_t(0x3F), std::uint8_t(kept ^ 0x10)}) {
+      bytes[at] = damage;
+      if (decode()) {
+        ++read;
+        EXPECT_LT(out.size(), 4 * whole) << "byte " << at;  // no more cells than the data can hold
+      } else {
+        ++refused;
+      }
+    }
+    bytes[at] = kept;
+  }
+  EXPECT_GT(refused, 0);
+  EXPECT_GT(read, 0);
+  ASSERT_TRUE(decode());
+  EXPECT_EQ(out.size(), whole);
+}
+
 // The groups of a proxy record that say what it holds: class, format, and the sizes of its parts.
 std::vector<Group> proxyShape(const DatabaseData& db, const platform::EntityRec& e) {
   static const std::set<int> kept = {90, 91, 95, 70, 161, 162, 94};
