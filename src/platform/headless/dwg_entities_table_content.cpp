@@ -28,6 +28,8 @@ constexpr std::size_t kMinBreakBits = 6 + 2 + 2;
 struct ContentFormat {
   std::int32_t overrides = 0, propertyFlags = 0, alignment = 0;
   double rotation = 0, blockScale = 1, textHeight = 0;
+  int color = 0;
+  std::uint64_t textStyle = 0;
 };
 
 bool readContentFormat(DwgObjectReader& o, ContentFormat& f, DwgDecodeContext& context) {
@@ -40,20 +42,28 @@ bool readContentFormat(DwgObjectReader& o, ContentFormat& f, DwgDecodeContext& c
   f.rotation = b.readBitDouble();
   f.blockScale = b.readBitDouble();
   f.alignment = b.readBitLong();
-  readDwgTableColor(o, context.text);
-  o.readHandle();  // text style
+  f.color = readDwgTableColor(o, context.text);
+  f.textStyle = o.readHandle();
   f.textHeight = b.readBitDouble();
   return !o.failed();
 }
 
+// The overrides of one edge of a cell: its lineweight, colour and visibility when overridden.
+struct Edge {
+  std::int32_t overrides = 0;  // 2 lineweight, 8 colour, 0x10 visibility
+  int color = 0, lineweight = 0;
+};
+
 // A cell style of a cell, row, column or the table: its overrides, what it shares with content formats,
-// margins and borders.
+// margins and the outer edges' overrides (top, right, bottom, left).
 struct CellStyle {
   bool hasData = false;
   std::int32_t overrides = 0;
+  int background = 0;
   ContentFormat format;
   std::int32_t marginFlags = 0;
   double margins[6] = {};
+  Edge edges[4];
 };
 
 bool readCellStyle(DwgObjectReader& o, CellStyle& s, DwgDecodeContext& context) {
@@ -64,7 +74,7 @@ bool readCellStyle(DwgObjectReader& o, CellStyle& s, DwgDecodeContext& context) 
   if (!s.hasData) return !b.failed();
   s.overrides = b.readBitLong();
   b.readBitLong();  // merge flags
-  readDwgTableColor(o, context.text);  // background
+  s.background = readDwgTableColor(o, context.text);
   b.readBitLong();  // content layout
   if (!readContentFormat(o, s.format, context)) return false;
   s.marginFlags = b.readBitShort();
@@ -73,14 +83,18 @@ bool readCellStyle(DwgObjectReader& o, CellStyle& s, DwgDecodeContext& context) 
   const std::int32_t borders = b.readBitLong();
   if (!countFits(borders, kMinBorderBits, b)) return false;
   for (std::int32_t k = 0; k < borders && !o.failed(); ++k) {
-    if (b.readBitLong() == 0) continue;  // no edge: nothing follows
-    b.readBitLong();  // overrides
+    const std::int32_t which = b.readBitLong();  // 1 top, 2 right, 4 bottom, 8 left, 0x10 and 0x20 inside
+    if (which == 0) continue;                     // nothing follows
+    Edge e;
+    e.overrides = b.readBitLong();
     b.readBitLong();  // single or double
-    readDwgTableColor(o, context.text);
-    b.readBitLong();  // lineweight
-    o.readHandle();   // linetype
-    b.readBitLong();  // invisibility
+    e.color = readDwgTableColor(o, context.text);
+    e.lineweight = b.readBitLong();
+    o.readHandle();     // linetype
+    b.readBitLong();    // invisibility
     b.readBitDouble();  // spacing of double lines
+    for (int edge = 0; edge < 4; ++edge)
+      if (which == 1 << edge) s.edges[edge] = e;
   }
   return !o.failed();
 }
@@ -175,26 +189,43 @@ bool readCell(DwgObjectReader& o, CellRead& cell, DwgTagList& values, DwgTagList
 
 // The property bits of cell styles and content formats this layout takes.
 constexpr std::int32_t kDataType = 0x01, kDataFormat = 0x02, kScale = 0x08, kAlignment = 0x10,
-                       kTextHeight = 0x80, kAutoScale = 0x100;
+                       kContentColor = 0x20, kTextStyle = 0x40, kTextHeight = 0x80, kAutoScale = 0x100,
+                       kBackground = 0x200;
+// And those of an edge.
+constexpr std::int32_t kEdgeLineweight = 0x02, kEdgeColor = 0x08, kEdgeVisibility = 0x10;
 
 // A cell in the layout DXF keeps: type, flags, merge spans (left for a cell on its own; slots takes the
-// place of its 173 group for the merged ranges read later), the overrides this reader knows, its block and
-// its value. rowHeight is the text height the cell's row overrides, 0 when it does not.
+// place of its 173 group for the merged ranges read later), its overrides, its block and its value.
+// rowHeight is the text height the cell's row overrides, 0 when it does not.
 void appendCell(const CellRead& cell, const DwgTagList& values, double rowHeight, DwgTagList& out,
                 DwgDecodeContext& context) {
   const bool isBlock = cell.type == 4;
   const ContentFormat& f = cell.format;
   const CellStyle& s = cell.style;
-  // The cell's override flags as older releases store them: alignment (1), text height (0x20), and 0x40000,
-  // which DXF writers set for contents whose data type or format is their own.
-  const bool alignment = s.hasData && (s.overrides & kAlignment);
+  const std::int32_t styled = s.hasData ? s.overrides : 0;
+  // The cell's override flags as older releases store them (alignment 1, background 2 and 4, content colour
+  // 8, text style 0x10, text height 0x20, each edge's colour, lineweight and visibility from 0x40 on), and
+  // 0x40000, which DXF writers set for contents whose data type or format is their own.
   const double textHeight = (f.overrides & kTextHeight) ? f.textHeight : rowHeight;
   std::int32_t flags = 0;
-  if (alignment) flags |= 0x01;
+  if (styled & kAlignment) flags |= 0x01;
+  if (styled & kBackground) flags |= 0x02 | 0x04;
+  // The content's own colour, else the cell's.
+  const bool contentColor = (f.overrides & kContentColor) != 0;
+  if (contentColor || (styled & kContentColor)) flags |= 0x08;
+  if (f.overrides & kTextStyle) flags |= 0x10;
   if (textHeight != 0) flags |= 0x20;
+  int edgeFlags = 0;
+  for (int k = 0; k < 4; ++k) {
+    const std::int32_t e = s.edges[k].overrides;
+    if (e & (kEdgeColor | kEdgeLineweight)) edgeFlags |= 1 << k;
+    if (e & kEdgeColor) flags |= 0x40 << k;
+    if (e & kEdgeLineweight) flags |= 0x400 << k;
+    if (e & (kEdgeColor | kEdgeLineweight | kEdgeVisibility)) flags |= 0x4000 << k;
+  }
   if (f.overrides & (kDataType | kDataFormat)) flags |= 0x40000;
   out.integer(171, isBlock ? 2 : 1);
-  out.integer(172, 0);
+  out.integer(172, edgeFlags);
   context.slots.emplace_back(out.size(), 0);
   out.integer(173, 0);
   out.integer(174, isBlock && (f.overrides & kAutoScale) && (f.propertyFlags & kAutoScale) ? 1 : 0);
@@ -208,8 +239,19 @@ void appendCell(const CellRead& cell, const DwgTagList& values, double rowHeight
     out.real(144, (f.overrides & kScale) ? f.blockScale : 1.0);
     out.integer(179, cell.attributes);
   }
-  if (alignment) out.integer(170, s.format.alignment);
-  if (textHeight != 0) out.real(140, textHeight);
+  if (flags & 0x01) out.integer(170, s.format.alignment);
+  if (flags & 0x04) out.integer(63, s.background);
+  if (flags & 0x08) out.integer(64, contentColor ? f.color : s.format.color);
+  if (flags & 0x02) out.integer(283, 0);  // a background colour, so not filled with nothing
+  if (flags & 0x10) out.handle(7, f.textStyle);
+  if (flags & 0x20) out.real(140, textHeight);
+  // The edges right, bottom, left, top, as DXF lists them: lineweight, then colour.
+  constexpr int kColorCodes[] = {69, 65, 66, 68};
+  for (int k : {1, 2, 3, 0}) {
+    const Edge& e = s.edges[k];
+    if (e.overrides & kEdgeLineweight) out.integer(kColorCodes[k] + 210, e.lineweight);
+    if (e.overrides & kEdgeColor) out.integer(kColorCodes[k], e.color);
+  }
   out.integer(92, 0);
   if (cell.valueEnd > cell.valueBegin) {
     out.append(values, cell.valueBegin, cell.valueEnd);
