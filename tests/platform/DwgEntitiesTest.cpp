@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -64,15 +65,32 @@ std::map<platform::Handle, std::uint32_t> entitiesOfType(const DatabaseData& db,
   return out;
 }
 
-TEST(DwgEntities, HatchBoundaryPathsAndPatternsMatchTheDxfTwin) {
-  const std::string dwg = corpusFile("same_drawing/acadsharp_hatch_pattern/acadsharp_hatch_pattern.dwg");
-  const std::string dxf = corpusFile("same_drawing/acadsharp_hatch_pattern/acadsharp_hatch_pattern.dxf");
-  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-  DatabaseData a, b;
+// A drawing of the corpus read from its DWG and from its DXF twin (path without extension), with the
+// entities of one type of each by handle; null when the corpus is absent or either does not read (a test
+// failure then).
+struct Twin {
+  DatabaseData dwg, dxf;
+  std::map<platform::Handle, std::uint32_t> ofDwg, ofDxf;
+};
+std::unique_ptr<Twin> readTwin(const std::string& path, std::string_view type) {
+  const std::string dwg = corpusFile(path + ".dwg"), dxf = corpusFile(path + ".dxf");
+  if (dwg.empty() || dxf.empty()) return nullptr;
+  auto twin = std::make_unique<Twin>();
   platform::ReadReport ra, rb;
-  ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
-  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
-  const auto hatchesA = entitiesOfType(a, "HATCH"), hatchesB = entitiesOfType(b, "HATCH");
+  if (!headless::readDwg(dwg, twin->dwg, ra) || !headless::readDxf(dxf, twin->dxf, rb)) {
+    ADD_FAILURE() << ra.error << rb.error;
+    return nullptr;
+  }
+  twin->ofDwg = entitiesOfType(twin->dwg, type);
+  twin->ofDxf = entitiesOfType(twin->dxf, type);
+  return twin;
+}
+
+TEST(DwgEntities, HatchBoundaryPathsAndPatternsMatchTheDxfTwin) {
+  const auto twin = readTwin("same_drawing/acadsharp_hatch_pattern/acadsharp_hatch_pattern", "HATCH");
+  if (!twin) GTEST_SKIP() << "the corpus is not beside this checkout";
+  const DatabaseData &a = twin->dwg, &b = twin->dxf;
+  const auto &hatchesA = twin->ofDwg, &hatchesB = twin->ofDxf;
   ASSERT_EQ(hatchesA.size(), 4u);
   ASSERT_EQ(hatchesA.size(), hatchesB.size());
   // Polyline and edge paths with their source objects, then the style, the pattern lines and the seeds.
@@ -174,14 +192,10 @@ std::vector<Group> tableGroups(const DatabaseData& db, const platform::EntityRec
 // An R2018 table holds table content: its cells come out in the layout of older releases as DXF gives
 // them, merged cells, block cells (scaled to fit or not) and values of every type included.
 TEST(DwgEntities, TableContentBecomesTheCellsOfTheDxfTwin) {
-  const std::string dwg = corpusFile("same_drawing/acadsharp_table/acadsharp_table_AC1032.dwg");
-  const std::string dxf = corpusFile("same_drawing/acadsharp_table/acadsharp_table_AC1032.dxf");
-  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-  DatabaseData a, b;
-  platform::ReadReport ra, rb;
-  ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
-  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
-  const auto tablesA = entitiesOfType(a, "ACAD_TABLE"), tablesB = entitiesOfType(b, "ACAD_TABLE");
+  const auto twin = readTwin("same_drawing/acadsharp_table/acadsharp_table_AC1032", "ACAD_TABLE");
+  if (!twin) GTEST_SKIP() << "the corpus is not beside this checkout";
+  const DatabaseData &a = twin->dwg, &b = twin->dxf;
+  const auto &tablesA = twin->ofDwg, &tablesB = twin->ofDxf;
   ASSERT_EQ(tablesA.size(), 1u);
   ASSERT_TRUE(tablesB.contains(tablesA.begin()->first));
   const std::vector<Group> got = tableGroups(a, a.entities[tablesA.begin()->second]);
@@ -197,11 +211,9 @@ TEST(DwgEntities, TableContentBecomesTheCellsOfTheDxfTwin) {
 // Damage anywhere in a table's data, a count grown past what is left among the likeliest, is refused or read
 // within the object: the decoder never reads outside its streams.
 TEST(DwgEntities, DamagedTableContentIsRefusedOrReadWithinTheObject) {
-  const std::string dwg = corpusFile("same_drawing/acadsharp_table/acadsharp_table_AC1032.dwg");
-  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-  headless::DwgSections sections;
-  std::string error;
-  ASSERT_TRUE(headless::readDwgContainer(dwg, sections, error)) << error;
+  const auto opened = vktest::corpusDwgSections("same_drawing/acadsharp_table/acadsharp_table_AC1032.dwg");
+  if (!opened) GTEST_SKIP() << "the corpus is not beside this checkout";
+  headless::DwgSections& sections = *opened;
   std::vector<std::string> warnings;
   const std::vector<headless::DwgClass> classes = headless::readDwgClasses(sections, warnings);
   const headless::DwgObjectWalk walk = headless::walkObjects(sections);
@@ -276,9 +288,9 @@ TEST(DwgEntities, CustomEntitiesBecomeTheProxyRecordsOfTheDxfTwin) {
   platform::ReadReport report;
   ASSERT_TRUE(headless::readDxf(dxf, twin, report)) << report.error;
   const auto proxies = entitiesOfType(twin, "ACAD_PROXY_ENTITY");
-  headless::DwgSections sections;
-  std::string error;
-  ASSERT_TRUE(headless::readDwgContainer(dwg, sections, error)) << error;
+  const auto read = vktest::corpusDwgSections("chinese/libredwg_gh109_1/libredwg_2013_gh109_1.dwg");
+  ASSERT_NE(read, nullptr);
+  const headless::DwgSections& sections = *read;
   std::vector<std::string> warnings;
   const std::vector<headless::DwgClass> classes = headless::readDwgClasses(sections, warnings);
   const headless::DwgObjectWalk walk = headless::walkObjects(sections);

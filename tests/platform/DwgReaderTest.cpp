@@ -828,11 +828,9 @@ TEST(DwgReader, SurfacesOfSabDataHaveExtentsAndDigests) {
 }
 
 TEST(DwgReader, TheDataStoreGivesSabByHandleAndSurvivesDamage) {
-  const std::string dwg = corpusFile("same_drawing/libredwg_example/libredwg_example_2013.dwg");
-  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-  headless::DwgSections sections;
-  std::string error;
-  ASSERT_TRUE(headless::readDwgContainer(dwg, sections, error)) << error;
+  const auto read = vktest::corpusDwgSections("same_drawing/libredwg_example/libredwg_example_2013.dwg");
+  if (!read) GTEST_SKIP() << "the corpus is not beside this checkout";
+  const headless::DwgSections& sections = *read;
   std::vector<std::string> warnings;
   const auto data = headless::readDwgModelerData(sections, warnings);
   EXPECT_TRUE(warnings.empty());

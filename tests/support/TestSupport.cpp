@@ -74,6 +74,16 @@ std::string corpusFile(std::string_view relative) {
   return std::filesystem::exists(path) ? path.string() : std::string();
 }
 
+std::unique_ptr<headless::DwgSections> corpusDwgSections(std::string_view relative) {
+  const std::string path = corpusFile(relative);
+  if (path.empty()) return nullptr;
+  auto sections = std::make_unique<headless::DwgSections>();
+  std::string error;
+  if (headless::readDwgContainer(path, *sections, error)) return sections;
+  ADD_FAILURE() << path << ": " << error;
+  return nullptr;
+}
+
 const std::string& isolateSettings() {
   static TempDir* dir = [] {
     auto* d = new TempDir();  // lives for the whole process: the settings store keeps its path

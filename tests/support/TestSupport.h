@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/database.h"
+#include "platform/headless/dwg_container.h"
 
 namespace vktest {
 
@@ -46,6 +47,9 @@ std::string corpusDir();
 std::string dataDir();
 // The path of a file of the corpus by its path inside it ("same_drawing/x/x.dwg"); "" when it is absent.
 std::string corpusFile(std::string_view relative);
+// The sections of a DWG of the corpus; null when the corpus is absent, and when the drawing does not read
+// (a test failure then).
+std::unique_ptr<headless::DwgSections> corpusDwgSections(std::string_view relative);
 
 // Points the process's settings file at a temporary folder of its own (once per process) and returns it,
 // so that tests never read or write the user's settings. Call before the settings store is first used.

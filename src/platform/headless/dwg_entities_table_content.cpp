@@ -348,27 +348,28 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
 
   const std::int32_t flags = b.readBitShort();
   const DwgPoint3 direction = b.read3BitDoubles();
-  if (b.readBitLong()) {  // break data: options, flow, spacing, two flags and the manual heights
+  // The break data: options, flow, spacing and two flags, then the manual break heights (a position, the
+  // height and flags); then the row ranges of the table's parts (a position, the first and the last row).
+  auto skipBreaks = [&](bool heights) {
+    const std::int32_t count = b.readBitLong();
+    if (!countFits(count, kMinBreakBits, b)) return false;
+    for (std::int32_t k = 0; k < count; ++k) {
+      b.read3BitDoubles();
+      if (heights) b.readBitDouble();
+      else b.readBitLong();
+      b.readBitLong();
+    }
+    return true;
+  };
+  if (b.readBitLong()) {
     b.readBitLong();
     b.readBitLong();
     b.readBitDouble();
     b.readBitLong();
     b.readBitLong();
-    const std::int32_t heights = b.readBitLong();
-    if (!countFits(heights, kMinBreakBits, b)) return false;
-    for (std::int32_t k = 0; k < heights; ++k) {
-      b.read3BitDoubles();
-      b.readBitDouble();
-      b.readBitLong();
-    }
+    if (!skipBreaks(true)) return false;
   }
-  const std::int32_t breakRows = b.readBitLong();
-  if (!countFits(breakRows, kMinBreakBits, b)) return false;
-  for (std::int32_t k = 0; k < breakRows; ++k) {
-    b.read3BitDoubles();
-    b.readBitLong();
-    b.readBitLong();
-  }
+  if (!skipBreaks(false)) return false;
   if (o.failed()) return false;
   const DwgBitReader tableHandlesEnd = o.handles;
   o.handles = handlesAt;
