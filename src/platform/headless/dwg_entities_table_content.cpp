@@ -58,7 +58,7 @@ struct Edge {
 // margins and the outer edges' overrides (top, right, bottom, left).
 struct CellStyle {
   bool hasData = false;
-  std::int32_t overrides = 0;
+  std::int32_t overrides = 0, values = 0;  // which properties it overrides; the values of flag properties
   int background = 0;
   ContentFormat format;
   std::int32_t marginFlags = 0;
@@ -73,7 +73,7 @@ bool readCellStyle(DwgObjectReader& o, CellStyle& s, DwgDecodeContext& context) 
   s.hasData = b.readBitShort() != 0;
   if (!s.hasData) return !b.failed();
   s.overrides = b.readBitLong();
-  b.readBitLong();  // merge flags
+  s.values = b.readBitLong();
   s.background = readDwgTableColor(o, context.text);
   b.readBitLong();  // content layout
   if (!readContentFormat(o, s.format, context)) return false;
@@ -140,10 +140,10 @@ bool readCell(DwgObjectReader& o, CellRead& cell, DwgTagList& values, DwgTagList
   }
   const std::int32_t contents = b.readBitLong();
   if (!countFits(contents, kMinContentBits, b)) return false;
+  cell.valueBegin = cell.valueEnd = values.size();
   for (std::int32_t k = 0; k < contents; ++k) {
     const std::int32_t type = b.readBitLong();
     const bool first = k == 0;
-    cell.valueBegin = cell.valueEnd = values.size();
     if (type == 1) {
       scratch.truncate(0);
       if (!readDwgTableValue(o, first ? values : scratch, context, true)) return false;
@@ -190,7 +190,7 @@ bool readCell(DwgObjectReader& o, CellRead& cell, DwgTagList& values, DwgTagList
 // The property bits of cell styles and content formats this layout takes.
 constexpr std::int32_t kDataType = 0x01, kDataFormat = 0x02, kScale = 0x08, kAlignment = 0x10,
                        kContentColor = 0x20, kTextStyle = 0x40, kTextHeight = 0x80, kAutoScale = 0x100,
-                       kBackground = 0x200;
+                       kBackground = 0x200, kFlowUp = 0x10000;
 // And those of an edge.
 constexpr std::int32_t kEdgeLineweight = 0x02, kEdgeColor = 0x08, kEdgeVisibility = 0x10;
 
@@ -282,6 +282,7 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   skipDwgAttributeHandles(o, part);
   o.strings = stringsAt;
 
+  // Fields of unknown use: a byte, a handle, a long, then a bit (R2010) or a long (from R2013 on).
   b.readRawChar();
   o.readHandle();
   b.readBitLong();
@@ -327,12 +328,16 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   for (std::int32_t k = 0; k < fields; ++k) o.readHandle();
   CellStyle table;
   if (!readCellStyle(o, table, context)) return false;
+  // The merged ranges, which never overlap: together they cover no more cells than the table has.
   const std::int32_t ranges = b.readBitLong();
   if (!countFits(ranges, kMinRangeBits, b)) return false;
+  std::uint64_t merged = 0;
   for (std::int32_t k = 0; k < ranges; ++k) {
     const std::int32_t top = b.readBitLong(), left = b.readBitLong();
     const std::int32_t bottom = b.readBitLong(), right = b.readBitLong();
     if (top < 0 || left < 0 || top > bottom || left > right || bottom >= rows || right >= columns) return false;
+    merged += std::uint64_t(bottom - top + 1) * std::uint64_t(right - left + 1);
+    if (merged > std::uint64_t(rows) * std::uint64_t(columns)) return false;
     for (std::int32_t r = top; r <= bottom; ++r)
       for (std::int32_t c = left; c <= right; ++c) {
         const std::size_t at = context.slots[std::size_t(r) * std::size_t(columns) + std::size_t(c)].first;
@@ -387,16 +392,19 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   out.integer(90, flags | 0x10);
   out.integer(91, rows);
   out.integer(92, columns);
-  // The table-wide overrides of older releases: the cell margins of the table's own style and the text
-  // height of each kind of row; no border overrides (94 to 96).
+  // The table-wide overrides of older releases: the flow direction and cell margins of the table's own
+  // style, the text height of each kind of row; no border overrides (94 to 96).
   std::int32_t overrides = 0;
   const bool margins = table.hasData && (table.marginFlags & 1);
   if (margins && (table.overrides & (0x400 | 0x1000))) overrides |= 0x08;
   if (margins && (table.overrides & (0x800 | 0x2000))) overrides |= 0x10;
+  const bool flow = table.hasData && (table.overrides & kFlowUp);
+  if (flow) overrides |= 0x04;
   for (int kind = 0; kind < 3; ++kind)
     if (rowHeights[kind] != 0) overrides |= 0x100000 << kind;
   out.integer(93, overrides);
   for (int code = 94; code <= 96; ++code) out.integer(code, 0);
+  if (flow) out.integer(70, (table.values & kFlowUp) ? 1 : 0);
   if (overrides & 0x08) out.real(40, table.margins[1]);
   if (overrides & 0x10) out.real(41, table.margins[0]);
   for (int kind : {2, 0, 1})  // DXF lists the data rows' first
