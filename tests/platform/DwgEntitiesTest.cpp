@@ -194,12 +194,11 @@ std::vector<Group> tableGroups(const DatabaseData& db, const platform::EntityRec
 TEST(DwgEntities, TableContentBecomesTheCellsOfTheDxfTwin) {
   const auto twin = readTwin("same_drawing/acadsharp_table/acadsharp_table_AC1032", "ACAD_TABLE");
   if (!twin) GTEST_SKIP() << "the corpus is not beside this checkout";
-  const DatabaseData &a = twin->dwg, &b = twin->dxf;
-  const auto &tablesA = twin->ofDwg, &tablesB = twin->ofDxf;
-  ASSERT_EQ(tablesA.size(), 1u);
-  ASSERT_TRUE(tablesB.contains(tablesA.begin()->first));
-  const std::vector<Group> got = tableGroups(a, a.entities[tablesA.begin()->second]);
-  const std::vector<Group> want = tableGroups(b, b.entities[tablesB.begin()->second]);
+  ASSERT_EQ(twin->ofDwg.size(), 1u);
+  const auto [handle, index] = *twin->ofDwg.begin();
+  ASSERT_TRUE(twin->ofDxf.contains(handle));
+  const std::vector<Group> got = tableGroups(twin->dwg, twin->dwg.entities[index]);
+  const std::vector<Group> want = tableGroups(twin->dxf, twin->dxf.entities[twin->ofDxf.at(handle)]);
   ASSERT_EQ(got.size(), want.size());
   for (std::size_t k = 0; k < got.size(); ++k) EXPECT_EQ(got[k], want[k]) << "group " << k;
   // 4 rows of 5 cells: the title spans the first row, the third row holds the block cells.
