@@ -1,4 +1,4 @@
-// The DWG table entity (ACAD_TABLE) up to R2007: its block reference part, sizes, cells and overrides, as DXF gives them.
+// The DWG table entity (ACAD_TABLE) up to R2007: its insert part, sizes, cells and overrides as DXF gives them.
 #include "platform/headless/dwg_entities_table.h"
 
 #include <array>
@@ -258,6 +258,7 @@ int readDwgTableColor(DwgObjectReader& o, std::string& scratch) {
     default: return index;
   }
 }
+
 bool readDwgTableValue(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, bool handleNow) {
   DwgBitReader& b = o.bits;
   const std::int32_t flags = b.readBitLong();
