@@ -388,8 +388,11 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   out.handle(342, tableStyle);
   out.handle(343, block);
   out.point(11, direction);
-  // DXF writers set 0x10 in every table seen, which the R2010 data has only for some.
-  out.integer(90, flags | 0x10);
+  // The flags of older releases: 6 (a block), 0x10 for a table flowing down, 0x20 for its title left out.
+  // The R2010 data has 0x10 for some tables only; DXF writers set it for every table flowing down.
+  const bool flow = table.hasData && (table.overrides & kFlowUp);
+  const bool up = flow && (table.values & kFlowUp);
+  out.integer(90, up ? flags & ~0x10 : flags | 0x10);
   out.integer(91, rows);
   out.integer(92, columns);
   // The table-wide overrides of older releases: the flow direction and cell margins of the table's own
@@ -398,13 +401,12 @@ bool decodeDwgTableContent(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   const bool margins = table.hasData && (table.marginFlags & 1);
   if (margins && (table.overrides & (0x400 | 0x1000))) overrides |= 0x08;
   if (margins && (table.overrides & (0x800 | 0x2000))) overrides |= 0x10;
-  const bool flow = table.hasData && (table.overrides & kFlowUp);
   if (flow) overrides |= 0x04;
   for (int kind = 0; kind < 3; ++kind)
     if (rowHeights[kind] != 0) overrides |= 0x100000 << kind;
   out.integer(93, overrides);
   for (int code = 94; code <= 96; ++code) out.integer(code, 0);
-  if (flow) out.integer(70, (table.values & kFlowUp) ? 1 : 0);
+  if (flow) out.integer(70, up ? 1 : 0);
   if (overrides & 0x08) out.real(40, table.margins[1]);
   if (overrides & 0x10) out.real(41, table.margins[0]);
   for (int kind : {2, 0, 1})  // DXF lists the data rows' first
