@@ -106,10 +106,11 @@ const DwgEntityType* dwgCustomEntityType();
 // The graphics an entity stores for hosts that cannot draw it: their size (92, or 160 from R2010 on) and
 // their bytes as binary groups (310). Nothing when the entity has none.
 void appendDwgGraphics(DwgObjectReader& entity, DwgTagList& out, std::string& scratch);
-// The bits [begin, end) of a stream as DXF binary groups of hex digits (127 bytes each), a last byte cut
-// short padded with zeros; the stream's position stays. scratch is reused.
+// The bits [begin, end) of a stream as binary groups (code) of hex digits, 127 bytes a group as DXF writers cut
+// them, a last byte cut short padded with zeros (what writers leave there is whatever their buffers held), then
+// filler bytes 0xCC. The stream's own position stays; scratch is reused.
 void dwgBinaryGroups(const DwgBitReader& stream, std::size_t begin, std::size_t end, int code, DwgTagList& out,
-                     std::string& scratch);
+                     std::string& scratch, std::size_t filler = 0);
 // The control points and knots DXF gives a cubic spline stored by its fit points and end tangents, the
 // curve through the points (knotParameter: 0 chord lengths, 1 their square roots, 2 uniform). False when
 // fit points repeat or there are fewer than 2. factors is scratch space.

@@ -15,23 +15,27 @@ constexpr std::size_t kBinaryChunk = 127;  // bytes a binary group holds, as DXF
 }  // namespace
 
 void dwgBinaryGroups(const DwgBitReader& stream, std::size_t begin, std::size_t end, int code, DwgTagList& out,
-                     std::string& scratch) {
+                     std::string& scratch, std::size_t filler) {
   DwgBitReader b = stream;  // a copy: the stream's own position stays
   b.setBitPosition(begin);
   scratch.clear();
-  for (std::size_t bit = begin; bit < end && !b.failed(); bit += 8) {
-    const std::size_t n = std::min<std::size_t>(8, end - bit);
-    unsigned byte = 0;
-    if (n == 8) byte = b.readRawChar();
-    else
-      for (std::size_t k = 0; k < n; ++k) byte |= unsigned(b.readBit()) << (7 - k);
+  auto put = [&](unsigned byte) {
     scratch += kHex[byte >> 4];
     scratch += kHex[byte & 15];
     if (scratch.size() == 2 * kBinaryChunk) {
       out.text(code, scratch);
       scratch.clear();
     }
+  };
+  for (std::size_t bit = begin; bit < end && !b.failed(); bit += 8) {
+    const std::size_t n = std::min<std::size_t>(8, end - bit);
+    unsigned byte = 0;
+    if (n == 8) byte = b.readRawChar();
+    else
+      for (std::size_t k = 0; k < n; ++k) byte |= unsigned(b.readBit()) << (7 - k);
+    put(byte);
   }
+  for (std::size_t i = 0; i < filler; ++i) put(0xCC);
   if (!scratch.empty()) out.text(code, scratch);
 }
 

@@ -45,20 +45,14 @@ void readRevision(DwgObjectReader& o, DwgTagList& out) {
   out.text(2, guid);
 }
 
-// The modeler data every region, solid, body and surface starts with, appended as groups 70 and 1/3. Before
-// R2007 the SAT text comes in blocks, each led by its size, with the character transform DXF of those
-// releases keeps too (each printable c as 159 - c): it is passed on as stored. From R2007 on the data follow
-// unsized, as SAT text or as SAB (written out as SAT text here, the form DXF of those releases holds).
-bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) {
+// The data after an ACIS empty bit of 0 and the bit that follows it: a version, then before R2007 the SAT text
+// in blocks, each led by its size, with the character transform DXF of those releases keeps too (each
+// printable c as 159 - c): it is passed on as stored. From R2007 on the data follow unsized, as SAT text or as
+// SAB (written out as SAT text here, the form DXF of those releases holds). Appended as groups 1/3 when out is
+// given, else only stepped over.
+bool readModelerText(DwgObjectReader& o, DwgTagList* out, std::string& scratch) {
   DwgBitReader& b = o.bits;
-  out.text(100, "AcDbModelerGeometry");
-  // R2013 and later keep the data in the drawing's data store (dwg_datastore.h): the wireframe comes first.
-  if (o.atLeast(DwgVersion::R2013)) return true;
-  const bool empty = b.readBit();
-  b.readBit();
-  if (empty) return !b.failed();
   const int version = b.readBitShort();
-  out.integer(70, 1);
   scratch.clear();
   if (version == 1) {
     // Blocks until one of size 0; each fits in what is left of the data.
@@ -68,7 +62,7 @@ bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) 
       if (size < 0 || static_cast<std::size_t>(size) > b.bitsLeft() / 8 || blocks > b.bitSize()) return false;
       for (std::int32_t i = 0; i < size; ++i) scratch += static_cast<char>(b.readRawChar());
     }
-    emitSatLines(out, scratch);
+    if (out) emitSatLines(*out, scratch);
     return !b.failed();
   }
   if (version != 2) return false;
@@ -82,16 +76,29 @@ bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) 
   modeler::Model model;
   if (std::string_view(scratch).starts_with("ACIS BinaryFile")) {
     if (!model.readSab(scratch, nullptr, &used)) return false;
-    emitSatLines(out, model.text());
+    if (out) emitSatLines(*out, model.text());
   } else {
     std::size_t marker = scratch.find("End-of-ACIS-data");
     if (marker == std::string::npos) marker = scratch.find("End-of-ASM-data");
     if (marker == std::string::npos) return false;
     used = scratch.find("data", marker) + 4;
-    emitSatLines(out, std::string_view(scratch).substr(0, used));
+    if (out) emitSatLines(*out, std::string_view(scratch).substr(0, used));
   }
   b.setBitPosition(start + used * 8);
   return !b.failed();
+}
+
+// The modeler data every region, solid, body and surface starts with, appended as groups 70 and 1/3.
+bool readModelerData(DwgObjectReader& o, DwgTagList& out, std::string& scratch) {
+  DwgBitReader& b = o.bits;
+  out.text(100, "AcDbModelerGeometry");
+  // R2013 and later keep the data in the drawing's data store (dwg_datastore.h): the wireframe comes first.
+  if (o.atLeast(DwgVersion::R2013)) return true;
+  const bool empty = b.readBit();
+  b.readBit();
+  if (empty) return !b.failed();
+  out.integer(70, 1);
+  return readModelerText(o, &out, scratch);
 }
 
 // A wire of the wireframe or silhouettes kept with the data.
@@ -118,8 +125,10 @@ void skipWires(DwgBitReader& b) {
   for (std::int32_t i = 0; i < wires && !b.failed(); ++i) skipWire(b);
 }
 
-// What follows the data: the wireframe, the silhouettes of viewports, and (R2007+) one more number.
-void skipWireframe(DwgObjectReader& o) {
+// What follows the data: the wireframe, the silhouettes of viewports, the empty bit again, and (R2007+) one more
+// number. An empty bit of 0 there says the data follow once more, in the same form but for the wireframe:
+// extruded and lofted surfaces keep the edges of their isolines so. DXF leaves them out.
+void skipWireframe(DwgObjectReader& o, std::string& scratch) {
   DwgBitReader& b = o.bits;
   if (b.readBit()) {
     if (b.readBit()) b.read3BitDoubles();
@@ -135,13 +144,16 @@ void skipWireframe(DwgObjectReader& o) {
       skipWires(b);
     }
   }
-  b.readBit();  // the data again: never stored by the releases read here
+  if (!b.readBit()) {
+    b.readBit();
+    if (!readModelerText(o, nullptr, scratch)) return b.fail();
+  }
   if (o.atLeast(DwgVersion::R2007)) b.readBitLong();
 }
 
 bool decodeModeler(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const char* subclass) {
   if (!readModelerData(o, out, context.text)) return false;
-  skipWireframe(o);
+  skipWireframe(o, context.text);
   readRevision(o, out);
   o.readCommonHandles();
   // Solids name their history from R2007 on; regions (and bodies) store no such handle.
@@ -160,42 +172,232 @@ bool decodeSolid(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   return decodeModeler(o, out, context, "AcDb3dSolid");
 }
 
-// Surfaces: the modeler data, then their isoline counts. Plane and NURBS surfaces hold nothing more. Where
-// R2013 and later put the counts beside the revision GUID is not known yet: those are refused.
-bool decodeSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+// Surfaces: the modeler data, then their isoline counts (71, 72). Where R2013 and later put the counts beside
+// the revision GUID is not known yet: those are refused.
+bool readSurfaceStart(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, int isolines[2]) {
   if (o.atLeast(DwgVersion::R2013)) {
     context.notDecoded = "R2013 surface";
     return false;
   }
   if (!readModelerData(o, out, context.text)) return false;
-  skipWireframe(o);
-  DwgBitReader& b = o.bits;
-  const int u = b.readBitShort(), v = b.readBitShort();
-  o.readCommonHandles();
+  skipWireframe(o, context.text);
+  isolines[0] = o.bits.readBitShort();
+  isolines[1] = o.bits.readBitShort();
+  return !o.bits.failed();
+}
+
+void appendIsolines(DwgTagList& out, const int isolines[2]) {
   out.text(100, "AcDbSurface");
-  out.integer(71, u);
-  out.integer(72, v);
+  out.integer(71, isolines[0]);
+  out.integer(72, isolines[1]);
+}
+
+// Plane and NURBS surfaces hold nothing more.
+bool decodeSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  int isolines[2];
+  if (!readSurfaceStart(o, out, context, isolines)) return false;
+  o.readCommonHandles();
+  appendIsolines(out, isolines);
   return true;
 }
 
-// Extruded, lofted, revolved and swept surfaces go on with how they were made (transforms, sweep options, the
-// curves they came from), which is not decoded yet: such drawings are refused rather than read without it.
-template <const char* Name>
-bool decodeMadeSurface(DwgObjectReader&, DwgTagList&, DwgDecodeContext& context) {
-  context.notDecoded = Name;
-  return false;
+// Extruded, lofted, revolved and swept surfaces go on with how they were made: the options of the sweep, the
+// transforms, and the curves they came from, each kept whole as an entity of its own in DWG form (its type
+// number, its size in bits, its bits), which DXF passes on as binary groups.
+
+// Steps over count such curves stored one after the other; false when one does not fit in the data.
+bool skipCurves(DwgBitReader& b, std::int32_t count) {
+  if (!countFits(count, 4, b)) return false;  // each at least two empty bit longs
+  for (std::int32_t i = 0; i < count; ++i) {
+    b.readBitLong();
+    const std::int32_t bits = b.readBitLong();
+    if (!countFits(bits, 1, b)) return false;
+    b.setBitPosition(b.bitPosition() + static_cast<std::size_t>(bits));
+  }
+  return !b.failed();
 }
-constexpr char kExtruded[] = "EXTRUDEDSURFACE", kLofted[] = "LOFTEDSURFACE", kRevolved[] = "REVOLVEDSURFACE",
-               kSwept[] = "SWEPTSURFACE";
+
+// Appends count curves read by skipCurves from bit begin on: the type (typeCode), the size (90), then the bits
+// as DXF writers give them, one byte more than whole bytes hold (0xCC where the bits fill their last byte).
+void appendCurves(const DwgBitReader& stream, std::size_t begin, std::int32_t count, int typeCode, DwgTagList& out,
+                  std::string& scratch) {
+  DwgBitReader b = stream;
+  b.setBitPosition(begin);
+  for (std::int32_t i = 0; i < count && !b.failed(); ++i) {
+    const std::int32_t type = b.readBitLong(), bits = b.readBitLong();
+    const std::size_t at = b.bitPosition();
+    out.integer(typeCode, type);
+    out.integer(90, bits);
+    dwgBinaryGroups(b, at, at + static_cast<std::size_t>(bits), 310, out, scratch, bits % 8 == 0 ? 1 : 0);
+    b.setBitPosition(at + static_cast<std::size_t>(bits));
+  }
+}
+
+// A transform as 16 reals, row by row.
+struct Transform {
+  double m[16];
+  void read(DwgBitReader& b) {
+    for (double& v : m) v = b.readBitDouble();
+  }
+  void append(DwgTagList& out, int code) const {
+    for (double v : m) out.real(code, v);
+  }
+};
+
+// The options of a sweep, which extruded and swept surfaces share. DWG puts the twist reference vector
+// among the flags and the transforms last; DXF the transforms after the reals and the vector last.
+struct SweepOptions {
+  double reals[6];        // draft angle, draft start and end distances, twist angle, scale, align angle
+  bool solid;             // 290
+  int alignment, other;   // 70 (alignment option) and 71
+  bool flags[5];          // 292-296: align start, bank, base point set, sweep and path transforms computed
+  DwgPoint3 reference;    // 11: the twist's reference vector
+  Transform sweep, path;  // 46, 47
+
+  void read(DwgBitReader& b) {
+    for (double& v : reals) v = b.readBitDouble();
+    solid = b.readBit();
+    alignment = b.readBitShort();
+    other = b.readBitShort();
+    for (int i = 0; i < 3; ++i) flags[i] = b.readBit();
+    reference = b.read3BitDoubles();
+    for (int i = 3; i < 5; ++i) flags[i] = b.readBit();
+    sweep.read(b);
+    path.read(b);
+  }
+  void append(DwgTagList& out) const {
+    constexpr int kRealCodes[] = {42, 43, 44, 45, 48, 49};
+    for (int i = 0; i < 6; ++i) out.real(kRealCodes[i], reals[i]);
+    sweep.append(out, 46);
+    path.append(out, 47);
+    out.integer(290, solid ? 1 : 0);
+    out.integer(70, alignment);
+    out.integer(71, other);
+    for (int i = 0; i < 5; ++i) out.integer(292 + i, flags[i] ? 1 : 0);
+    out.point(11, reference);
+  }
+};
+
+// EXTRUDEDSURFACE: the sweep options, the sweep vector (10), the extruded curve's transform (40), the curve.
+bool decodeExtrudedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  int isolines[2];
+  if (!readSurfaceStart(o, out, context, isolines)) return false;
+  DwgBitReader& b = o.bits;
+  SweepOptions options;
+  options.read(b);
+  const DwgPoint3 vector = b.read3BitDoubles();
+  Transform transform;
+  transform.read(b);
+  const std::size_t curve = b.bitPosition();
+  if (!skipCurves(b, 1)) return false;
+  o.readCommonHandles();
+  appendIsolines(out, isolines);
+  out.text(100, "AcDbExtrudedSurface");
+  appendCurves(b, curve, 1, 90, out, context.scratch);
+  out.point(10, vector);
+  transform.append(out, 40);
+  options.append(out);
+  return true;
+}
+
+// LOFTEDSURFACE: the transform of the curves (40), the counts of cross sections and guides, the loft options
+// (draft angles and magnitudes 41-44, flags 290-297, the normal option 70), then the curves, cross sections
+// first. The bit after the counts is 0 in every lofted surface seen; what follows when it is set (a path
+// curve, it seems) is not known, and such surfaces are refused.
+bool decodeLoftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  int isolines[2];
+  if (!readSurfaceStart(o, out, context, isolines)) return false;
+  DwgBitReader& b = o.bits;
+  Transform transform;
+  transform.read(b);
+  const std::int32_t sections = b.readBitLong(), guides = b.readBitLong();
+  if (b.readBit()) {
+    context.notDecoded = "LOFTEDSURFACE with a path";
+    return false;
+  }
+  double reals[4];
+  for (double& v : reals) v = b.readBitDouble();
+  bool flags[8];
+  for (bool& f : flags) f = b.readBit();
+  const int normal = b.readBitShort();
+  const std::size_t curves = b.bitPosition();
+  if (!countFits(sections, 4, b) || !countFits(guides, 4, b) || !skipCurves(b, sections + guides)) return false;
+  o.readCommonHandles();
+  appendIsolines(out, isolines);
+  out.text(100, "AcDbLoftedSurface");
+  transform.append(out, 40);
+  appendCurves(b, curves, sections + guides, 90, out, context.scratch);
+  out.integer(70, normal);
+  for (int i = 0; i < 4; ++i) out.real(41 + i, reals[i]);
+  for (int i = 0; i < 8; ++i) out.integer(290 + i, flags[i] ? 1 : 0);
+  return true;
+}
+
+// REVOLVEDSURFACE: draft angle, start and end distances and twist (43-46), the solid and close-to-axis flags
+// (290, 291), the axis point and vector (10, 11), the revolve and start angles (40, 41), the revolved curve's
+// transform (42), the curve.
+bool decodeRevolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  int isolines[2];
+  if (!readSurfaceStart(o, out, context, isolines)) return false;
+  DwgBitReader& b = o.bits;
+  double drafts[4];
+  for (double& v : drafts) v = b.readBitDouble();
+  const bool solid = b.readBit(), closeToAxis = b.readBit();
+  const DwgPoint3 axisPoint = b.read3BitDoubles(), axisVector = b.read3BitDoubles();
+  const double angle = b.readBitDouble(), start = b.readBitDouble();
+  Transform transform;
+  transform.read(b);
+  const std::size_t curve = b.bitPosition();
+  if (!skipCurves(b, 1)) return false;
+  o.readCommonHandles();
+  appendIsolines(out, isolines);
+  out.text(100, "AcDbRevolvedSurface");
+  appendCurves(b, curve, 1, 90, out, context.scratch);
+  out.point(10, axisPoint);
+  out.point(11, axisVector);
+  out.real(40, angle);
+  out.real(41, start);
+  transform.append(out, 42);
+  for (int i = 0; i < 4; ++i) out.real(43 + i, drafts[i]);
+  out.integer(290, solid ? 1 : 0);
+  out.integer(291, closeToAxis ? 1 : 0);
+  return true;
+}
+
+// SWEPTSURFACE: the sweep options, the transforms of the swept curve (40) and of the path (41), the swept curve
+// and the path (its type as 91).
+bool decodeSweptSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  int isolines[2];
+  if (!readSurfaceStart(o, out, context, isolines)) return false;
+  DwgBitReader& b = o.bits;
+  SweepOptions options;
+  options.read(b);
+  Transform sweep, path;
+  sweep.read(b);
+  path.read(b);
+  const std::size_t profile = b.bitPosition();
+  if (!skipCurves(b, 1)) return false;
+  const std::size_t pathCurve = b.bitPosition();
+  if (!skipCurves(b, 1)) return false;
+  o.readCommonHandles();
+  appendIsolines(out, isolines);
+  out.text(100, "AcDbSweptSurface");
+  appendCurves(b, profile, 1, 90, out, context.scratch);
+  appendCurves(b, pathCurve, 1, 91, out, context.scratch);
+  sweep.append(out, 40);
+  path.append(out, 41);
+  options.append(out);
+  return true;
+}
 
 constexpr DwgEntityEntry kTypes[] = {
     {37, {"REGION", decodeRegion}},
     {38, {"3DSOLID", decodeSolid}},
     {39, {"BODY", decodeRegion}},
-    {0, {kExtruded, decodeMadeSurface<kExtruded>}},
-    {0, {kLofted, decodeMadeSurface<kLofted>}},
-    {0, {kRevolved, decodeMadeSurface<kRevolved>}},
-    {0, {kSwept, decodeMadeSurface<kSwept>}},
+    {0, {"EXTRUDEDSURFACE", decodeExtrudedSurface}},
+    {0, {"LOFTEDSURFACE", decodeLoftedSurface}},
+    {0, {"REVOLVEDSURFACE", decodeRevolvedSurface}},
+    {0, {"SWEPTSURFACE", decodeSweptSurface}},
     {0, {"SURFACE", decodeSurface}},
     {0, {"PLANESURFACE", decodeSurface}},
     {0, {"NURBSURFACE", decodeSurface}},

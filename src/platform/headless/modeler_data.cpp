@@ -190,7 +190,7 @@ enum SabTag : std::uint8_t {
   kFalse = 10, kTrue = 11, kPointer = 12,
   kName = 13, kNamePart = 14,  // a word ending a (compound) name, a word the name continues after with '-'
   kOpen = 15, kClose = 16, kEnd = 17,
-  kPosition = 19, kVector = 20, kEnum = 21, kVector2 = 22,
+  kPosition = 19, kVector = 20, kEnum = 21, kVector2 = 22, kLong64 = 23,  // an integer in eight bytes
 };
 
 class SabReader {
@@ -340,6 +340,12 @@ bool Model::readSab(std::string_view bytes, std::string* error, std::size_t* use
       case kLong:
       case kEnum: {
         std::int32_t v = 0;
+        if (!in.raw(v)) return fail(error, "SAB data end inside a value");
+        appendInteger(out, v);
+        break;
+      }
+      case kLong64: {
+        std::int64_t v = 0;
         if (!in.raw(v)) return fail(error, "SAB data end inside a value");
         appendInteger(out, v);
         break;
