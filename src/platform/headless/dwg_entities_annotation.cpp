@@ -1,8 +1,10 @@
-// The DWG entities of annotation: multiline text, the dimensions, leaders and tolerance frames.
+// The DWG entities of annotation: multiline text, the dimensions, leaders, tolerance frames and text along arcs.
 #include "platform/headless/dwg_entities.h"
 
+#include <charconv>
 #include <cmath>
 #include <numbers>
+#include <string>
 
 #include "platform/text.h"
 
@@ -479,7 +481,62 @@ bool decodeTolerance(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& cont
   return true;
 }
 
+// A number the entity keeps as a text ("2.5"); false when the text is not one.
+bool readNumberText(DwgObjectReader& o, std::string& buffer, double& value) {
+  o.readText(buffer);
+  const char* end = buffer.data() + buffer.size();
+  const auto [stop, error] = std::from_chars(buffer.data(), end, value);
+  return error == std::errc() && stop == end && std::isfinite(value);
+}
+
+// ARCALIGNEDTEXT, text set along an arc (a class of an application, stored in full by the drawing): its height,
+// width factor and character spacing as texts, the style's name, the font and big font, the text, the offsets
+// from the arc and from its right and left ends as texts, the arc's centre, radius and start and end angles,
+// the extrusion, a colour (bit long), eleven flags (bit shorts), and the arc as a handle. Which stored flag
+// is which DXF group (70-79, 280), and how the colour becomes group 90, the drawings read so far do not tell
+// (their flags are all but one 0): those groups are left out. DXF gives the angles in degrees and the
+// extrusion even when it is the default.
+bool decodeArcAlignedText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  double sizes[3];  // height, width factor, character spacing
+  for (double& v : sizes)
+    if (!readNumberText(o, context.text, v)) return false;
+  std::string style, font, bigFont, text;
+  o.readText(style);
+  o.readText(font);
+  o.readText(bigFont);
+  o.readText(text);
+  double offsets[3];  // from the arc, from its right end, from its left end
+  for (double& v : offsets)
+    if (!readNumberText(o, context.text, v)) return false;
+  const DwgPoint3 centre = b.read3BitDoubles();
+  const double radius = b.readBitDouble(), start = b.readBitDouble(), end = b.readBitDouble();
+  const DwgPoint3 normal = b.read3BitDoubles();
+  b.readBitLong();  // colour
+  for (int i = 0; i < 11; ++i) b.readBitShort();
+  o.readCommonHandles();
+  const std::uint64_t arc = o.readHandle();
+  if (o.failed()) return false;
+  out.text(100, "AcDbArcAlignedText");
+  out.text(1, caretText(text, context.scratch));
+  out.text(2, font);
+  out.text(3, bigFont);
+  out.text(7, style);
+  out.point(10, centre);
+  out.real(40, radius);
+  out.real(41, sizes[1]);
+  out.real(42, sizes[0]);
+  out.real(43, sizes[2]);
+  for (int i = 0; i < 3; ++i) out.real(44 + i, offsets[i]);
+  out.real(50, start * kDwgDegrees);
+  out.real(51, end * kDwgDegrees);
+  out.point(210, normal);
+  if (arc) out.handle(330, arc);
+  return true;
+}
+
 constexpr DwgEntityEntry kTypes[] = {
+    {0, {"ARCALIGNEDTEXT", decodeArcAlignedText}},
     {20, {"DIMENSION", decodeDimensionOf<0>}},
     {21, {"DIMENSION", decodeDimensionOf<1>}},
     {22, {"DIMENSION", decodeDimensionOf<2>}},
