@@ -1,5 +1,6 @@
 // DWG entities of the richer kinds against what DXF gives of the same drawing: hatch boundary paths and
-// gradients, multileader context data across releases, and proxy records of custom entities.
+// gradients, multileader context data across releases, proxy records of custom entities, surfaces with the
+// curves they were made from, and text along arcs.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "platform/headless/codepage.h"
+#include "platform/database.h"
 #include "platform/headless/dwg_container.h"
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_reader.h"
@@ -261,6 +263,23 @@ TEST(DwgEntities, DamagedTableContentIsRefusedOrReadWithinTheObject) {
   EXPECT_EQ(out.size(), whole);
 }
 
+// A decoded entity's groups replayed as a drawing of that one entity.
+bool replay(const headless::DwgTagList& groups, std::string_view type, DatabaseData& one) {
+  headless::DwgTagList record;
+  record.record("SECTION");
+  record.text(2, "ENTITIES");
+  record.record(type, 1);
+  record.handle(5, 1);
+  record.text(100, "AcDbEntity");
+  record.text(8, "0");
+  record.append(groups, 0, groups.size());
+  record.record("ENDSEC");
+  record.record("EOF");
+  headless::DwgTagSource source(record, 1);
+  platform::ReadReport report;
+  return headless::readTagStream(source, one, report) && one.entities.size() == 1;
+}
+
 // The groups of a proxy record that say what it holds: class, format, and the sizes of its parts.
 std::vector<Group> proxyShape(const DatabaseData& db, const platform::EntityRec& e) {
   static const std::set<int> kept = {90, 91, 95, 70, 161, 162, 94};
@@ -311,26 +330,154 @@ TEST(DwgEntities, CustomEntitiesBecomeTheProxyRecordsOfTheDxfTwin) {
     ASSERT_TRUE(headless::dwgCustomEntityType()->decode(object, groups, context));
     ASSERT_FALSE(object.failed());
     // Replayed into a record of its own, so the shape can be read as the twin's is.
-    headless::DwgTagList record;
-    record.record("SECTION");
-    record.text(2, "ENTITIES");
-    record.record("ACAD_PROXY_ENTITY", h.handle);
-    record.handle(5, h.handle);
-    record.text(100, "AcDbEntity");
-    record.text(8, "0");
-    record.append(groups, 0, groups.size());
-    record.record("ENDSEC");
-    record.record("EOF");
-    headless::DwgTagSource source(record, 1);
     DatabaseData one;
-    platform::ReadReport r;
-    ASSERT_TRUE(headless::readTagStream(source, one, r)) << r.error;
-    ASSERT_EQ(one.entities.size(), 1u);
+    ASSERT_TRUE(replay(groups, "ACAD_PROXY_ENTITY", one));
     ASSERT_TRUE(proxies.contains(h.handle));
     EXPECT_EQ(proxyShape(one, one.entities[0]), proxyShape(twin, twin.entities[proxies.at(h.handle)]));
     ++decoded;
   }
   EXPECT_EQ(decoded, 25);
+}
+
+// The objects of a drawing's classes of the given DXF names, decoded one by one.
+struct ClassObjects {
+  headless::DwgSections sections;
+  std::vector<headless::DwgClass> classes;
+  std::vector<std::pair<headless::DwgObjectHeader, const headless::DwgClass*>> objects;
+  headless::DwgNames names;
+  headless::DwgObjectReader object;
+
+  bool load(const std::string& path, const std::set<std::string>& dxfNames) {
+    std::string error;
+    if (!headless::readDwgContainer(path, sections, error)) return false;
+    std::vector<std::string> warnings;
+    classes = headless::readDwgClasses(sections, warnings);
+    for (const headless::DwgObjectHeader& h : headless::walkObjects(sections).objects)
+      if (h.type >= 500 && h.type - 500u < classes.size() && dxfNames.contains(classes[h.type - 500u].dxfName))
+        objects.emplace_back(h, &classes[h.type - 500u]);
+    return true;
+  }
+  // Decodes object i with its data cut to `bytes` bytes from where the entity's own data start (all of them
+  // when bytes is npos); true when it decodes whole.
+  bool decode(std::size_t i, headless::DwgTagList& out, std::size_t bytes = std::string::npos) {
+    const auto& [h, c] = objects[i];
+    headless::DwgDecodeContext context(names);
+    context.objectClass = c;
+    const headless::DwgEntityType* type = headless::findDwgEntityType(h.type, c->dxfName);
+    if (!type || !object.open(sections, h, true)) return false;
+    if (bytes != std::string::npos) {
+      const auto data = sections.objects.subspan(static_cast<std::size_t>(h.offset) + h.dataOffset, h.size);
+      const std::size_t at = object.bits.bitPosition();
+      object.bits = headless::DwgBitReader(data.first(std::min(data.size(), at / 8 + bytes)), sections.version);
+      object.bits.setBitPosition(at);
+    }
+    out.truncate(0);
+    return type->decode(object, out, context) && !object.failed();
+  }
+  // How many bits the entity's own fields but its texts take, for object i.
+  std::size_t ownBits(std::size_t i) {
+    const auto& [h, c] = objects[i];
+    if (!object.open(sections, h, true)) return 0;
+    // From R2007 on the texts follow the other fields, in a stream of their own.
+    const std::size_t end = object.stringsBeginBit ? std::min(object.stringsBeginBit, object.dataEndBit) : object.dataEndBit;
+    return end - object.bits.bitPosition();
+  }
+};
+
+double realOf(const DatabaseData& db, const platform::EntityRec& e, int code) {
+  const StoredTag* t = db.find(e.tagBegin, e.tagCount, code);
+  return t ? t->real : std::nan("");
+}
+
+TEST(DwgEntities, MadeSurfacesMatchTheDxfTwin) {
+  const std::string dwg = corpusFile("dwg/R2004/libredwg_2004_Surface.dwg");
+  const std::string dxf = corpusFile("dxf/R2004/libredwg_2004_Surface.dxf");
+  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  DatabaseData a, b;
+  platform::ReadReport ra, rb;
+  ASSERT_TRUE(headless::readDwg(dwg, a, ra)) << ra.error;
+  ASSERT_TRUE(headless::readDxf(dxf, b, rb)) << rb.error;
+  auto all = [](int) { return true; };
+  // From the isoline counts on: the curves made from (class, size in bits, bits), the transforms, the sweep
+  // or loft options, in DXF's order.
+  for (const char* type : {"EXTRUDEDSURFACE", "LOFTEDSURFACE", "REVOLVEDSURFACE", "SWEPTSURFACE"}) {
+    SCOPED_TRACE(type);
+    const auto got = entitiesOfType(a, type), want = entitiesOfType(b, type);
+    ASSERT_EQ(got.size(), 1u);
+    ASSERT_EQ(want.size(), 1u);
+    ASSERT_EQ(got.begin()->first, want.begin()->first);
+    const std::vector<Group> g = groupsBetween(a, a.entities[got.begin()->second], 71, 1001, all);
+    const std::vector<Group> w = groupsBetween(b, b.entities[want.begin()->second], 71, 1001, all);
+    ASSERT_EQ(g.size(), w.size());
+    for (std::size_t k = 0; k < g.size(); ++k) EXPECT_EQ(g[k], w[k]) << "group " << k;
+    EXPECT_EQ(g[0], (Group{71, {}, 6}));
+    EXPECT_EQ(g[1], (Group{72, {}, 6}));
+  }
+  // Values a shifted read would miss: the extrusion's vector, the revolution's axis and angle, the curves
+  // (two polylines lofted; a polyline swept along a line).
+  const platform::EntityRec& extruded = a.entities[entitiesOfType(a, "EXTRUDEDSURFACE").begin()->second];
+  EXPECT_EQ(realOf(a, extruded, 30), 200.0);
+  const platform::EntityRec& revolved = a.entities[entitiesOfType(a, "REVOLVEDSURFACE").begin()->second];
+  EXPECT_DOUBLE_EQ(realOf(a, revolved, 10), 1230.6914510613042);
+  EXPECT_DOUBLE_EQ(realOf(a, revolved, 40), 0.19298733382364475);
+  const platform::EntityRec& lofted = a.entities[entitiesOfType(a, "LOFTEDSURFACE").begin()->second];
+  const std::vector<Group> sizes = groupsBetween(a, lofted, 90, 70, [](int code) { return code == 90; });
+  EXPECT_EQ(sizes, (std::vector<Group>{{90, {}, 77}, {90, {}, 544}, {90, {}, 77}, {90, {}, 608}}));
+  const platform::EntityRec& swept = a.entities[entitiesOfType(a, "SWEPTSURFACE").begin()->second];
+  EXPECT_EQ(groupsBetween(a, swept, 91, 310, [](int code) { return code == 91 || code == 90; }),
+            (std::vector<Group>{{91, {}, 19}, {90, {}, 344}}));
+}
+
+TEST(DwgEntities, MadeSurfacesCutShortAreRefused) {
+  const std::string dwg = corpusFile("dwg/R2004/libredwg_2004_Surface.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  ClassObjects drawing;
+  ASSERT_TRUE(drawing.load(dwg, {"EXTRUDEDSURFACE", "LOFTEDSURFACE", "REVOLVEDSURFACE", "SWEPTSURFACE"}));
+  ASSERT_EQ(drawing.objects.size(), 4u);
+  headless::DwgTagList groups;
+  for (std::size_t i = 0; i < drawing.objects.size(); ++i) {
+    SCOPED_TRACE(drawing.objects[i].second->dxfName);
+    ASSERT_TRUE(drawing.decode(i, groups));
+    // The curves end the data: a cut anywhere, in the modeler data or in the surface's own fields, is seen.
+    const std::size_t whole = drawing.ownBits(i) / 8;
+    ASSERT_GT(whole, 100u);
+    for (std::size_t n = 0; n < whole; n += n + 40 < whole ? 37 : 1) EXPECT_FALSE(drawing.decode(i, groups, n)) << n;
+  }
+}
+
+TEST(DwgEntities, TextAlongAnArcKeepsItsTextArcAndSizes) {
+  const std::string dwg = corpusFile("dwg/R2018/librecad_rtext_arctext.dwg");
+  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  ClassObjects drawing;
+  ASSERT_TRUE(drawing.load(dwg, {"ARCALIGNEDTEXT"}));
+  ASSERT_EQ(drawing.objects.size(), 1u);
+  headless::DwgTagList groups;
+  ASSERT_TRUE(drawing.decode(0, groups));
+  DatabaseData one;
+  ASSERT_TRUE(replay(groups, "ARCALIGNEDTEXT", one));
+  const platform::EntityRec& e = one.entities[0];
+  auto text = [&](int code) {
+    const StoredTag* t = one.find(e.tagBegin, e.tagCount, code);
+    return t ? std::string(one.text(*t)) : "(none)";
+  };
+  EXPECT_EQ(text(1), "ARC-TEXT-TEST");
+  EXPECT_EQ(text(2), "Arial");
+  EXPECT_EQ(text(3), "");
+  EXPECT_EQ(text(7), "Standard");
+  // The centre, radius and angles (degrees, as DXF gives them); height and width factor, stored as texts.
+  const std::vector<double> want = {50, 60, 0, 25, 0, 90, 2.5, 1, 0, 0};
+  const int codes[] = {10, 20, 30, 40, 50, 51, 42, 41, 43, 44};
+  for (std::size_t k = 0; k < want.size(); ++k) EXPECT_DOUBLE_EQ(realOf(one, e, codes[k]), want[k]) << codes[k];
+  // Cut short anywhere in its own data, it is refused.
+  const std::size_t whole = drawing.ownBits(0) / 8;
+  for (std::size_t n = 0; n < whole; ++n) EXPECT_FALSE(drawing.decode(0, groups, n)) << n;
+  // The whole drawing reads, the text counted with the custom entity beside it.
+  platform::ReadReport report;
+  const auto db = platform::Database::read(dwg, report);
+  ASSERT_NE(db, nullptr) << report.error;
+  std::multiset<std::string> types;
+  for (const platform::Entity& entity : vktest::modelEntities(*db)) types.insert(std::string(entity.dxfName()));
+  EXPECT_EQ(types, (std::multiset<std::string>{"ARCALIGNEDTEXT", "ACAD_PROXY_ENTITY"}));
 }
 
 }  // namespace

@@ -738,17 +738,6 @@ TEST(DwgReader, AnonymousBlocksAreNamedAsInTheirTwins) {
   }
 }
 
-// Surfaces made by extrusion carry construction data not decoded yet.
-TEST(DwgReader, EntityTypesNotDecodedAreRefusedByNameAndHandle) {
-  const std::string dwg = corpusFile("dwg/R2004/libredwg_2004_Surface.dwg");
-  if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
-  platform::ReadReport report;
-  EXPECT_EQ(platform::Database::read(dwg, report), nullptr);
-  EXPECT_NE(report.error.find(dwg + ": the DWG reader cannot decode "), std::string::npos) << report.error;
-  EXPECT_NE(report.error.find(" entities yet (handle "), std::string::npos) << report.error;
-  EXPECT_NE(report.error.find("EXTRUDEDSURFACE"), std::string::npos) << report.error;
-}
-
 struct Shape {
   std::string type, digest;
   platform::Extents3d box;
@@ -825,6 +814,43 @@ TEST(DwgReader, SurfacesOfSabDataHaveExtentsAndDigests) {
     EXPECT_FALSE(s.box.isEmpty());
   }
   EXPECT_NE(shapes.begin()->second.digest, std::next(shapes.begin())->second.digest);
+}
+
+TEST(DwgReader, MadeSurfacesHaveTheShapesOfTheirDxfTwin) {
+  // Extruded, lofted, revolved and swept surfaces and a plane one, each with SAB data where its twin has SAT
+  // text of another modeler version, and extruded and lofted ones with their isolines' edges stored again.
+  const std::string dwg = corpusFile("dwg/R2004/libredwg_2004_Surface.dwg");
+  const std::string dxf = corpusFile("dxf/R2004/libredwg_2004_Surface.dxf");
+  if (dwg.empty() || dxf.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
+  platform::ReadReport ra, rb;
+  const auto a = platform::Database::read(dwg, ra), b = platform::Database::read(dxf, rb);
+  ASSERT_NE(a, nullptr) << ra.error;
+  ASSERT_NE(b, nullptr) << rb.error;
+  EXPECT_TRUE(ra.warnings.empty()) << ra.warnings.front();
+  const auto got = shapesOf(*a), want = shapesOf(*b);
+  std::set<std::string> types;
+  for (const auto& [handle, s] : got) types.insert(s.type);
+  EXPECT_EQ(types, (std::set<std::string>{"EXTRUDEDSURFACE", "LOFTEDSURFACE", "REVOLVEDSURFACE", "SWEPTSURFACE",
+                                          "PLANESURFACE"}));
+  ASSERT_EQ(got.size(), want.size());
+  for (const auto& [handle, w] : want) {
+    SCOPED_TRACE(handle);
+    const auto it = got.find(handle);
+    ASSERT_NE(it, got.end());
+    EXPECT_EQ(it->second.type, w.type);
+    EXPECT_EQ(it->second.digest, w.digest);
+    ASSERT_FALSE(it->second.box.isEmpty());
+    const platform::Point3d corners[] = {it->second.box.min, w.box.min, it->second.box.max, w.box.max};
+    for (int c = 0; c < 4; c += 2) {
+      EXPECT_NEAR(corners[c].x, corners[c + 1].x, 1e-6);
+      EXPECT_NEAR(corners[c].y, corners[c + 1].y, 1e-6);
+      EXPECT_NEAR(corners[c].z, corners[c + 1].z, 1e-6);
+    }
+  }
+  // The extruded one: an elliptical profile extruded 200 up from z = 0.
+  const Shape& extruded = got.at(0x2D8);
+  EXPECT_NEAR(extruded.box.min.z, 0.0, 1e-9);
+  EXPECT_NEAR(extruded.box.max.z, 200.0, 1e-9);
 }
 
 TEST(DwgReader, TheDataStoreGivesSabByHandleAndSurvivesDamage) {
