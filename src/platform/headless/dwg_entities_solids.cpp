@@ -219,8 +219,9 @@ bool skipCurves(DwgBitReader& b, std::int32_t count) {
 
 // Appends count curves read by skipCurves from bit begin on: the type (typeCode), the size (90), then the bits
 // as DXF writers give them, one byte more than whole bytes hold (0xCC where the bits fill their last byte).
-void appendCurves(const DwgBitReader& stream, std::size_t begin, std::int32_t count, int typeCode, DwgTagList& out,
-                  std::string& scratch) {
+// Returns where the curves end.
+std::size_t appendCurves(const DwgBitReader& stream, std::size_t begin, std::int32_t count, int typeCode,
+                         DwgTagList& out, std::string& scratch) {
   DwgBitReader b = stream;
   b.setBitPosition(begin);
   for (std::int32_t i = 0; i < count && !b.failed(); ++i) {
@@ -231,6 +232,19 @@ void appendCurves(const DwgBitReader& stream, std::size_t begin, std::int32_t co
     dwgBinaryGroups(b, at, at + static_cast<std::size_t>(bits), 310, out, scratch, bits % 8 == 0 ? 1 : 0);
     b.setBitPosition(at + static_cast<std::size_t>(bits));
   }
+  return b.bitPosition();
+}
+
+// The curves end a made surface's data: steps over count of them (curves is set to where they start), reads
+// the common handles and appends the surface's groups up to its own subclass marker. False when damaged.
+bool finishSurface(DwgObjectReader& o, DwgTagList& out, const int isolines[2], std::int32_t count,
+                   std::string_view marker, std::size_t& curves) {
+  curves = o.bits.bitPosition();
+  if (!skipCurves(o.bits, count)) return false;
+  o.readCommonHandles();
+  appendIsolines(out, isolines);
+  out.text(100, marker);
+  return true;
 }
 
 // A transform as 16 reals, row by row.
@@ -288,11 +302,8 @@ bool decodeExtrudedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   const DwgPoint3 vector = b.read3BitDoubles();
   Transform transform;
   transform.read(b);
-  const std::size_t curve = b.bitPosition();
-  if (!skipCurves(b, 1)) return false;
-  o.readCommonHandles();
-  appendIsolines(out, isolines);
-  out.text(100, "AcDbExtrudedSurface");
+  std::size_t curve = 0;
+  if (!finishSurface(o, out, isolines, 1, "AcDbExtrudedSurface", curve)) return false;
   appendCurves(b, curve, 1, 90, out, context.scratch);
   out.point(10, vector);
   transform.append(out, 40);
@@ -320,11 +331,10 @@ bool decodeLoftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& 
   bool flags[8];
   for (bool& f : flags) f = b.readBit();
   const int normal = b.readBitShort();
-  const std::size_t curves = b.bitPosition();
-  if (!countFits(sections, 4, b) || !countFits(guides, 4, b) || !skipCurves(b, sections + guides)) return false;
-  o.readCommonHandles();
-  appendIsolines(out, isolines);
-  out.text(100, "AcDbLoftedSurface");
+  std::size_t curves = 0;
+  if (!countFits(sections, 4, b) || !countFits(guides, 4, b) ||
+      !finishSurface(o, out, isolines, sections + guides, "AcDbLoftedSurface", curves))
+    return false;
   transform.append(out, 40);
   appendCurves(b, curves, sections + guides, 90, out, context.scratch);
   out.integer(70, normal);
@@ -347,11 +357,8 @@ bool decodeRevolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   const double angle = b.readBitDouble(), start = b.readBitDouble();
   Transform transform;
   transform.read(b);
-  const std::size_t curve = b.bitPosition();
-  if (!skipCurves(b, 1)) return false;
-  o.readCommonHandles();
-  appendIsolines(out, isolines);
-  out.text(100, "AcDbRevolvedSurface");
+  std::size_t curve = 0;
+  if (!finishSurface(o, out, isolines, 1, "AcDbRevolvedSurface", curve)) return false;
   appendCurves(b, curve, 1, 90, out, context.scratch);
   out.point(10, axisPoint);
   out.point(11, axisVector);
@@ -375,15 +382,9 @@ bool decodeSweptSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& c
   Transform sweep, path;
   sweep.read(b);
   path.read(b);
-  const std::size_t profile = b.bitPosition();
-  if (!skipCurves(b, 1)) return false;
-  const std::size_t pathCurve = b.bitPosition();
-  if (!skipCurves(b, 1)) return false;
-  o.readCommonHandles();
-  appendIsolines(out, isolines);
-  out.text(100, "AcDbSweptSurface");
-  appendCurves(b, profile, 1, 90, out, context.scratch);
-  appendCurves(b, pathCurve, 1, 91, out, context.scratch);
+  std::size_t curves = 0;
+  if (!finishSurface(o, out, isolines, 2, "AcDbSweptSurface", curves)) return false;
+  appendCurves(b, appendCurves(b, curves, 1, 90, out, context.scratch), 1, 91, out, context.scratch);
   sweep.append(out, 40);
   path.append(out, 41);
   options.append(out);
