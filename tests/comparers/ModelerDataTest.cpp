@@ -50,6 +50,7 @@ class SabWriter {
   }
   SabWriter& pointer(std::int32_t p) { return tagged(12, p); }
   SabWriter& integer(std::int32_t v) { return tagged(4, v); }
+  SabWriter& integer64(std::int64_t v) { return tagged(23, v); }
   SabWriter& real(double d) { return tagged(6, d); }
   SabWriter& flag(bool b) {
     bytes_ += static_cast<char>(b ? 11 : 10);
@@ -200,6 +201,32 @@ TEST(ModelerRecords, SatAndSabOfOneShapeGiveTheSameRecords) {
   headless::modeler::Model moved;
   ASSERT_TRUE(moved.readSat(joinLines(otherHeader)));
   EXPECT_EQ(moved.shape(), sat.shape());
+}
+
+// Newer modelers keep some attributes' integers in eight bytes (the index of a profile's edge).
+TEST(ModelerRecords, EightByteIntegersAreRead) {
+  SabWriter w(21800, 1);
+  w.name("asmheader").pointer(-1).integer(-1).text(7, "223.0.1.1930").end();
+  w.name("int64_attrib-name_attrib-gen-attrib").head().pointer(-1).text(7, "AcProfileEdgeIndex");
+  w.integer64(5'000'000'001).end();
+  w.name("point").head().position(1, 2, 3).end();
+  const std::string sab = w.close();
+  headless::modeler::Model m;
+  std::string error;
+  ASSERT_TRUE(m.readSab(sab, &error)) << error;
+  ASSERT_EQ(m.size(), 3u);
+  const auto* attribute = m.first("int64_attrib-name_attrib-gen-attrib");
+  ASSERT_NE(attribute, nullptr);
+  const auto fields = m.data(*attribute);
+  ASSERT_FALSE(fields.empty());
+  EXPECT_EQ(headless::modeler::number(fields.back()), 5'000'000'001.0);
+  // The record after it is read whole: the integer took its eight bytes.
+  const auto* point = m.first("point");
+  ASSERT_NE(point, nullptr);
+  EXPECT_EQ(headless::modeler::number(m.data(*point)[0]), 1.0);
+  // Cut inside the integer, the data are refused.
+  const std::size_t at = sab.find('\x17', sab.find("AcProfileEdgeIndex"));
+  for (std::size_t n = at + 1; n < at + 9; ++n) EXPECT_FALSE(m.readSab(std::string_view(sab).substr(0, n), &error)) << n;
 }
 
 TEST(ModelerRecords, DamagedSabIsRefusedWithAReason) {
