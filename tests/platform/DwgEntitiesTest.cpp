@@ -8,6 +8,9 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <span>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/headless/codepage.h"
@@ -359,7 +362,8 @@ struct ClassObjects {
   }
   // Decodes object i with its data cut to `bytes` bytes from where the entity's own data start (all of them
   // when bytes is npos); true when it decodes whole.
-  bool decode(std::size_t i, headless::DwgTagList& out, std::size_t bytes = std::string::npos) {
+  bool decode(std::size_t i, headless::DwgTagList& out, std::size_t bytes = std::string::npos,
+              std::string* notDecoded = nullptr) {
     const auto& [h, c] = objects[i];
     headless::DwgDecodeContext context(names);
     context.objectClass = c;
@@ -372,8 +376,35 @@ struct ClassObjects {
       object.bits.setBitPosition(at);
     }
     out.truncate(0);
-    return type->decode(object, out, context) && !object.failed();
+    const bool decoded = type->decode(object, out, context) && !object.failed();
+    if (notDecoded) *notDecoded = context.notDecoded;
+    return decoded;
   }
+  // Makes the size R2000-R2004 keep of object i's data (in bits, a raw long after the type) say `more` bits
+  // more, in a copy of the objects the drawing then reads; restore() goes back to the drawing's own.
+  void lengthen(std::size_t i, std::uint32_t more) {
+    const headless::DwgObjectHeader& h = objects[i].first;
+    if (original.empty()) original = sections.objects;
+    patched.assign(original.begin(), original.end());
+    const std::size_t base = static_cast<std::size_t>(h.offset) + h.dataOffset;
+    headless::DwgBitReader b(std::span<const std::uint8_t>(patched).subspan(base, h.size), sections.version);
+    b.readObjectType();
+    const std::size_t at = 8 * base + b.bitPosition();
+    const std::uint32_t size = static_cast<std::uint32_t>(b.readRawLong()) + more;
+    // Four bytes, the lowest first, each from its highest bit.
+    for (unsigned k = 0; k < 32; ++k) {
+      const unsigned bit = (size >> (8 * (k / 8) + 7 - k % 8)) & 1u;
+      std::uint8_t& byte = patched[(at + k) / 8];
+      const auto mask = static_cast<std::uint8_t>(0x80u >> ((at + k) % 8));
+      byte = static_cast<std::uint8_t>(bit ? byte | mask : byte & ~mask);
+    }
+    sections.objects = patched;
+  }
+  void restore() {
+    if (!original.empty()) sections.objects = original;
+  }
+  std::vector<std::uint8_t> patched;
+  std::span<const std::uint8_t> original;
   // How many bits the entity's own fields but its texts take, for object i.
   std::size_t ownBits(std::size_t i) {
     const auto& [h, c] = objects[i];
@@ -428,7 +459,7 @@ TEST(DwgEntities, MadeSurfacesMatchTheDxfTwin) {
             (std::vector<Group>{{91, {}, 19}, {90, {}, 344}}));
 }
 
-TEST(DwgEntities, MadeSurfacesCutShortAreRefused) {
+TEST(DwgEntities, MadeSurfacesCutShortOrLongerAreRefused) {
   const std::string dwg = corpusFile("dwg/R2004/libredwg_2004_Surface.dwg");
   if (dwg.empty()) GTEST_SKIP() << "the corpus is not beside this checkout";
   ClassObjects drawing;
@@ -442,6 +473,13 @@ TEST(DwgEntities, MadeSurfacesCutShortAreRefused) {
     const std::size_t whole = drawing.ownBits(i) / 8;
     ASSERT_GT(whole, 100u);
     for (std::size_t n = 0; n < whole; n += n + 40 < whole ? 37 : 1) EXPECT_FALSE(drawing.decode(i, groups, n)) << n;
+    // Data said to go on after the curves: a layout not known, for which the drawing is refused by name.
+    std::string notDecoded;
+    drawing.lengthen(i, 8);
+    EXPECT_FALSE(drawing.decode(i, groups, std::string::npos, &notDecoded));
+    EXPECT_EQ(notDecoded, drawing.objects[i].second->dxfName + " of a layout not known");
+    drawing.restore();
+    EXPECT_TRUE(drawing.decode(i, groups));
   }
 }
 

@@ -237,10 +237,17 @@ std::size_t appendCurves(const DwgBitReader& stream, std::size_t begin, std::int
 
 // The curves end a made surface's data: steps over count of them (curves is set to where they start), reads
 // the common handles and appends the surface's groups up to its own subclass marker. False when damaged.
-bool finishSurface(DwgObjectReader& o, DwgTagList& out, const int isolines[2], std::int32_t count,
-                   std::string_view marker, std::size_t& curves) {
+// Before R2007 the data's size is kept to the bit, and the curves end exactly there; where they do not, the
+// drawing holds a form of the type not known here, and it is refused.
+bool finishSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const int isolines[2],
+                   std::int32_t count, std::string_view marker, std::size_t& curves) {
   curves = o.bits.bitPosition();
   if (!skipCurves(o.bits, count)) return false;
+  if (!o.atLeast(DwgVersion::R2007) && o.bits.bitPosition() != o.dataEndBit) {
+    context.notDecoded = context.objectClass ? context.objectClass->dxfName : std::string(marker);
+    context.notDecoded += " of a layout not known";
+    return false;
+  }
   o.readCommonHandles();
   appendIsolines(out, isolines);
   out.text(100, marker);
@@ -303,7 +310,7 @@ bool decodeExtrudedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   Transform transform;
   transform.read(b);
   std::size_t curve = 0;
-  if (!finishSurface(o, out, isolines, 1, "AcDbExtrudedSurface", curve)) return false;
+  if (!finishSurface(o, out, context, isolines, 1, "AcDbExtrudedSurface", curve)) return false;
   appendCurves(b, curve, 1, 90, out, context.scratch);
   out.point(10, vector);
   transform.append(out, 40);
@@ -333,7 +340,7 @@ bool decodeLoftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& 
   const int normal = b.readBitShort();
   std::size_t curves = 0;
   if (!countFits(sections, 4, b) || !countFits(guides, 4, b) ||
-      !finishSurface(o, out, isolines, sections + guides, "AcDbLoftedSurface", curves))
+      !finishSurface(o, out, context, isolines, sections + guides, "AcDbLoftedSurface", curves))
     return false;
   transform.append(out, 40);
   appendCurves(b, curves, sections + guides, 90, out, context.scratch);
@@ -358,7 +365,7 @@ bool decodeRevolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   Transform transform;
   transform.read(b);
   std::size_t curve = 0;
-  if (!finishSurface(o, out, isolines, 1, "AcDbRevolvedSurface", curve)) return false;
+  if (!finishSurface(o, out, context, isolines, 1, "AcDbRevolvedSurface", curve)) return false;
   appendCurves(b, curve, 1, 90, out, context.scratch);
   out.point(10, axisPoint);
   out.point(11, axisVector);
@@ -383,7 +390,7 @@ bool decodeSweptSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& c
   sweep.read(b);
   path.read(b);
   std::size_t curves = 0;
-  if (!finishSurface(o, out, isolines, 2, "AcDbSweptSurface", curves)) return false;
+  if (!finishSurface(o, out, context, isolines, 2, "AcDbSweptSurface", curves)) return false;
   appendCurves(b, appendCurves(b, curves, 1, 90, out, context.scratch), 1, 91, out, context.scratch);
   sweep.append(out, 40);
   path.append(out, 41);
