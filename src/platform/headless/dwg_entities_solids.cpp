@@ -1,5 +1,6 @@
 // The DWG entities whose shape is modeler data: regions, 3D solids, bodies and the surface classes.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -339,9 +340,9 @@ bool decodeLoftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& 
   for (bool& f : flags) f = b.readBit();
   const int normal = b.readBitShort();
   std::size_t curves = 0;
-  if (!countFits(sections, 4, b) || !countFits(guides, 4, b) ||
-      !finishSurface(o, out, context, isolines, sections + guides, "AcDbLoftedSurface", curves))
-    return false;
+  // Each count fits in what is left; their sum, which could pass a bit long's range, is checked too.
+  if (!countFits(sections, 4, b) || !countFits(guides, 4, b) || guides > INT32_MAX - sections) return false;
+  if (!finishSurface(o, out, context, isolines, sections + guides, "AcDbLoftedSurface", curves)) return false;
   transform.append(out, 40);
   appendCurves(b, curves, sections + guides, 90, out, context.scratch);
   out.integer(70, normal);
