@@ -46,11 +46,11 @@ void readRevision(DwgObjectReader& o, DwgTagList& out) {
   out.text(2, guid);
 }
 
-// The data after an ACIS empty bit of 0 and the bit that follows it: a version, then before R2007 the SAT text
-// in blocks, each led by its size, with the character transform DXF of those releases keeps too (each
-// printable c as 159 - c): it is passed on as stored. From R2007 on the data follow unsized, as SAT text or as
-// SAB (written out as SAT text here, the form DXF of those releases holds). Appended as groups 1/3 when out is
-// given, else only stepped over.
+// The data after an ACIS empty bit of 0 and the bit that follows it: a version, then for version 1 (what
+// releases before R2007 write) the SAT text in blocks, each led by its size, with the character transform DXF
+// of those releases keeps too (each printable c as 159 - c): it is passed on as stored. For version 2 (later
+// writers, in R2004 drawings too) the data follow unsized, as SAT text or as SAB, written out as SAT text here.
+// Appended as groups 1/3 when out is given, else only stepped over.
 bool readModelerText(DwgObjectReader& o, DwgTagList* out, std::string& scratch) {
   DwgBitReader& b = o.bits;
   const int version = b.readBitShort();
