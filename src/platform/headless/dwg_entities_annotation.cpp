@@ -495,8 +495,13 @@ bool readNumberText(DwgObjectReader& o, std::string& buffer, double& value) {
 // the extrusion, a colour (bit long), eleven flags (bit shorts), and the arc as a handle. Which stored flag
 // is which DXF group (70-79, 280), and how the colour becomes group 90, the drawings read so far do not tell
 // (their flags are all but one 0): those groups are left out. DXF gives the angles in degrees and the
-// extrusion even when it is the default.
+// extrusion even when it is the default. The texts' places among the other fields, which releases before
+// R2007 store together, are not known either: such drawings are refused.
 bool decodeArcAlignedText(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  if (!o.atLeast(DwgVersion::R2007)) {
+    context.notDecoded = "ARCALIGNEDTEXT before R2007";
+    return false;
+  }
   DwgBitReader& b = o.bits;
   double sizes[3];  // height, width factor, character spacing
   for (double& v : sizes)
