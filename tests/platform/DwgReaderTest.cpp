@@ -756,6 +756,26 @@ std::map<platform::Handle, Shape> shapesOf(const platform::Database& db) {
   return out;
 }
 
+// Each shape of the twin has its match by handle: the same type, digest (never empty) and extents.
+void expectSameShapes(const std::map<platform::Handle, Shape>& got, const std::map<platform::Handle, Shape>& want) {
+  ASSERT_EQ(got.size(), want.size());
+  for (const auto& [handle, w] : want) {
+    SCOPED_TRACE(handle);
+    const auto it = got.find(handle);
+    ASSERT_NE(it, got.end());
+    EXPECT_EQ(it->second.type, w.type);
+    EXPECT_FALSE(w.digest.empty());
+    EXPECT_EQ(it->second.digest, w.digest);
+    ASSERT_FALSE(it->second.box.isEmpty());
+    const platform::Point3d corners[] = {it->second.box.min, w.box.min, it->second.box.max, w.box.max};
+    for (int c = 0; c < 4; c += 2) {
+      EXPECT_NEAR(corners[c].x, corners[c + 1].x, 1e-6);
+      EXPECT_NEAR(corners[c].y, corners[c + 1].y, 1e-6);
+      EXPECT_NEAR(corners[c].z, corners[c + 1].z, 1e-6);
+    }
+  }
+}
+
 }  // namespace
 
 TEST(DwgReader, ShapesMatchTheirDxfTwins) {
@@ -779,21 +799,9 @@ TEST(DwgReader, ShapesMatchTheirDxfTwins) {
     const auto b = platform::Database::read(dxf, rb);
     ASSERT_NE(b, nullptr) << rb.error;
     ++read;
-    const auto got = shapesOf(*a), want = shapesOf(*b);
+    const auto got = shapesOf(*a);
     ASSERT_EQ(got.size(), 3u);
-    ASSERT_EQ(want.size(), got.size());
-    for (const auto& [handle, w] : want) {
-      SCOPED_TRACE(handle);
-      const auto it = got.find(handle);
-      ASSERT_NE(it, got.end());
-      EXPECT_EQ(it->second.type, w.type);
-      EXPECT_FALSE(w.digest.empty());
-      EXPECT_EQ(it->second.digest, w.digest);
-      EXPECT_FALSE(it->second.box.isEmpty());
-      EXPECT_NEAR(it->second.box.min.x, w.box.min.x, 1e-6);
-      EXPECT_NEAR(it->second.box.max.y, w.box.max.y, 1e-6);
-      EXPECT_NEAR(it->second.box.max.z, w.box.max.z, 1e-6);
-    }
+    expectSameShapes(got, shapesOf(*b));
   }
   if (read == 0) GTEST_SKIP() << "the example drawings still hold types not decoded";
 }
@@ -832,21 +840,7 @@ TEST(DwgReader, MadeSurfacesHaveTheShapesOfTheirDxfTwin) {
   for (const auto& [handle, s] : got) types.insert(s.type);
   EXPECT_EQ(types, (std::set<std::string>{"EXTRUDEDSURFACE", "LOFTEDSURFACE", "REVOLVEDSURFACE", "SWEPTSURFACE",
                                           "PLANESURFACE"}));
-  ASSERT_EQ(got.size(), want.size());
-  for (const auto& [handle, w] : want) {
-    SCOPED_TRACE(handle);
-    const auto it = got.find(handle);
-    ASSERT_NE(it, got.end());
-    EXPECT_EQ(it->second.type, w.type);
-    EXPECT_EQ(it->second.digest, w.digest);
-    ASSERT_FALSE(it->second.box.isEmpty());
-    const platform::Point3d corners[] = {it->second.box.min, w.box.min, it->second.box.max, w.box.max};
-    for (int c = 0; c < 4; c += 2) {
-      EXPECT_NEAR(corners[c].x, corners[c + 1].x, 1e-6);
-      EXPECT_NEAR(corners[c].y, corners[c + 1].y, 1e-6);
-      EXPECT_NEAR(corners[c].z, corners[c + 1].z, 1e-6);
-    }
-  }
+  expectSameShapes(got, want);
   // The extruded one: an elliptical profile extruded 200 up from z = 0.
   const Shape& extruded = got.at(0x2D8);
   EXPECT_NEAR(extruded.box.min.z, 0.0, 1e-9);

@@ -255,6 +255,15 @@ bool finishSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& contex
   return true;
 }
 
+// finishSurface for the surfaces made from one curve, which DXF gives first after the subclass marker.
+bool finishSurfaceOfOneCurve(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const int isolines[2],
+                             std::string_view marker) {
+  std::size_t curve = 0;
+  if (!finishSurface(o, out, context, isolines, 1, marker, curve)) return false;
+  appendCurves(o.bits, curve, 1, 90, out, context.scratch);
+  return true;
+}
+
 // A transform as 16 reals, row by row.
 struct Transform {
   double m[16];
@@ -301,18 +310,14 @@ struct SweepOptions {
 };
 
 // EXTRUDEDSURFACE: the sweep options, the sweep vector (10), the extruded curve's transform (40), the curve.
-bool decodeExtrudedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  int isolines[2];
-  if (!readSurfaceStart(o, out, context, isolines)) return false;
+bool extrudedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const int isolines[2]) {
   DwgBitReader& b = o.bits;
   SweepOptions options;
   options.read(b);
   const DwgPoint3 vector = b.read3BitDoubles();
   Transform transform;
   transform.read(b);
-  std::size_t curve = 0;
-  if (!finishSurface(o, out, context, isolines, 1, "AcDbExtrudedSurface", curve)) return false;
-  appendCurves(b, curve, 1, 90, out, context.scratch);
+  if (!finishSurfaceOfOneCurve(o, out, context, isolines, "AcDbExtrudedSurface")) return false;
   out.point(10, vector);
   transform.append(out, 40);
   options.append(out);
@@ -323,9 +328,7 @@ bool decodeExtrudedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
 // (draft angles and magnitudes 41-44, flags 290-297, the normal option 70), then the curves, cross sections
 // first. The bit after the counts is 0 in every lofted surface seen; what follows when it is set (a path
 // curve, it seems) is not known, and such surfaces are refused.
-bool decodeLoftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  int isolines[2];
-  if (!readSurfaceStart(o, out, context, isolines)) return false;
+bool loftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const int isolines[2]) {
   DwgBitReader& b = o.bits;
   Transform transform;
   transform.read(b);
@@ -354,9 +357,7 @@ bool decodeLoftedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& 
 // REVOLVEDSURFACE: draft angle, start and end distances and twist (43-46), the solid and close-to-axis flags
 // (290, 291), the axis point and vector (10, 11), the revolve and start angles (40, 41), the revolved curve's
 // transform (42), the curve.
-bool decodeRevolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  int isolines[2];
-  if (!readSurfaceStart(o, out, context, isolines)) return false;
+bool revolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const int isolines[2]) {
   DwgBitReader& b = o.bits;
   double drafts[4];
   for (double& v : drafts) v = b.readBitDouble();
@@ -365,9 +366,7 @@ bool decodeRevolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
   const double angle = b.readBitDouble(), start = b.readBitDouble();
   Transform transform;
   transform.read(b);
-  std::size_t curve = 0;
-  if (!finishSurface(o, out, context, isolines, 1, "AcDbRevolvedSurface", curve)) return false;
-  appendCurves(b, curve, 1, 90, out, context.scratch);
+  if (!finishSurfaceOfOneCurve(o, out, context, isolines, "AcDbRevolvedSurface")) return false;
   out.point(10, axisPoint);
   out.point(11, axisVector);
   out.real(40, angle);
@@ -381,9 +380,7 @@ bool decodeRevolvedSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext
 
 // SWEPTSURFACE: the sweep options, the transforms of the swept curve (40) and of the path (41), the swept curve
 // and the path (its type as 91).
-bool decodeSweptSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
-  int isolines[2];
-  if (!readSurfaceStart(o, out, context, isolines)) return false;
+bool sweptSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context, const int isolines[2]) {
   DwgBitReader& b = o.bits;
   SweepOptions options;
   options.read(b);
@@ -399,14 +396,22 @@ bool decodeSweptSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& c
   return true;
 }
 
+// A made surface: what every surface starts with, then what its kind holds after the isoline counts.
+using MadeSurfaceBody = bool (*)(DwgObjectReader&, DwgTagList&, DwgDecodeContext&, const int isolines[2]);
+template <MadeSurfaceBody Body>
+bool decodeMadeSurface(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
+  int isolines[2];
+  return readSurfaceStart(o, out, context, isolines) && Body(o, out, context, isolines);
+}
+
 constexpr DwgEntityEntry kTypes[] = {
     {37, {"REGION", decodeRegion}},
     {38, {"3DSOLID", decodeSolid}},
     {39, {"BODY", decodeRegion}},
-    {0, {"EXTRUDEDSURFACE", decodeExtrudedSurface}},
-    {0, {"LOFTEDSURFACE", decodeLoftedSurface}},
-    {0, {"REVOLVEDSURFACE", decodeRevolvedSurface}},
-    {0, {"SWEPTSURFACE", decodeSweptSurface}},
+    {0, {"EXTRUDEDSURFACE", decodeMadeSurface<extrudedSurface>}},
+    {0, {"LOFTEDSURFACE", decodeMadeSurface<loftedSurface>}},
+    {0, {"REVOLVEDSURFACE", decodeMadeSurface<revolvedSurface>}},
+    {0, {"SWEPTSURFACE", decodeMadeSurface<sweptSurface>}},
     {0, {"SURFACE", decodeSurface}},
     {0, {"PLANESURFACE", decodeSurface}},
     {0, {"NURBSURFACE", decodeSurface}},
