@@ -226,7 +226,9 @@ TEST(ModelerRecords, EightByteIntegersAreRead) {
   EXPECT_EQ(headless::modeler::number(m.data(*point)[0]), 1.0);
   // Cut inside the integer, the data are refused.
   const std::size_t at = sab.find('\x17', sab.find("AcProfileEdgeIndex"));
-  for (std::size_t n = at + 1; n < at + 9; ++n) EXPECT_FALSE(m.readSab(std::string_view(sab).substr(0, n), &error)) << n;
+  for (std::size_t n = at + 1; n < at + 9; ++n) {
+    EXPECT_FALSE(m.readSab(std::string_view(sab).substr(0, n), &error)) << n;
+  }
 }
 
 TEST(ModelerRecords, DamagedSabIsRefusedWithAReason) {

@@ -349,6 +349,8 @@ struct ClassObjects {
   std::vector<std::pair<headless::DwgObjectHeader, const headless::DwgClass*>> objects;
   headless::DwgNames names;
   headless::DwgObjectReader object;
+  std::vector<std::uint8_t> patched;       // the objects as lengthen() leaves them
+  std::span<const std::uint8_t> original;  // the drawing's own, once lengthen() was called
 
   bool load(const std::string& path, const std::set<std::string>& dxfNames) {
     std::string error;
@@ -403,14 +405,13 @@ struct ClassObjects {
   void restore() {
     if (!original.empty()) sections.objects = original;
   }
-  std::vector<std::uint8_t> patched;
-  std::span<const std::uint8_t> original;
   // How many bits the entity's own fields but its texts take, for object i.
   std::size_t ownBits(std::size_t i) {
     const auto& [h, c] = objects[i];
     if (!object.open(sections, h, true)) return 0;
     // From R2007 on the texts follow the other fields, in a stream of their own.
-    const std::size_t end = object.stringsBeginBit ? std::min(object.stringsBeginBit, object.dataEndBit) : object.dataEndBit;
+    const std::size_t end = object.stringsBeginBit ? std::min(object.stringsBeginBit, object.dataEndBit)
+                                                   : object.dataEndBit;
     return end - object.bits.bitPosition();
   }
 };
