@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/headless/codepage.h"
 #include "platform/database.h"
+#include "platform/headless/codepage.h"
 #include "platform/headless/dwg_container.h"
 #include "platform/headless/dwg_entities.h"
 #include "platform/headless/dwg_reader.h"
