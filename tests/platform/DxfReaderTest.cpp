@@ -161,6 +161,27 @@ TEST(DxfReader, BinaryFilesOfBothCodeWidthsReadAlike) {
   }
 }
 
+// Control characters and carets: an ASCII file writes them as "^J" and "^ ", a binary file as they are;
+// both read as the ASCII file holds them, so that the two forms of one drawing compare alike.
+TEST(DxfReader, BinaryTextsHoldControlCharactersAsAsciiFilesWriteThem) {
+  TempDir dir;
+  BinaryDxf b(true);
+  b.text(0, "SECTION").text(2, "HEADER").text(9, "$ACADVER").text(1, "AC1018").text(0, "ENDSEC");
+  b.text(0, "SECTION").text(2, "ENTITIES");
+  b.text(0, "TEXT").text(8, "0").real(10, 0).real(20, 0).real(30, 0).real(40, 1).text(1, "a\nb^c\td");
+  b.text(0, "ENDSEC").text(0, "EOF");
+  vktest::writeFile(dir.file("binary.dxf"), b.bytes());
+  ReadReport report;
+  auto binary = Database::read(dir.file("binary.dxf"), report);
+  ASSERT_TRUE(binary) << report.error;
+  auto ascii = readDxfText(dir, "ascii.dxf", dxfDrawing("0|TEXT|8|0|10|0|20|0|30|0|40|1|1|a^Jb^ c^Id"));
+  ASSERT_TRUE(ascii);
+  ASSERT_EQ(modelEntities(*binary).size(), 1u);
+  ASSERT_EQ(modelEntities(*ascii).size(), 1u);
+  EXPECT_EQ(modelEntities(*binary)[0].text(Accessor::textString), "a^Jb^ c^Id");
+  EXPECT_EQ(modelEntities(*ascii)[0].text(Accessor::textString), "a^Jb^ c^Id");
+}
+
 TEST(DxfReader, BinaryDamagedGroupsAreDroppedAtTheirByteOffset) {
   TempDir dir;
   BinaryDxf b(true);

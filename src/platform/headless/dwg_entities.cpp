@@ -34,25 +34,6 @@ struct Registry {
 
 }  // namespace
 
-std::string_view caretText(std::string_view text, std::string& buffer) {
-  bool plain = true;
-  for (char c : text)
-    if (static_cast<unsigned char>(c) < 0x20 || c == '^') plain = false;
-  if (plain) return text;
-  buffer.clear();
-  for (char c : text) {
-    if (c == '^') {
-      buffer += "^ ";
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      buffer += '^';
-      buffer += static_cast<char>(c + 0x40);
-    } else {
-      buffer += c;
-    }
-  }
-  return buffer;
-}
-
 void longText(DwgTagList& out, std::string_view text, bool utf8, const TextDecoder* codePage, std::string& buffer) {
   // The pieces are cut from the text as stored; each is then written as DXF writes texts.
   constexpr std::size_t kPiece = 250;

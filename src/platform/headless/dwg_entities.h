@@ -157,9 +157,6 @@ inline void thickness(DwgTagList& out, double t) {
   if (t != 0.0) out.real(39, t);
 }
 
-// A text as DXF writes it: control characters as a caret and a letter ("^J"), a caret as "^ ". Returns
-// text itself when it has neither, else the rewritten text in buffer.
-std::string_view caretText(std::string_view text, std::string& buffer);
 // A long text as DXF writes it: cut into pieces of 250 characters (code points of UTF-8 texts, bytes of
 // code-page ones, a character of two bytes never split: codePage tells them), each but the last as group
 // 3, the last, never empty unless the text is, as group 1; each piece then as caretText gives it.

@@ -212,6 +212,25 @@ constexpr auto kTagTypes = [] {
 
 }  // namespace
 
+std::string_view caretText(std::string_view text, std::string& buffer) {
+  bool plain = true;
+  for (char c : text)
+    if (static_cast<unsigned char>(c) < 0x20 || c == '^') plain = false;
+  if (plain) return text;
+  buffer.clear();
+  for (char c : text) {
+    if (c == '^') {
+      buffer += "^ ";
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      buffer += '^';
+      buffer += static_cast<char>(c + 0x40);
+    } else {
+      buffer += c;
+    }
+  }
+  return buffer;
+}
+
 TagType tagTypeOf(int code) {
   return code >= kMinGroupCode && code <= kMaxGroupCode ? kTagTypes[code - kMinGroupCode] : TagType::Text;
 }
@@ -569,7 +588,8 @@ bool DxfTokenizer::nextBinary(RawTag& tag) {
         const void* z = std::memchr(buf_.data() + pos_ + scanned, '\0', end_ - pos_ - scanned);
         if (z) {
           const std::size_t len = static_cast<const char*>(z) - (buf_.data() + pos_);
-          tag.text = std::string_view(buf_.data() + pos_, len);
+          // Binary files keep control characters as they are; ASCII files, and so the database, as carets.
+          tag.text = caretText(std::string_view(buf_.data() + pos_, len), caretBuffer_);
           pos_ += len + 1;
           if (code < kMinGroupCode || code > kMaxGroupCode) return codeOutOfRange(tag, std::to_string(code));
           return true;

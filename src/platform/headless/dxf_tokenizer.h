@@ -13,6 +13,9 @@ namespace headless {
 // The value type of a group code, by the DXF reference's group-code ranges.
 enum class TagType : std::uint8_t { Text, Real, Int16, Int32, Int64, Bool, Handle, Binary };
 TagType tagTypeOf(int code);
+// A text as ASCII DXF writes it: control characters as a caret and a letter ("^J"), a caret as "^ ". Returns
+// text itself when it has neither, else the rewritten text in buffer.
+std::string_view caretText(std::string_view text, std::string& buffer);
 inline bool isNumeric(TagType t) { return t != TagType::Text && t != TagType::Handle && t != TagType::Binary; }
 inline bool isIntegral(TagType t) {
   return t == TagType::Int16 || t == TagType::Int32 || t == TagType::Int64 || t == TagType::Bool;
@@ -110,6 +113,7 @@ class DxfTokenizer final : public TagSource {
   long long tagOffset_ = 0;     // byte offset of the last group code (binary)
   std::string error_;
   std::string binaryHex_;       // hex text of the last binary chunk
+  std::string caretBuffer_;     // the last binary text, rewritten with carets
   std::string damage_;          // what RawTag::damageText shows
   long long fileSize_ = -1;
 };
