@@ -881,6 +881,16 @@ TEST(DwgReader, TheDataStoreGivesSabByHandleAndSurvivesDamage) {
     for (int k = 0; k < 4; ++k) bytes[at + static_cast<std::size_t>(k)] = 0xFF;
     EXPECT_LE(readWith(bytes).size(), data.size()) << at;
   }
+  // A record kept in blob pages (its size word says so) is left out, and the reader says so.
+  auto bytes = original;
+  const std::string_view magic = "ACIS BinaryFile";
+  const auto first = std::search(bytes.begin(), bytes.end(), magic.begin(), magic.end());
+  ASSERT_NE(first, bytes.end());
+  const std::uint8_t blobReference[] = {0xB1, 0x6B, 0x10, 0xBB};
+  std::copy(std::begin(blobReference), std::end(blobReference), first - 4);
+  EXPECT_EQ(readWith(bytes).size(), data.size() - 1);
+  ASSERT_EQ(warnings.size(), 1u);
+  EXPECT_NE(warnings[0].find("1 object is kept in blob pages"), std::string::npos) << warnings[0];
 }
 
 namespace {

@@ -100,6 +100,7 @@ std::vector<std::pair<std::uint64_t, std::string>> readDwgModelerData(const DwgS
     if (segment != 0) bySegment[segment].push_back(local);
   }
   if (!in.ok()) return damaged("its data index is cut short");
+  std::size_t inBlobs = 0;
   for (const auto& [segment, locals] : bySegment) {
     if (segment >= segmentCount) return damaged("a record names a segment that does not exist");
     const std::uint64_t start = segmentAt[segment];
@@ -122,12 +123,19 @@ std::vector<std::pair<std::uint64_t, std::string>> readDwgModelerData(const DwgS
       if (!in.seek(dataStart + offset)) return damaged("a record lies outside it");
       const std::uint32_t size = in.read<std::uint32_t>();
       if (!in.ok()) return damaged("a record is cut short");
-      if (size == kBlobReference) continue;  // kept in blob pages: not read yet
+      if (size == kBlobReference) {  // kept in blob pages: not read yet
+        ++inBlobs;
+        continue;
+      }
       if (size > in.size() - in.position()) return damaged("a record says it is larger than what is left");
       const std::string_view bytes = in.view(size);
       if (bytes.starts_with("ACIS BinaryFile")) out.emplace_back(handle, std::string(bytes));
     }
   }
+  if (inBlobs > 0)
+    warnings.push_back(sections.fileName + ": section AcDb:AcDsPrototype_1b: the modeler data of " +
+                       std::to_string(inBlobs) + (inBlobs == 1 ? " object is" : " objects are") +
+                       " kept in blob pages, which are not read yet; such solids and regions show no shape");
   return out;
 }
 

@@ -13,7 +13,7 @@
 namespace headless {
 
 // The SAB data the store holds, each with the handle of its entity, in store order. Damage ends the list
-// with a warning; data kept in blob pages are not read yet.
+// with a warning; data kept in blob pages are not read yet, and a warning counts them.
 std::vector<std::pair<std::uint64_t, std::string>> readDwgModelerData(const DwgSections& sections,
                                                                       std::vector<std::string>& warnings);
 
