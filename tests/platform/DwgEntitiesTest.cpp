@@ -453,6 +453,10 @@ TEST(DwgEntities, MadeSurfacesMatchTheDxfTwin) {
   EXPECT_DOUBLE_EQ(realOf(a, revolved, 10), 1230.6914510613042);
   EXPECT_DOUBLE_EQ(realOf(a, revolved, 40), 0.19298733382364475);
   const platform::EntityRec& lofted = a.entities[entitiesOfType(a, "LOFTEDSURFACE").begin()->second];
+  // Its transparency of its own (alpha 160), which the others, by layer, leave out.
+  EXPECT_EQ(groupsBetween(a, lofted, 8, 100, [](int code) { return code == 440; }),
+            (std::vector<Group>{{440, {}, 0x020000A0}}));
+  EXPECT_TRUE(groupsBetween(a, extruded, 8, 100, [](int code) { return code == 440; }).empty());
   const std::vector<Group> sizes = groupsBetween(a, lofted, 90, 70, [](int code) { return code == 90; });
   EXPECT_EQ(sizes, (std::vector<Group>{{90, {}, 77}, {90, {}, 544}, {90, {}, 77}, {90, {}, 608}}));
   const platform::EntityRec& swept = a.entities[entitiesOfType(a, "SWEPTSURFACE").begin()->second];

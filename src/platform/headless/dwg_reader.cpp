@@ -310,6 +310,9 @@ bool DwgReader::decodeEntities() {
     else if (c.linetypeFlags == 3) staged_.text(6, context.nameOf(c.linetype));
     if (c.color.index != 256) staged_.integer(62, c.color.index);
     if (c.color.hasRgb && !c.color.hasColorReference) staged_.integer(420, c.color.rgb & 0xFFFFFF);
+    // A transparency by block or of its own; DXF leaves out the one by layer (method byte 0).
+    if (c.color.hasTransparency && (c.color.transparency >> 24) != 0)
+      staged_.integer(440, static_cast<std::int32_t>(c.color.transparency));
     if (c.lineWeight != -1) staged_.integer(370, c.lineWeight);
     if (c.linetypeScale != 1.0) staged_.real(48, c.linetypeScale);
     if (c.invisible & 1) staged_.integer(60, 1);
