@@ -9,7 +9,7 @@ namespace headless {
 
 namespace {
 
-// The groups a dictionary shares with every object DXF writes: its handle, owner and subclass.
+// The groups every object starts with in DXF: its record, handle, owner and subclass.
 void objectStart(DwgTagList& out, std::string_view type, const DwgObjectReader& object, std::string_view subclass) {
   out.record(type, object.common.handle);
   out.handle(5, object.common.handle);

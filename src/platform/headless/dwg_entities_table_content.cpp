@@ -1,9 +1,9 @@
 // The table of R2010 and later drawings: the table content it stores inline, turned into the cell layout
 // DXF keeps (rows, columns, their sizes, each cell's type, merge spans, block and value).
+#include "platform/headless/dwg_entities_table.h"
+
 #include <array>
 #include <vector>
-
-#include "platform/headless/dwg_entities_table.h"
 
 namespace headless {
 
