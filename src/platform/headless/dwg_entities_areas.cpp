@@ -170,23 +170,44 @@ bool readPattern(DwgBitReader& b, DwgTagList& out) {
   return !b.failed();
 }
 
+// What hatches and multi-polygons store first alike: the gradient, the plane and the pattern's name, and
+// whether the fill is solid.
+struct FillStart {
+  Gradient gradient;
+  double elevation = 0;
+  DwgPoint3 extrusion;
+  bool solid = false;
+};
+
+// Reads the fields FillStart holds, the pattern's name into context.text. False for damage.
+bool readFillStart(DwgObjectReader& o, FillStart& f, DwgDecodeContext& context) {
+  DwgBitReader& b = o.bits;
+  if (!readGradient(o, f.gradient, context)) return false;
+  f.elevation = b.readBitDouble();
+  f.extrusion = b.read3BitDoubles();
+  o.readText(context.text);
+  f.solid = b.readBit();
+  return !b.failed();
+}
+
+// The plane (10 at the elevation, 210) and the pattern's name (2) as DXF gives them.
+void appendFillPlane(DwgTagList& out, const FillStart& f, std::string_view name) {
+  out.point(10, DwgPoint2{}, f.elevation);
+  out.point(210, f.extrusion);
+  out.text(2, name);
+}
+
 bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const std::size_t first = out.size();
-  Gradient g;
-  if (!readGradient(o, g, context)) return false;
-  const double elevation = b.readBitDouble();
-  const DwgPoint3 e = b.read3BitDoubles();
-  o.readText(context.text);
-  const bool solid = b.readBit();
+  FillStart f;
+  if (!readFillStart(o, f, context)) return false;
   const bool associative = b.readBit();
   const std::int32_t paths = b.readBitLong();
   if (!countFits(paths, kMinPathBits, b)) return false;
   out.text(100, "AcDbHatch");
-  out.point(10, DwgPoint2{}, elevation);
-  out.point(210, e);
-  out.text(2, context.text);
-  out.integer(70, solid ? 1 : 0);
+  appendFillPlane(out, f, context.text);
+  out.integer(70, f.solid ? 1 : 0);
   out.integer(71, associative ? 1 : 0);
   out.integer(91, paths);
   // Each path ends with the count of its source objects, whose handles come after the common ones; the
@@ -206,13 +227,13 @@ bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
   }
   out.integer(75, b.readBitShort());
   out.integer(76, b.readBitShort());
-  if (!solid && !readPattern(b, out)) return false;
+  if (!f.solid && !readPattern(b, out)) return false;
   if (pixelSize) out.real(47, b.readBitDouble());
   const std::int32_t seeds = b.readBitLong();
   if (!countFits(seeds, kMinPointBits, b)) return false;
   out.integer(98, seeds);
   for (std::int32_t k = 0; k < seeds && !b.failed(); ++k) point2(out, 10, b.readRaw2Doubles());
-  appendGradient(out, g, context);
+  appendGradient(out, f.gradient, context);
   o.readCommonHandles();
   if (b.failed()) return false;
   // The source objects' handles go after their paths' counts.
@@ -236,20 +257,14 @@ bool decodeHatch(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context)
 bool decodeMpolygon(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& context) {
   DwgBitReader& b = o.bits;
   const int style = b.readBitShort();
-  Gradient g;
-  if (!readGradient(o, g, context)) return false;
-  const double elevation = b.readBitDouble();
-  const DwgPoint3 e = b.read3BitDoubles();
-  o.readText(context.text);
-  const bool solid = b.readBit();
+  FillStart f;
+  if (!readFillStart(o, f, context)) return false;
   const std::int32_t paths = b.readBitLong();
   if (!countFits(paths, 2 + 2, b)) return false;
   out.text(100, "AcDbMPolygon");
   out.integer(70, 1);
-  out.point(10, DwgPoint2{}, elevation);
-  out.point(210, e);
-  out.text(2, context.text);
-  out.integer(71, solid ? 1 : 0);
+  appendFillPlane(out, f, context.text);
+  out.integer(71, f.solid ? 1 : 0);
   out.integer(91, paths);
   // Its paths are all polylines, their flags not stored.
   for (std::int32_t p = 0; p < paths; ++p) {
@@ -258,12 +273,12 @@ bool decodeMpolygon(DwgObjectReader& o, DwgTagList& out, DwgDecodeContext& conte
   }
   out.integer(75, style);
   out.integer(76, b.readBitShort());
-  if (!solid && !readPattern(b, out)) return false;
+  if (!f.solid && !readPattern(b, out)) return false;
   const DwgColor fill = readColorAndNames(o, context.text);
   out.integer(63, fill.index);
   point2(out, 11, b.readRaw2Doubles());
   out.integer(99, b.readBitLong());
-  appendGradient(out, g, context);
+  appendGradient(out, f.gradient, context);
   o.readCommonHandles();
   return !b.failed();
 }
