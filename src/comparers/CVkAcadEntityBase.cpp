@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <stdexcept>
 #include <typeinfo>
 #include <memory>
@@ -147,18 +148,31 @@ void orderCanonically(platform::Point3d& a, platform::Point3d& b) {
   }
 }
 
+void TextDigest::add(std::uint64_t value) {
+  h_ = (h_ ^ value) * 0x9E3779B97F4A7C15ull;
+  h_ ^= h_ >> 29;
+  h_ = (h_ << 27 | h_ >> 37) * 0xBF58476D1CE4E5B9ull;
+}
+
 void TextDigest::add(std::string_view text) {
-  fnv_.add(text);
+  const char* at = text.data();
+  std::size_t left = text.size();
+  for (; left >= 8; left -= 8, at += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, at, 8);
+    add(word);
+  }
+  std::uint64_t tail = 0;
+  if (left != 0) std::memcpy(&tail, at, left);
+  add(tail);
   add(static_cast<std::uint64_t>(text.size()));
 }
 
-void TextDigest::add(std::uint64_t value) {
-  char bytes[8];  // least significant first
-  for (char& b : bytes) {
-    b = static_cast<char>(value & 0xFF);
-    value >>= 8;
-  }
-  fnv_.add({bytes, sizeof bytes});
+std::uint64_t TextDigest::value() const {
+  std::uint64_t h = h_;
+  h = (h ^ (h >> 30)) * 0xBF58476D1CE4E5B9ull;
+  h = (h ^ (h >> 27)) * 0x94D049BB133111EBull;
+  return h ^ (h >> 31);
 }
 
 // The common properties compared for every class: the text, its property code and its message.

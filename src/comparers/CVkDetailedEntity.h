@@ -58,14 +58,21 @@ class CVkDetailedEntity : public CVkAcadEntityBase {
   void appendDetailMessages(std::string& out, const CVkAcadEntityBase& other) const;
 
  private:
-  struct DetailCursor;
-  DetailCursor cursor() const;
-  // Calls text(id) for each detail text and list(ids, count) for each list, in the table's order.
-  template <class Text, class List>
-  void forEachDetail(Text text, List list) const;
+  struct DetailViews;
+  // The detail texts as views, in the table's order, from the pool or captured again from the entity.
+  void viewDetails(DetailViews& views) const;
+  // The digest of the detail texts, as loading keeps it.
+  std::uint64_t detailDigest() const;
 
+  // Whether the details are kept as their digest alone (see details_).
+  bool digestOnly_ = false;
   const ComparerTraits& traits_;
-  // The captured details, in the table's order: a text's id; a list's length, then its ids.
-  CTextPool::Run details_;
+  // The captured details. A comparer loaded with its drawing's own transform keeps only the digest of its
+  // detail texts: most pairs are alike, and the texts of the few that differ are captured again from their
+  // entities, which outlive the comparers. Others (loaded under another transform, or without their
+  // drawing) keep their texts in the pool, in the table's order: a text's id; a list's length, then its ids.
+  union {
+    CTextPool::Run details_{};
+    std::uint64_t digest_;
+  };
 };
-

@@ -23,7 +23,9 @@ std::size_t drawingSize(const platform::Database& db) {
 }  // namespace
 
 CReadContext::CReadContext(const platform::Database& db, std::string drawingName)
-    : CReadContext(std::move(drawingName), drawingSize(db)) {}
+    : CReadContext(std::move(drawingName), drawingSize(db)) {
+  database_ = &db;
+}
 
 CReadContext::CReadContext(std::string drawingName, std::size_t entities)
     : drawingName_(std::move(drawingName)), budget_(std::max(kBudgetFloor, kBudgetPerEntity * entities)) {

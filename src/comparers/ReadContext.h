@@ -79,10 +79,14 @@ class CReadContext {
   // The texts of the drawing's comparers; they live as long as this context.
   CTextPool& texts() { return texts_; }
   const CTextPool& texts() const { return texts_; }
+  // The drawing the comparers were made of, when the context was made for one: it outlives them, so a
+  // comparer may open its entity again.
+  const platform::Database* database() const { return database_; }
 
  private:
   friend class CBlockWalk;
   std::string drawingName_;
+  const platform::Database* database_ = nullptr;
   std::size_t budget_;
   std::size_t used_ = 0;
   bool spent_ = false;

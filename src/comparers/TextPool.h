@@ -71,6 +71,12 @@ class CTextPool {
   // The bulk is kept in pages of its own: a large drawing's texts take tens of megabytes.
   platform::PageArray<char> bytes_;
   platform::PageArray<std::uint32_t> starts_;  // text i is bytes_[starts_[i], starts_[i + 1])
-  std::vector<Id> recent_;                     // by hash: the last text added with it (kEmpty: none)
+  // The last text added with a hash: its id (kEmpty: none), its length and its first bytes.
+  struct Recent {
+    Id id = kEmpty;
+    std::uint32_t size = 0;
+    char head[24];
+  };
+  std::vector<Recent> recent_;
   platform::PageArray<Id> runs_;
 };
