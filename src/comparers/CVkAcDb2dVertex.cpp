@@ -12,7 +12,7 @@ void vertexKey(const platform::Entity& e, const platform::Matrix3d& load, const 
                KeyTexts& out) {
   const platform::Point3d p = load.transform(e.point(Accessor::position));  // AcDb2dVertex::position
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, out.minZ, out.maxZ);
 }
 
 const DetailProperty kDetails[] = {

@@ -17,7 +17,7 @@ void angularKey(const platform::Entity& e, const platform::Matrix3d& load, const
   const platform::Point3d r = load.transform(e.point(Accessor::arcPoint));     // ::arcPoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y, a.x, a.y, b.x,
                               b.y, r.x, r.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", c.z, a.z, b.z, r.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", c.z, a.z, b.z, r.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

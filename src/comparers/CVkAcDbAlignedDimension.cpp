@@ -14,7 +14,7 @@ void alignedKey(const platform::Entity& e, const platform::Matrix3d& load, const
   const platform::Point3d b = load.transform(e.point(Accessor::xLine2Point));   // AcDbAlignedDimension::xLine2Point
   const platform::Point3d d = load.transform(e.point(Accessor::dimLinePoint));  // AcDbAlignedDimension::dimLinePoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y, d.x, d.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f", a.z, b.z, d.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f,%.2f", a.z, b.z, d.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

@@ -13,7 +13,7 @@ void diametricKey(const platform::Entity& e, const platform::Matrix3d& load, con
   const platform::Point3d a = load.transform(e.point(Accessor::chordPoint));     // AcDbDiametricDimension::chordPoint
   const platform::Point3d b = load.transform(e.point(Accessor::farChordPoint));  // ::farChordPoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y, a.distanceTo(b));
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", a.z, b.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", a.z, b.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

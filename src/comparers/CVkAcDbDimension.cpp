@@ -12,7 +12,7 @@ void dimensionKey(const platform::Entity& e, const platform::Matrix3d& load, con
                   KeyTexts& out) {
   const platform::Point3d p = load.transform(e.point(Accessor::textPosition));  // AcDbDimension::textPosition
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

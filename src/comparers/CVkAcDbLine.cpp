@@ -13,7 +13,7 @@ void lineKey(const platform::Entity& e, const platform::Matrix3d& load, const CV
   platform::Point3d b = load.transform(e.point(Accessor::endPoint));    // AcDbLine::endPoint
   orderCanonically(a, b);
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), a.x, a.y, b.x, b.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", a.z, b.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", a.z, b.z, out.minZ, out.maxZ);
 }
 
 const DetailProperty kDetails[] = {

@@ -13,7 +13,7 @@ void ordinateKey(const platform::Entity& e, const platform::Matrix3d& load, cons
   const platform::Point3d o = load.transform(e.point(Accessor::ordinateOrigin));  // AcDbOrdinateDimension::origin
   const platform::Point3d d = load.transform(e.point(Accessor::definingPoint));   // ::definingPoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), o.x, o.y, d.x, d.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", o.z, d.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", o.z, d.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

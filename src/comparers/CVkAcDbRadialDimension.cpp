@@ -13,7 +13,7 @@ void radialKey(const platform::Entity& e, const platform::Matrix3d& load, const 
   const platform::Point3d c = load.transform(e.point(Accessor::centerPoint));  // AcDbRadialDimension::center
   const platform::Point3d p = load.transform(e.point(Accessor::chordPoint));   // AcDbRadialDimension::chordPoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), c.x, c.y, p.x, p.y, c.distanceTo(p));
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", c.z, p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", c.z, p.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbDimension::dimensionStyle -> DIMTXSTY
 }
 

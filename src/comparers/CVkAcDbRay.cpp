@@ -13,7 +13,7 @@ void rayKey(const platform::Entity& e, const platform::Matrix3d& load, const CVk
   const platform::Point3d base = load.transform(e.point(Accessor::basePoint));      // AcDbRay::basePoint
   const platform::Point3d second = load.transform(e.point(Accessor::secondPoint));  // AcDbRay::secondPoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), base.x, base.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", base.z, second.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f,%.2f", base.z, second.z, out.minZ, out.maxZ);
 }
 
 const DetailProperty kDetails[] = {

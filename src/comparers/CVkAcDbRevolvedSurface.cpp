@@ -13,7 +13,7 @@ void revolvedKey(const platform::Entity& e, const platform::Matrix3d& load, cons
   const platform::Point3d axis = load.transform(e.point(Accessor::revolveAxisPoint));  // getAxisPnt
   platform::fmtTo(out.fullKey, "%s,%f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), capture::surfaceArea(e), x.min.x,
                               x.min.y, x.max.x, x.max.y, axis.x, axis.y, axis.z);
-  platform::fmtTo(out.zText, "%.2f,%.2f", self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f", out.minZ, out.maxZ);
 }
 
 const DetailProperty kDetails[] = {

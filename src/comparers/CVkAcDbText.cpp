@@ -14,7 +14,7 @@ void textKey(const platform::Entity& e, const platform::Matrix3d& load, const CV
   const platform::Point3d p = load.transform(
       e.point(baseline ? Accessor::position : Accessor::alignmentPoint));  // AcDbText::position / alignmentPoint
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f", self.dxfName(), p.x, p.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f,%.2f", p.z, out.minZ, out.maxZ);
   out.textStyle = textStyleText(e);  // AcDbText::textStyle
 }
 

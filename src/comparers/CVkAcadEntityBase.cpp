@@ -80,19 +80,32 @@ constexpr double kOrderTolerance = 1e-5;
 
 }  // namespace
 
-std::string_view typeDisplayName(std::string_view dxfName) {
+namespace {
+
+// The place of a DXF type name's display name in the table; past its end for unlisted names.
+std::uint8_t displayNameIndex(std::string_view dxfName) {
   // Every entity asks: the names are looked up among those of their length only.
   constexpr std::size_t kLongest = 17;
+  static_assert(std::size(kDisplayNames) < 255);
   static const auto byLength = [] {
-    std::array<std::vector<const DisplayName*>, kLongest + 1> table;
-    for (const DisplayName& n : kDisplayNames) table.at(n.dxf.size()).push_back(&n);
+    std::array<std::vector<std::uint8_t>, kLongest + 1> table;
+    for (std::size_t i = 0; i < std::size(kDisplayNames); ++i)
+      table.at(kDisplayNames[i].dxf.size()).push_back(static_cast<std::uint8_t>(i));
     return table;
   }();
-  if (dxfName.size() > kLongest) return kOtherDisplayName;
-  for (const DisplayName* n : byLength[dxfName.size()])
-    if (CTextPool::equal(n->dxf, dxfName)) return n->display;
-  return kOtherDisplayName;
+  if (dxfName.size() <= kLongest)
+    for (const std::uint8_t i : byLength[dxfName.size()])
+      if (CTextPool::equal(kDisplayNames[i].dxf, dxfName)) return i;
+  return static_cast<std::uint8_t>(std::size(kDisplayNames));
 }
+
+std::string_view displayNameAt(std::uint8_t index) {
+  return index < std::size(kDisplayNames) ? kDisplayNames[index].display : kOtherDisplayName;
+}
+
+}  // namespace
+
+std::string_view typeDisplayName(std::string_view dxfName) { return displayNameAt(displayNameIndex(dxfName)); }
 
 std::uint32_t keyDigestValue(std::string_view text) {
   // Keys are nearly always ASCII, whose bytes are their UTF-16 code units; a key that is not is digested
@@ -232,12 +245,14 @@ void CVkAcadEntityBase::setKeyFrom(std::string_view fullKey) {
   hasKey_ = true;
 }
 
-void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) {
+void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) { loadCommon(entity, transform); }
+
+CVkAcadEntityBase::ZRange CVkAcadEntityBase::loadCommon(const platform::Entity& entity, const platform::Matrix3d& transform) {
   // The DXF name is group 0 of the entity's group list.
   const std::string_view dxfName = entity.dxfName();
   dxfName_ = intern(dxfName);
   // The message is set to the description by every compare, which is where it is read.
-  description_ = typeDisplayName(dxfName).data();
+  displayName_ = displayNameIndex(dxfName);
   loadCommonTexts(entity);
 
   textStyleText_ = CTextPool::kEmpty;
@@ -246,12 +261,13 @@ void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d 
   extentsStatus_ = static_cast<std::uint8_t>(entity.getGeomExtents(geom));
   placedExtents_ = geom.transformed(drawingTransform_ ? *drawingTransform_ : transform);
   const platform::Extents3d loaded = geom.transformed(transform);
-  minZ_ = std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z;
-  maxZ_ = std::fabs(loaded.max.z) < kZeroZ ? 0.0 : loaded.max.z;
 
   handle_ = entity.handle();
   objectId_ = entity.objectId();
+  return {std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z, std::fabs(loaded.max.z) < kZeroZ ? 0.0 : loaded.max.z};
 }
+
+std::string_view CVkAcadEntityBase::description() const { return displayNameAt(displayName_); }
 
 void CVkAcadEntityBase::loadCommonTexts(const platform::Entity& entity) {
   const std::string_view layerName = entity.layer();
@@ -300,7 +316,7 @@ std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& o
 }
 
 void CVkAcadEntityBase::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
-  out.append(description_);
+  out.append(description());
   for (const Common& c : kCommon)
     if (!sameText(this->*c.text, other, other.*c.text) && isCompared(c.code)) out += c.message;
 }

@@ -67,7 +67,8 @@ class CVkAcadEntityBase {
   // Captures the type-specific detail texts; nothing in the base.
   virtual void loadDetail(const platform::Entity& entity, platform::Matrix3d transform);
 
-  std::string_view description() const { return description_; }
+  // The display name of the entity's type ("直线图元 "), which every record text starts with.
+  virtual std::string_view description() const;
   // "0,<digest of the full key>", or empty for a comparer that never set a key.
   std::string keyText() const;
   // The order of key texts as a number: equal keys give equal numbers, and numbers compare as the texts do.
@@ -83,11 +84,6 @@ class CVkAcadEntityBase {
   const platform::Extents3d& placedExtents() const { return placedExtents_; }
   platform::Handle handle() const { return handle_; }
   platform::ObjectId objectId() const { return objectId_; }
-
-  // The minimum and maximum Z of the extents under the load transform; a magnitude below 0.009 reads 0.0 so
-  // that no "-0.00" is ever printed.
-  double minZ() const { return minZ_; }
-  double maxZ() const { return maxZ_; }
 
   // Digests for finding alike partners among many entities of one key. The common digest covers the compared
   // common texts; the full digest adds the class and its own compared texts. b.compare(a) can find them
@@ -117,6 +113,14 @@ class CVkAcadEntityBase {
 
  protected:
   using TextId = CTextPool::Id;
+  // The minimum and maximum Z of an entity's extents under the load transform; a magnitude below 0.009
+  // reads 0.0 so that no "-0.00" is ever printed.
+  struct ZRange {
+    double min = 0.0, max = 0.0;
+  };
+  // What load() does for every class: the type, the common texts, the extents and the identity. Returns the
+  // Z range, which keys use and comparers need not keep.
+  ZRange loadCommon(const platform::Entity& entity, const platform::Matrix3d& transform);
   // Keys the comparer by its full key text ("LINE,0.00,0.00,10.00,5.00"): only the digest is kept, which
   // is all that pairing and the key text need.
   void setKeyFrom(std::string_view fullKey);
@@ -141,14 +145,11 @@ class CVkAcadEntityBase {
     return CTextPool::equal(text(mine), other.text(theirs));
   }
 
-  const char* description_ = "";  // a display name of the static table
-
  private:
   // The members are ordered to pack: a drawing holds hundreds of thousands of comparers.
   struct Common;
   static const Common kCommon[6];
   platform::Extents3d placedExtents_;
-  double minZ_ = 0.0, maxZ_ = 0.0;
   platform::Handle handle_ = 0;
   platform::ObjectId objectId_;
   TextId colorText_ = CTextPool::kEmpty;
@@ -158,12 +159,13 @@ class CVkAcadEntityBase {
   TextId lineweightText_ = CTextPool::kEmpty;
   TextId zText_ = CTextPool::kEmpty;
   TextId textStyleText_ = CTextPool::kEmpty;
+  std::uint32_t keyDigest_ = 0;
   const CLayerContext* layerContext_ = nullptr;
   CReadContext* readerContext_ = nullptr;
   const platform::Matrix3d* drawingTransform_ = nullptr;
   const CompareOptions* options_ = nullptr;
-  std::uint32_t keyDigest_ = 0;
   bool hasKey_ = false;
+  std::uint8_t displayName_ = 0;  // the type's display name, by its place in the table
   std::uint8_t extentsStatus_ = 0;
   bool inStore_ = false;  // made in a drawing's comparer store rather than on the heap
   template <class T>

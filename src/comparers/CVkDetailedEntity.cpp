@@ -8,12 +8,14 @@
 #include "platform/text.h"
 
 void CVkDetailedEntity::load(const platform::Entity& entity, platform::Matrix3d transform) {
-  CVkAcadEntityBase::load(entity, transform);
+  const ZRange z = loadCommon(entity, transform);
   // The key functions append to buffers the thread reuses from entity to entity.
   thread_local KeyTexts keys;
   keys.fullKey.clear();
   keys.zText.clear();
   keys.textStyle.clear();
+  keys.minZ = z.min;
+  keys.maxZ = z.max;
   traits_.key(entity, transform, *this, keys);
   setKeyFrom(keys.fullKey);
   setZText(keys.zText);

@@ -23,11 +23,13 @@ struct DetailProperty {
 };
 
 // The texts that identify an entity: its full key and its Z text (and the text style for text-bearing types).
-// A key function appends to them: they arrive empty.
+// A key function appends to them: they arrive empty, with the Z range of the entity's extents under the load
+// transform.
 struct KeyTexts {
   std::string fullKey;
   std::string zText;
   std::string textStyle;
+  double minZ = 0.0, maxZ = 0.0;
 };
 using KeyCapture = void (*)(const platform::Entity&, const platform::Matrix3d&, const CVkAcadEntityBase& self,
                             KeyTexts& out);

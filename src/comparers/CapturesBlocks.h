@@ -15,7 +15,7 @@ namespace capture {
 inline void extentsKey(const Entity&, const Matrix3d&, const CVkAcadEntityBase& self, KeyTexts& out) {
   const platform::Extents3d& e = self.placedExtents();
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), e.min.x, e.min.y, e.max.x, e.max.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f", self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f", out.minZ, out.maxZ);
 }
 
 // Keyed by the position: "%s,%.2f,%.2f" of the DXF name and the position's x, y after the load transform;
@@ -38,7 +38,7 @@ inline void surfaceKey(const Entity& e, const Matrix3d&, const CVkAcadEntityBase
   const platform::Extents3d& x = self.placedExtents();
   platform::fmtTo(out.fullKey, "%s,%f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), surfaceArea(e), x.min.x, x.min.y, x.max.x,
                               x.max.y);
-  platform::fmtTo(out.zText, "%.2f,%.2f", self.minZ(), self.maxZ());
+  platform::fmtTo(out.zText, "%.2f,%.2f", out.minZ, out.maxZ);
 }
 
 // "%.2f" of a quantity measured from the ACIS data; where the faces cannot be measured (curved faces), the

@@ -15,7 +15,6 @@ class FakeComparer : public CVkAcadEntityBase {
  public:
   FakeComparer(CReadContext& context, std::string key, std::string color, std::string name, platform::Extents3d ext)
       : key_(std::move(key)), color_(std::move(color)), name_(name + " "), ext_(ext) {
-    description_ = name_.c_str();
     setContexts(&context, nullptr, nullptr, nullptr);
     // An empty key stays unset, as with comparers that never key their entity.
     if (!key_.empty()) setKeyFrom(key_);
@@ -24,6 +23,7 @@ class FakeComparer : public CVkAcadEntityBase {
     out += name_;
     if (static_cast<const FakeComparer&>(other).color_ != color_) out += "颜色不相同,";
   }
+  std::string_view description() const override { return name_; }
   const std::string& key() const { return key_; }
   const platform::Extents3d& ext() const { return ext_; }
 
