@@ -194,6 +194,7 @@ TEST_F(DialogTest, TerminalShowsTheFormAndWhatEachAnswerChanged) {
   EXPECT_NE(out.find("Sample> click 1006\n  1001  First: []\n  1002  Second: [a.dxf]\nSample> help\n"),
             std::string::npos);
   EXPECT_NE(out.find("  menu ID N "), std::string::npos);
+  EXPECT_NE(out.find("Sample> cancel\n== Sample: Cancel ==\n"), std::string::npos);
   EXPECT_EQ(dialog.cancels, 1);
   EXPECT_TRUE(dialog.failure().empty());
 }

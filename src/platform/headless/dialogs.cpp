@@ -289,7 +289,7 @@ void TerminalPresenter::run(Dialog& dialog) {
     const std::optional<std::string> line = readLine(prompt);
     if (!line) {
       dialog.abandon("end of input");
-      return;
+      break;
     }
     if (trimmed(*line).empty()) continue;
     std::string why;
@@ -321,6 +321,15 @@ void TerminalPresenter::run(Dialog& dialog) {
       if (old == before.end() || renderControl(*old) != now) changed += now;
     }
     console.print(changed);
+  }
+  // How it ended, so that a dialog opened by another one is seen to give way to it.
+  if (dialog.failure().empty()) {
+    const int result = dialog.result();
+    console.print("== " + dialog.title() + ": " +
+                  (result == platform::kIdOk       ? std::string("OK")
+                   : result == platform::kIdCancel ? std::string("Cancel")
+                                                   : "result " + std::to_string(result)) +
+                  " ==\n");
   }
 }
 
