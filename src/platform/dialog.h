@@ -1,6 +1,7 @@
 // Modal dialogs of the host: controls by identifier, their handlers, and the seam to the host that shows them.
 #pragma once
 
+#include <cstddef>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -64,6 +65,14 @@ class DialogPresenter {
 // Runs a dialog modally in the host: initialises it, presents it until it ends and returns its result.
 // Never throws; a dialog that cannot be presented is cancelled with a line on the command line.
 int runModalDialog(Dialog& dialog) noexcept;
+
+// The host's file-open dialog. filter is in the host's form, pairs of description and patterns ending in
+// "||" ("DWG文件 (*.dwg)|*.dwg||"); a name typed without extension gets defaultExtension when one is given;
+// the read-only check box is left out under kOfnHideReadOnly. Returns the full path chosen, or nothing when
+// cancelled or when the path does not fit bufferChars UTF-16 units with its terminator.
+enum FileDialogFlags : unsigned { kOfnHideReadOnly = 0x4 };
+std::optional<std::string> showFileOpenDialog(std::string_view filter, std::string_view defaultExtension,
+                                              std::string_view initialName, unsigned flags, std::size_t bufferChars);
 
 // A modal dialog. Its logic derives from it: declares the controls (in the constructor or onInitDialog),
 // overrides the handlers, and reads and writes control state through the functions below. Asking for an
