@@ -77,7 +77,8 @@ std::optional<std::string> showFileOpenDialog(std::string_view filter, std::stri
 // A modal dialog. Its logic derives from it: declares the controls (in the constructor or onInitDialog),
 // overrides the handlers, and reads and writes control state through the functions below. Asking for an
 // identifier the dialog does not have, or for a control of another kind, throws std::invalid_argument;
-// inside a handler that ends the dialog as cancelled.
+// inside a handler that ends the dialog as cancelled. An object serves one doModal: its controls keep the
+// state they ended with, for the caller to read.
 class Dialog {
  public:
   explicit Dialog(std::string title);

@@ -274,6 +274,16 @@ TEST_F(DialogTest, MalformedAndRefusedAnswersAreExplained) {
     EXPECT_NE(transcript().find("Sample>   " + c.why + "\nSample> "), std::string::npos) << c.line;
   }
 
+  // A disabled OK button is neither clicked nor reached by Enter.
+  for (const char* step : {"ok", "click 1"}) {
+    Dialogs::instance().scriptAnswers({step});
+    SampleDialog locked;
+    locked.enable(platform::kIdOkButton, false);
+    EXPECT_EQ(locked.doModal(), platform::kIdCancel);
+    EXPECT_EQ(locked.failure(), "scripted answer \"" + std::string(step) +
+                                    "\": " + (step == std::string("ok") ? "OK is disabled" : "control 1 is disabled"));
+  }
+
   // An empty step is no answer in a script (the terminal simply asks again).
   Dialogs::instance().scriptAnswers({""});
   SampleDialog empty;
