@@ -395,6 +395,14 @@ TEST_F(DialogTest, ThrowingHandlerCancelsTheDialogWithItsReason) {
   EXPECT_EQ(starting.failure(), "settings unreadable");
   EXPECT_EQ(transcript(), "\nDialog \"Sample\" cancelled: settings unreadable\n");  // never shown
 
+  // The terminal's input failing is no different.
+  Dialogs::instance().setTerminalInput(
+      [](std::string_view) -> std::optional<std::string> { throw std::runtime_error("terminal lost"); });
+  SampleDialog unread;
+  EXPECT_EQ(unread.doModal(), platform::kIdCancel);
+  EXPECT_EQ(unread.failure(), "terminal lost");
+  Dialogs::instance().setTerminalInput(nullptr);
+
   // A handler asking for a control the dialog does not have.
   class Careless : public platform::Dialog {
    public:
