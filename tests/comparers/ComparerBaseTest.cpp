@@ -194,3 +194,45 @@ TEST(ComparerFactory, RowsInOrderAndTheLastRule) {
   EXPECT_EQ(d.comparers[1]->description(), "代理实体图元");
   EXPECT_EQ(d.comparers[1]->keyText(), "0," + keyDigest("MYCUSTOM,1.00,2.00"));
 }
+
+// Comparers of a drawing's own entities keep only a digest of their detail texts and capture them again from
+// the entity when a pair differs: every pair must give the record that texts kept in the pool give, under a
+// base-point transform too, and alike pairs none.
+TEST_F(BaseFixture, DetailsKeptAsDigestsCompareAsKeptTexts) {
+  const std::string common = "8|A|";
+  const std::string source = "0|LINE|" + common + "39|1|10|0|20|0|11|10|21|0|0|CIRCLE|" + common +
+                             "10|5|20|5|40|2|0|ARC|" + common + "10|9|20|9|40|3|50|0|51|90|0|LWPOLYLINE|" + common +
+                             "10|0|20|0|10|10|20|0|10|10|20|5|10|0|20|5|0|TEXT|" + common +
+                             "10|1|20|1|40|2.5|1|ABC|0|LWPOLYLINE|" + common + "10|20|20|0|10|30|20|0|10|30|20|5";
+  const std::string destination = "0|LINE|" + common + "39|2|10|0|20|0|11|10|21|0|0|CIRCLE|" + common +
+                                  "39|1|10|5|20|5|40|2|0|ARC|" + common + "10|9|20|9|40|3|50|0|51|95|0|LWPOLYLINE|" +
+                                  common + "10|0|20|0|10|10|20|0|10|10|20|6|10|0|20|5|0|TEXT|" + common +
+                                  "10|1|20|1|40|2.5|1|ABD|0|LWPOLYLINE|" + common +
+                                  "10|20|20|0|10|30|20|0|10|30|20|5|10|20|20|5";
+  const platform::Matrix3d base = platform::Matrix3d::translation({-3, 4, 0});
+  auto load = [&](const std::string& name, const std::string& entities, bool digests) {
+    return loadComparers(dir, name, vktest::dxfDrawing(entities, "AC1015", "", kLayers), all, base,
+                         digests ? &base : nullptr);
+  };
+  auto kept = std::pair{load("a.dxf", source, false), load("b.dxf", destination, false)};
+  auto digested = std::pair{load("c.dxf", source, true), load("d.dxf", destination, true)};
+  ASSERT_EQ(kept.first.comparers.size(), 6u);
+  ASSERT_EQ(digested.second.comparers.size(), 6u);
+  for (std::size_t i = 0; i < 6; ++i) {
+    SCOPED_TRACE(i);
+    CVkAcadEntityBase& a = *kept.first.comparers[i];
+    CVkAcadEntityBase& b = *kept.second.comparers[i];
+    CVkAcadEntityBase& c = *digested.first.comparers[i];
+    CVkAcadEntityBase& d = *digested.second.comparers[i];
+    const std::string expected = compareText(b, a);
+    EXPECT_NE(expected, std::string(b.description())) << "every pair differs in a detail";
+    EXPECT_EQ(compareText(d, c), expected);
+    EXPECT_EQ(compareText(d, a), expected);  // one digest against texts kept
+    EXPECT_EQ(compareText(b, c), expected);
+    EXPECT_EQ(compareText(d, *load("e.dxf", destination, true).comparers[i]), d.description());
+    const auto& keptDetails = dynamic_cast<const CVkDetailedEntity&>(b);
+    const auto& digestDetails = dynamic_cast<const CVkDetailedEntity&>(d);
+    EXPECT_EQ(digestDetails.detailTexts(), keptDetails.detailTexts());
+    EXPECT_EQ(digestDetails.detailLists(), keptDetails.detailLists());
+  }
+}

@@ -19,9 +19,12 @@ struct LoadedDrawing {
   std::vector<ComparerPtr> comparers;
 };
 
+// With drawingTransform, the comparers are loaded as a run loads a drawing's own entities (the transform must
+// outlive them); without, as the contents of a block are.
 inline LoadedDrawing loadComparers(const TempDir& dir, const std::string& name, const std::string& dxf,
                                    const CompareOptions& options,
-                                   const platform::Matrix3d& transform = platform::Matrix3d()) {
+                                   const platform::Matrix3d& transform = platform::Matrix3d(),
+                                   const platform::Matrix3d* drawingTransform = nullptr) {
   LoadedDrawing d;
   d.db = readDxfText(dir, name, dxf);
   if (!d.db) return d;
@@ -29,7 +32,7 @@ inline LoadedDrawing loadComparers(const TempDir& dir, const std::string& name, 
   d.context = std::make_unique<CReadContext>(*d.db, d.db->fileName());
   for (platform::ObjectId id : d.db->blockRecord(d.db->modelSpaceId()).entityIds())
     d.comparers.push_back(
-        createComparer(d.db->openEntity(id), transform, d.context.get(), d.layers.get(), nullptr, &options));
+        createComparer(d.db->openEntity(id), transform, d.context.get(), d.layers.get(), drawingTransform, &options));
   return d;
 }
 
