@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "platform/pages.h"
@@ -57,11 +58,25 @@ void* CComparerStore::allocate(std::size_t bytes, std::size_t alignment) {
   return at;
 }
 
+namespace {
+
+// A cheap summary of a name for choosing a slot: its length and its first and last eight bytes. A slot's
+// names are compared in full before it is used, so names that summarise alike only share a slot.
+std::uint64_t nameSummary(std::string_view name) {
+  std::uint64_t head = 0, tail = 0;
+  const std::size_t n = std::min<std::size_t>(name.size(), 8);
+  if (n != 0) {
+    std::memcpy(&head, name.data(), n);
+    std::memcpy(&tail, name.data() + name.size() - n, n);
+  }
+  return (head * 0x9E3779B97F4A7C15ULL) ^ (tail + name.size()) * 0xC2B2AE3D27D4EB4FULL;
+}
+
+}  // namespace
+
 std::size_t CReadContext::slotOf(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype) {
-  platform::Fnv1a h;
-  h.add(layerName);
-  h.add(linetype);
-  std::uint64_t mixed = h.value() ^ (key.layerId * 0x9E3779B97F4A7C15ULL) ^ key.linetypeScaleBits;
+  std::uint64_t mixed = nameSummary(layerName) ^ (nameSummary(linetype) >> 7) ^ (key.layerId * 0x9E3779B97F4A7C15ULL) ^
+                        key.linetypeScaleBits;
   mixed ^= (static_cast<std::uint64_t>(static_cast<std::uint32_t>(key.color)) << 32) | static_cast<std::uint32_t>(key.lineWeight);
   mixed *= 0xFF51AFD7ED558CCDULL;
   return static_cast<std::size_t>(mixed >> 54);  // 1024 slots
