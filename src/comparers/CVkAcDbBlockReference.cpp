@@ -78,7 +78,7 @@ void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform:
   for (platform::ObjectId id : entity.attributes()) {
     const platform::Entity attribute = db.openEntity(id);
     if (!attribute || !attribute.isVisible()) continue;
-    auto c = createComparer(attribute, transform, readerContext(), layerContext(), drawingTransform(), &options());
+    auto c = createComparer(attribute, transform, readerContext(), drawingTransform());
     if (c) addByKey(attributes_, std::move(c));
   }
   sortByKey(attributes_);
@@ -92,7 +92,7 @@ void CVkAcDbBlockReference::loadDetail(const platform::Entity& entity, platform:
   for (platform::ObjectId id : block.entityIds()) {
     const platform::Entity inner = db.openEntity(id);
     if (!inner || !inner.isVisible()) continue;
-    auto c = createComparer(inner, contentLoad, readerContext(), layerContext(), &contentDrawingTransform_, &options());
+    auto c = createComparer(inner, contentLoad, readerContext(), &contentDrawingTransform_);
     if (c) addByKey(entities_, std::move(c));
   }
   sortByKey(entities_);

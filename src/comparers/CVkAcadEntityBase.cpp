@@ -226,7 +226,10 @@ CVkAcadEntityBase::Digests CVkAcadEntityBase::digests() const {
 
 bool CVkAcadEntityBase::digestOwnTexts(TextDigest&) const { return false; }
 
-const CompareOptions& CVkAcadEntityBase::options() const { return options_ ? *options_ : defaultOptions(); }
+const CompareOptions& CVkAcadEntityBase::options() const {
+  const CompareOptions* set = readerContext_ ? readerContext_->options() : nullptr;
+  return set ? *set : defaultOptions();
+}
 
 std::string CVkAcadEntityBase::keyText() const {
   if (!hasKey_) return {};
@@ -276,7 +279,8 @@ void CVkAcadEntityBase::loadCommonTexts(const platform::Entity& entity) {
   const int weight = entity.lineWeight();
   const double linetypeScale = entity.linetypeScale();
   const platform::ObjectId layerId = entity.layerId();
-  const CommonTextsKey key{layerId.value, layerContext_, std::bit_cast<std::uint64_t>(linetypeScale), color, weight};
+  const CLayerContext* layers = layerContext();
+  const CommonTextsKey key{layerId.value, layers, std::bit_cast<std::uint64_t>(linetypeScale), color, weight};
   if (readerContext_)
     if (const CommonTexts* known = readerContext_->commonTexts(key, layerName, linetype)) {
       layerText_ = known->layer;
@@ -288,7 +292,7 @@ void CVkAcadEntityBase::loadCommonTexts(const platform::Entity& entity) {
 
   layerText_ = intern(layerName);
   static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
-  const CLayerTexts& layer = layerContext_ ? layerContext_->lookup(layerId, layerName) : kNoLayerContext;
+  const CLayerTexts& layer = layers ? layers->lookup(layerId, layerName) : kNoLayerContext;
 
   if (color == 256) colorText_ = intern(layer.colorText);
   else if (color == 0) colorText_ = intern("ByBlock");

@@ -99,13 +99,11 @@ class CVkAcadEntityBase {
   // comparer of another class may still be found alike to this one.
   virtual bool digestOwnTexts(TextDigest& digest) const;
 
-  // Set by the factory before load.
-  void setContexts(CReadContext* readerContext, const CLayerContext* layerContext, const platform::Matrix3d* drawingTransform,
-                   const CompareOptions* options) {
+  // Set by the factory before load: the drawing's read context (which also gives the layers and the
+  // settings) and the transform that places the entity in the drawing.
+  void setContexts(CReadContext* readerContext, const platform::Matrix3d* drawingTransform) {
     readerContext_ = readerContext;
-    layerContext_ = layerContext;
     drawingTransform_ = drawingTransform;
-    options_ = options;
   }
   const CompareOptions& options() const;
   // The settings test: is the property class with this code compared?
@@ -129,7 +127,7 @@ class CVkAcadEntityBase {
   const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
   // The contexts set by the factory, handed on to comparers made for an entity's contents.
   CReadContext* readerContext() const { return readerContext_; }
-  const CLayerContext* layerContext() const { return layerContext_; }
+  const CLayerContext* layerContext() const { return readerContext_ ? readerContext_->layers() : nullptr; }
 
   // The layer, colour, linetype and lineweight texts, remembered by the read context for the entities that
   // share what gives them.
@@ -160,10 +158,8 @@ class CVkAcadEntityBase {
   TextId zText_ = CTextPool::kEmpty;
   TextId textStyleText_ = CTextPool::kEmpty;
   std::uint32_t keyDigest_ = 0;
-  const CLayerContext* layerContext_ = nullptr;
   CReadContext* readerContext_ = nullptr;
   const platform::Matrix3d* drawingTransform_ = nullptr;
-  const CompareOptions* options_ = nullptr;
   bool hasKey_ = false;
   std::uint8_t displayName_ = 0;  // the type's display name, by its place in the table
   std::uint8_t extentsStatus_ = 0;

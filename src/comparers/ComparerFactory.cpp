@@ -169,9 +169,9 @@ const std::vector<const FactoryRow*>& rowsFor(DbClass cls) {
 std::span<const FactoryRow> factoryRows() { return kRows; }
 
 ComparerPtr createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
-                           CReadContext* readerContext, const CLayerContext* layerContext,
-                           const platform::Matrix3d* drawingTransform, const CompareOptions* options) {
+                           CReadContext* readerContext, const platform::Matrix3d* drawingTransform) {
   static const CompareOptions kAll;
+  const CompareOptions* options = readerContext ? readerContext->options() : nullptr;
   ComparerPtr comparer;
   for (const FactoryRow* candidate : rowsFor(entity.dbClass())) {
     const FactoryRow& row = *candidate;
@@ -189,7 +189,7 @@ ComparerPtr createComparer(const platform::Entity& entity, const platform::Matri
     break;
   }
   if (!comparer) comparer = byDxfName(entity.dxfName(), readerContext);
-  comparer->setContexts(readerContext, layerContext, drawingTransform, options);
+  comparer->setContexts(readerContext, drawingTransform);
   comparer->load(entity, transform);
   return comparer;
 }

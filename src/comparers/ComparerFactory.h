@@ -33,5 +33,4 @@ std::span<const FactoryRow> factoryRows();
 // unknown kind, a block reference filtered out by the settings or whose block cannot be opened). The read
 // context is the drawing's, shared by every comparer made for it; block contents are walked only with one.
 ComparerPtr createComparer(const platform::Entity& entity, const platform::Matrix3d& transform,
-                           CReadContext* readerContext, const CLayerContext* layerContext,
-                           const platform::Matrix3d* drawingTransform, const CompareOptions* options);
+                           CReadContext* readerContext, const platform::Matrix3d* drawingTransform);

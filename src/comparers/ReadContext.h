@@ -12,6 +12,9 @@
 #include "comparers/TextPool.h"
 #include "platform/database.h"
 
+class CLayerContext;
+struct CompareOptions;
+
 // Memory for one drawing's comparers, handed out in order from large blocks that are freed together: a
 // drawing makes hundreds of thousands of comparers and drops them all at once.
 class CComparerStore {
@@ -82,11 +85,21 @@ class CReadContext {
   // The drawing the comparers were made of, when the context was made for one: it outlives them, so a
   // comparer may open its entity again.
   const platform::Database* database() const { return database_; }
+  // The layers the comparers' ByLayer properties come from and the settings they compare by, set before
+  // the first comparer is made; both outlive the comparers. Either may be null (no layers, every setting on).
+  void use(const CLayerContext* layers, const CompareOptions* options) {
+    layers_ = layers;
+    options_ = options;
+  }
+  const CLayerContext* layers() const { return layers_; }
+  const CompareOptions* options() const { return options_; }
 
  private:
   friend class CBlockWalk;
   std::string drawingName_;
   const platform::Database* database_ = nullptr;
+  const CLayerContext* layers_ = nullptr;
+  const CompareOptions* options_ = nullptr;
   std::size_t budget_;
   std::size_t used_ = 0;
   bool spent_ = false;

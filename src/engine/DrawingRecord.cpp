@@ -95,6 +95,7 @@ void CollectComparers(CDrawingRecord& record, const std::vector<platform::Object
   // Comparers are gathered in reading order and sorted by key at the end: a stable sort keeps the reading
   // order of equal keys.
   record.entityMap.reserve(ids.size());
+  record.readContext->use(record.layerContext.get(), &options);
   int position = 0;
   for (const platform::ObjectId id : ids) {
     if (showProgress) platform::setStatusBarProgressMeterPos(position++);
@@ -109,9 +110,7 @@ void CollectComparers(CDrawingRecord& record, const std::vector<platform::Object
         continue;
       }
     }
-    ComparerPtr comparer =
-        createComparer(entity, record.combinedMatrix, record.readContext.get(), record.layerContext.get(),
-                       &record.combinedMatrix, &options);
+    ComparerPtr comparer = createComparer(entity, record.combinedMatrix, record.readContext.get(), &record.combinedMatrix);
     if (!comparer) continue;
     // The comparer's own extents (for a block reference those of its expanded contents) face the area too.
     if (!whole && comparer->extentsStatus() == platform::ErrorStatus::eOk &&

@@ -45,7 +45,7 @@ struct EntitiesFixture : ::testing::Test {
   template <typename T>
   std::unique_ptr<T> direct(const vktest::LoadedDrawing& d, std::size_t i = 0) {
     auto c = std::make_unique<T>();
-    c->setContexts(d.context.get(), d.layers.get(), nullptr, &all);
+    c->setContexts(d.context.get(), nullptr);
     c->load(d.db->openEntity(d.db->blockRecord(d.db->modelSpaceId()).entityIds().at(i)), platform::Matrix3d());
     return c;
   }

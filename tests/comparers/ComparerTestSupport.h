@@ -30,9 +30,10 @@ inline LoadedDrawing loadComparers(const TempDir& dir, const std::string& name, 
   if (!d.db) return d;
   d.layers = std::make_unique<CLayerContext>(*d.db);
   d.context = std::make_unique<CReadContext>(*d.db, d.db->fileName());
+  d.context->use(d.layers.get(), &options);
   for (platform::ObjectId id : d.db->blockRecord(d.db->modelSpaceId()).entityIds())
     d.comparers.push_back(
-        createComparer(d.db->openEntity(id), transform, d.context.get(), d.layers.get(), drawingTransform, &options));
+        createComparer(d.db->openEntity(id), transform, d.context.get(), drawingTransform));
   return d;
 }
 

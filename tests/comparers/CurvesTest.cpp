@@ -300,7 +300,7 @@ TEST_F(CurvesFixture, VerticesOpenedOnTheirOwn) {
   const auto ids = d.db->blockRecord(d.db->modelSpaceId()).entityIds();
   auto vertex = [&](std::size_t entity, std::size_t i) {
     const platform::Entity v = d.db->openEntity(d.db->openEntity(ids[entity]).vertices().at(i));
-    return createComparer(v, platform::Matrix3d(), d.context.get(), d.layers.get(), nullptr, &all);
+    return createComparer(v, platform::Matrix3d(), d.context.get(), nullptr);
   };
   auto plain = vertex(0, 0), rich = vertex(0, 1);
   ASSERT_NE(dynamic_cast<CVkAcDb2dVertex*>(rich.get()), nullptr);

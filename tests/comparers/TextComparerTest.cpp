@@ -42,7 +42,7 @@ struct TextFixture : ::testing::Test {
     std::vector<ComparerPtr> out;
     for (platform::ObjectId id : d.db->blockRecord(d.db->modelSpaceId()).entityIds())
       for (platform::ObjectId a : d.db->openEntity(id).attributes())
-        out.push_back(createComparer(d.db->openEntity(a), platform::Matrix3d(), d.context.get(), d.layers.get(), nullptr, &all));
+        out.push_back(createComparer(d.db->openEntity(a), platform::Matrix3d(), d.context.get(), nullptr));
     return out;
   }
 };

@@ -51,7 +51,7 @@ struct DimensionFixture : ::testing::Test {
   template <typename T>
   ComparerPtr direct(const vktest::LoadedDrawing& d) {
     auto c = std::make_unique<T>();
-    c->setContexts(d.context.get(), d.layers.get(), nullptr, &all);
+    c->setContexts(d.context.get(), nullptr);
     c->load(d.db->openEntity(d.db->blockRecord(d.db->modelSpaceId()).entityIds().at(0)), platform::Matrix3d());
     return c;
   }

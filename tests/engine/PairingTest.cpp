@@ -15,7 +15,7 @@ class FakeComparer : public CVkAcadEntityBase {
  public:
   FakeComparer(CReadContext& context, std::string key, std::string color, std::string name, platform::Extents3d ext)
       : key_(std::move(key)), color_(std::move(color)), name_(name + " "), ext_(ext) {
-    setContexts(&context, nullptr, nullptr, nullptr);
+    setContexts(&context, nullptr);
     // An empty key stays unset, as with comparers that never key their entity.
     if (!key_.empty()) setKeyFrom(key_);
   }

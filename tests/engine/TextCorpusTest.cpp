@@ -34,10 +34,11 @@ Annotations loadAnnotations(const std::string& path, const CompareOptions& optio
   if (!a.db) return a;
   a.layers = std::make_unique<CLayerContext>(*a.db);
   a.context = std::make_unique<CReadContext>(*a.db, path);
+  a.context->use(a.layers.get(), &options);
   auto add = [&](platform::ObjectId id) {
     const platform::Entity e = a.db->openEntity(id);
     if (isAnnotation(e.dxfName()))
-      a.comparers.push_back(createComparer(e, platform::Matrix3d(), a.context.get(), a.layers.get(), nullptr, &options));
+      a.comparers.push_back(createComparer(e, platform::Matrix3d(), a.context.get(), nullptr));
   };
   for (platform::ObjectId record : a.db->blockRecordIds())
     for (platform::ObjectId id : a.db->blockRecord(record).entityIds()) {
