@@ -189,20 +189,29 @@ std::uint64_t TextDigest::value() const {
 }
 
 // The common properties compared for every class: the text, its property code and its message.
+// The text is one of the common texts the read context keeps (shared) or one of the comparer's own.
 struct CVkAcadEntityBase::Common {
-  CTextPool::Id CVkAcadEntityBase::*text;
+  CTextPool::Id CommonTexts::*shared;
+  CTextPool::Id CVkAcadEntityBase::*own;
   int code;
   const char* message;
 };
 
 const CVkAcadEntityBase::Common CVkAcadEntityBase::kCommon[] = {
-    {&CVkAcadEntityBase::layerText_, kCodeLayer, "所在层不相同,"},
-    {&CVkAcadEntityBase::colorText_, kCodeColor, "颜色不相同,"},
-    {&CVkAcadEntityBase::linetypeText_, kCodeLinetype, "线型或线型比例不相同,"},
-    {&CVkAcadEntityBase::lineweightText_, kCodeLineweight, "线宽不相同,"},
-    {&CVkAcadEntityBase::textStyleText_, kCodeTextStyle, "文本类型不相同,"},
-    {&CVkAcadEntityBase::zText_, kCodeZ, "Z坐标不相同,"},
+    {&CommonTexts::layer, nullptr, kCodeLayer, "所在层不相同,"},
+    {&CommonTexts::color, nullptr, kCodeColor, "颜色不相同,"},
+    {&CommonTexts::linetype, nullptr, kCodeLinetype, "线型或线型比例不相同,"},
+    {&CommonTexts::lineweight, nullptr, kCodeLineweight, "线宽不相同,"},
+    {nullptr, &CVkAcadEntityBase::textStyleText_, kCodeTextStyle, "文本类型不相同,"},
+    {nullptr, &CVkAcadEntityBase::zText_, kCodeZ, "Z坐标不相同,"},
 };
+
+const CommonTexts& CVkAcadEntityBase::commonTexts() const {
+  static const CommonTexts kNone;
+  return readerContext_ ? readerContext_->commonTextsAt(commonTexts_) : kNone;
+}
+
+CTextPool::Id CVkAcadEntityBase::idOf(const Common& c) const { return c.shared ? commonTexts().*c.shared : this->*c.own; }
 
 void ComparerDelete::operator()(CVkAcadEntityBase* comparer) const {
   if (comparer && comparer->inStore_) comparer->~CVkAcadEntityBase();
@@ -211,7 +220,7 @@ void ComparerDelete::operator()(CVkAcadEntityBase* comparer) const {
 
 std::uint64_t CVkAcadEntityBase::commonDigest() const {
   TextDigest d;
-  for (const Common& c : kCommon) d.add(isCompared(c.code) ? text(this->*c.text) : std::string_view());
+  for (const Common& c : kCommon) d.add(isCompared(c.code) ? text(idOf(c)) : std::string_view());
   return d.value();
 }
 
@@ -281,33 +290,35 @@ void CVkAcadEntityBase::loadCommonTexts(const platform::Entity& entity) {
   const platform::ObjectId layerId = entity.layerId();
   const CLayerContext* layers = layerContext();
   const CommonTextsKey key{layerId.value, layers, std::bit_cast<std::uint64_t>(linetypeScale), color, weight};
-  if (readerContext_)
-    if (const CommonTexts* known = readerContext_->commonTexts(key, layerName, linetype)) {
-      layerText_ = known->layer;
-      colorText_ = known->color;
-      linetypeText_ = known->linetype;
-      lineweightText_ = known->lineweight;
+  commonTexts_ = 0;
+  if (readerContext_) {
+    const std::uint32_t known = readerContext_->commonTexts(key, layerName, linetype);
+    if (known != CReadContext::kUnknownTexts) {
+      commonTexts_ = known;
       return;
     }
+  }
 
-  layerText_ = intern(layerName);
+  CommonTexts t;
+  t.layer = intern(layerName);
   static const CLayerTexts kNoLayerContext{"7", "Continuous", "-3"};
   const CLayerTexts& layer = layers ? layers->lookup(layerId, layerName) : kNoLayerContext;
 
-  if (color == 256) colorText_ = intern(layer.colorText);
-  else if (color == 0) colorText_ = intern("ByBlock");
-  else colorText_ = intern(fmt("%d", color));
+  if (color == 256) t.color = intern(layer.colorText);
+  else if (color == 0) t.color = intern("ByBlock");
+  else t.color = intern(fmt("%d", color));
 
-  if (linetype == "ByLayer") linetypeText_ = intern(fmt("%s,%.2f", layer.linetypeName, linetypeScale));
-  else if (linetype == "ByBlock") linetypeText_ = intern("ByBlock");
-  else linetypeText_ = intern(fmt("%s,%.2f", linetype, linetypeScale));
+  if (linetype == "ByLayer") t.linetype = intern(fmt("%s,%.2f", layer.linetypeName, linetypeScale));
+  else if (linetype == "ByBlock") t.linetype = intern("ByBlock");
+  else t.linetype = intern(fmt("%s,%.2f", linetype, linetypeScale));
 
-  if (weight == -1) lineweightText_ = intern(layer.lineweightText);
-  else if (weight == -2) lineweightText_ = intern("ByBlock");
-  else lineweightText_ = intern(fmt("%d", weight));
+  if (weight == -1) t.lineweight = intern(layer.lineweightText);
+  else if (weight == -2) t.lineweight = intern("ByBlock");
+  else t.lineweight = intern(fmt("%d", weight));
 
-  if (readerContext_)
-    readerContext_->remember(key, {layerText_, intern(linetype), colorText_, linetypeText_, lineweightText_});
+  t.linetypeName = intern(linetype);
+  // Without a read context nothing is kept: the comparer holds no texts but the empty one.
+  if (readerContext_) commonTexts_ = readerContext_->remember(key, t);
 }
 
 void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) {}
@@ -321,8 +332,12 @@ std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& o
 
 void CVkAcadEntityBase::appendDifferences(const CVkAcadEntityBase& other, std::string& out) {
   out.append(description());
-  for (const Common& c : kCommon)
-    if (!sameText(this->*c.text, other, other.*c.text) && isCompared(c.code)) out += c.message;
+  // Comparers of one drawing that share their common texts share their number.
+  const bool sameCommon = readerContext_ == other.readerContext_ && commonTexts_ == other.commonTexts_;
+  for (const Common& c : kCommon) {
+    if (c.shared && sameCommon) continue;
+    if (!sameText(idOf(c), other, other.idOf(c)) && isCompared(c.code)) out += c.message;
+  }
 }
 
 namespace {

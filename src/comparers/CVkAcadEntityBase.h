@@ -74,10 +74,10 @@ class CVkAcadEntityBase {
   // The order of key texts as a number: equal keys give equal numbers, and numbers compare as the texts do.
   std::uint64_t keyOrder() const { return hasKey_ ? keyOrderOf(keyDigest_) : 0; }
   std::string_view dxfName() const { return text(dxfName_); }
-  std::string_view colorText() const { return text(colorText_); }
-  std::string_view layerText() const { return text(layerText_); }
-  std::string_view linetypeText() const { return text(linetypeText_); }
-  std::string_view lineweightText() const { return text(lineweightText_); }
+  std::string_view colorText() const { return text(commonTexts().color); }
+  std::string_view layerText() const { return text(commonTexts().layer); }
+  std::string_view linetypeText() const { return text(commonTexts().linetype); }
+  std::string_view lineweightText() const { return text(commonTexts().lineweight); }
   std::string_view zText() const { return text(zText_); }
   std::string_view textStyleText() const { return text(textStyleText_); }
   platform::ErrorStatus extentsStatus() const { return static_cast<platform::ErrorStatus>(extentsStatus_); }
@@ -147,14 +147,13 @@ class CVkAcadEntityBase {
   // The members are ordered to pack: a drawing holds hundreds of thousands of comparers.
   struct Common;
   static const Common kCommon[6];
+  const CommonTexts& commonTexts() const;
+  TextId idOf(const Common& c) const;
   platform::Extents3d placedExtents_;
   platform::Handle handle_ = 0;
   platform::ObjectId objectId_;
-  TextId colorText_ = CTextPool::kEmpty;
+  std::uint32_t commonTexts_ = 0;  // the layer, colour, linetype and lineweight texts, by their number
   TextId dxfName_ = CTextPool::kEmpty;
-  TextId layerText_ = CTextPool::kEmpty;
-  TextId linetypeText_ = CTextPool::kEmpty;
-  TextId lineweightText_ = CTextPool::kEmpty;
   TextId zText_ = CTextPool::kEmpty;
   TextId textStyleText_ = CTextPool::kEmpty;
   std::uint32_t keyDigest_ = 0;

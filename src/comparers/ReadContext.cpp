@@ -82,18 +82,21 @@ std::size_t CReadContext::slotOf(const CommonTextsKey& key, std::string_view lay
   return static_cast<std::size_t>(mixed >> 54);  // 1024 slots
 }
 
-const CommonTexts* CReadContext::commonTexts(const CommonTextsKey& key, std::string_view layerName,
-                                             std::string_view linetype) const {
+std::uint32_t CReadContext::commonTexts(const CommonTextsKey& key, std::string_view layerName,
+                                       std::string_view linetype) const {
   const CommonTextsSlot& slot = common_[slotOf(key, layerName, linetype)];
-  if (!slot.used || !(slot.key == key)) return nullptr;
-  if (!CTextPool::equal(texts_.view(slot.texts.layer), layerName) ||
-      !CTextPool::equal(texts_.view(slot.texts.linetypeName), linetype))
-    return nullptr;
-  return &slot.texts;
+  if (slot.number == kUnknownTexts || !(slot.key == key)) return kUnknownTexts;
+  const CommonTexts& texts = commonSets_[slot.number];
+  if (!CTextPool::equal(texts_.view(texts.layer), layerName) || !CTextPool::equal(texts_.view(texts.linetypeName), linetype))
+    return kUnknownTexts;
+  return slot.number;
 }
 
-void CReadContext::remember(const CommonTextsKey& key, const CommonTexts& texts) {
-  common_[slotOf(key, texts_.view(texts.layer), texts_.view(texts.linetypeName))] = {key, texts, true};
+std::uint32_t CReadContext::remember(const CommonTextsKey& key, const CommonTexts& texts) {
+  const auto number = static_cast<std::uint32_t>(commonSets_.size());
+  commonSets_.push_back(texts);
+  common_[slotOf(key, texts_.view(texts.layer), texts_.view(texts.linetypeName))] = {key, number};
+  return number;
 }
 
 CComparerStore::~CComparerStore() {

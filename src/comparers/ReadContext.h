@@ -53,7 +53,8 @@ struct CommonTextsKey {
   bool operator==(const CommonTextsKey&) const = default;
 };
 struct CommonTexts {
-  CTextPool::Id layer, linetypeName, color, linetype, lineweight;
+  CTextPool::Id layer = CTextPool::kEmpty, linetypeName = CTextPool::kEmpty, color = CTextPool::kEmpty,
+                linetype = CTextPool::kEmpty, lineweight = CTextPool::kEmpty;
 };
 
 class CReadContext {
@@ -75,10 +76,14 @@ class CReadContext {
   const std::vector<std::string>& warnings() const { return warnings_; }
   // The memory of the drawing's comparers; they must be destroyed before this context.
   CComparerStore& comparers() { return comparers_; }
-  // The common texts remembered for an entity of this key, layer name and linetype name, or null;
-  // remember() keeps them (in place of another's).
-  const CommonTexts* commonTexts(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype) const;
-  void remember(const CommonTextsKey& key, const CommonTexts& texts);
+  // Common texts are kept once and named by their number, which comparers keep in place of four texts.
+  // The number of those remembered for an entity of this key, layer name and linetype name, or
+  // kUnknownTexts; remember() numbers new ones and remembers them (in place of another's).
+  static constexpr std::uint32_t kUnknownTexts = 0xFFFFFFFFu;
+  std::uint32_t commonTexts(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype) const;
+  std::uint32_t remember(const CommonTextsKey& key, const CommonTexts& texts);
+  // The common texts of a number; number 0 holds empty texts.
+  const CommonTexts& commonTextsAt(std::uint32_t number) const { return commonSets_[number]; }
   // The texts of the drawing's comparers; they live as long as this context.
   CTextPool& texts() { return texts_; }
   const CTextPool& texts() const { return texts_; }
@@ -110,9 +115,9 @@ class CReadContext {
   CTextPool texts_;
   struct CommonTextsSlot {
     CommonTextsKey key;
-    CommonTexts texts{};
-    bool used = false;
+    std::uint32_t number = kUnknownTexts;
   };
+  std::vector<CommonTexts> commonSets_ = std::vector<CommonTexts>(1);
   static std::size_t slotOf(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype);
   std::vector<CommonTextsSlot> common_ = std::vector<CommonTextsSlot>(1024);
 };
