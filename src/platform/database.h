@@ -25,7 +25,16 @@ struct ObjectId {
 using Handle = std::uint64_t;
 
 // Results of host calls that can fail; eOk is 0 as in the host.
-enum class ErrorStatus : int { eOk = 0, eInvalidExtents = 1, eNullExtents = 2, eNotApplicable = 3 };
+enum class ErrorStatus : int {
+  eOk = 0,
+  eInvalidExtents = 1,
+  eNullExtents = 2,
+  eNotApplicable = 3,
+  eInvalidInput = 4,     // an id, a document or an argument that names nothing
+  eFileAccessErr = 5,    // a drawing file that cannot be read
+  eLockViolation = 6,    // a change to a document that is not locked, or an unlock without a lock
+  eInvalidContext = 7,   // a call that needs the application context made from a command's
+};
 
 // One group of an entity's group list (what acdbEntGet returns): points are merged into one group.
 struct ResBuf {
@@ -172,6 +181,8 @@ class Database {
   BlockRecord blockRecord(std::string_view name) const;  // by name, without regard to case
 
   Entity openEntity(ObjectId id) const;
+  // AcDbEntity::setVisibility on the entity opened for write; the entity's stored group list is kept as read.
+  ErrorStatus setVisibility(ObjectId id, bool visible);
 
   std::vector<LayerRecord> layers() const;
   const LayerRecord* layer(ObjectId id) const;

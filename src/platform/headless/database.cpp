@@ -65,8 +65,6 @@ Database::Database(std::unique_ptr<DatabaseData> data) : data_(std::move(data)) 
 }
 Database::~Database() = default;
 
-int newestReadableRelease() { return 32; }
-
 std::unique_ptr<Database> Database::read(const std::string& path, ReadReport& report) {
   report = ReadReport();
   const std::string_view ext = path.size() >= 4 ? std::string_view(path).substr(path.size() - 4) : std::string_view();
@@ -134,6 +132,12 @@ BlockRecord Database::blockRecord(std::string_view name) const {
 Entity Database::openEntity(ObjectId id) const {
   if (idKind(id) != IdKind::Entity || idIndex(id) >= data_->entities.size()) return {};
   return Entity(this, idIndex(id));
+}
+
+ErrorStatus Database::setVisibility(ObjectId id, bool visible) {
+  if (idKind(id) != IdKind::Entity || idIndex(id) >= data_->entities.size()) return ErrorStatus::eInvalidInput;
+  data_->entities[idIndex(id)].invisible = !visible;
+  return ErrorStatus::eOk;
 }
 
 std::vector<LayerRecord> Database::layers() const { return data_->layerTable; }
