@@ -13,11 +13,16 @@ Console& Console::instance() {
 }
 
 void Console::print(std::string_view text) {
-  transcript_.append(text);
+  note(text);
   if (echo_) {
     std::fwrite(text.data(), 1, text.size(), echo_);
     std::fflush(echo_);
   }
+}
+
+void Console::note(std::string_view text) {
+  transcript_.append(text);
+  if (!text.empty()) atLineStart_ = text.back() == '\n';
 }
 
 std::string Console::takeTranscript() {
@@ -51,6 +56,7 @@ std::vector<MessageBoxEvent> Console::takeMessageBoxes() {
 
 void Console::reset() {
   transcript_.clear();
+  atLineStart_ = true;
   boxes_.clear();
   answers_.clear();
   progressLabels_.clear();

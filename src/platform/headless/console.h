@@ -23,6 +23,10 @@ class Console {
   static Console& instance();
 
   void print(std::string_view text);
+  // Keeps text in the transcript without echoing it (what a line editor has already shown on the terminal).
+  void note(std::string_view text);
+  // Whether the last text printed or noted ended a line (true before anything was printed).
+  bool atLineStart() const { return atLineStart_; }
   // The command-line text printed since the last call, which empties it.
   std::string takeTranscript();
   const std::string& transcript() const { return transcript_; }
@@ -52,6 +56,7 @@ class Console {
  private:
   Console() = default;
   std::string transcript_;
+  bool atLineStart_ = true;
   std::vector<MessageBoxEvent> boxes_;
   std::deque<int> answers_;
   std::FILE* echo_ = stdout;
