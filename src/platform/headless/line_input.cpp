@@ -1,0 +1,104 @@
+// Input lines of the headless host: standard input with a line editor on a terminal, plain lines from a
+// script or a pipe, each shown after its prompt on the command line.
+#include "platform/headless/line_input.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+#include "platform/headless/console.h"
+
+#ifdef VK_HAVE_LIBEDIT
+#include <editline/readline.h>
+#endif
+
+namespace headless {
+
+LineInput::~LineInput() = default;
+
+namespace {
+
+// What a line looks like on the command line: a cancel character is shown as ^C.
+std::string shown(const std::string& line) {
+  std::string out;
+  for (char c : line) out += c == '\x03' ? std::string("^C") : std::string(1, c);
+  return out;
+}
+
+class ScriptInput final : public LineInput {
+ public:
+  explicit ScriptInput(std::string script) : script_(std::move(script)) {}
+  std::optional<std::string> readLine(std::string_view prompt) override {
+    if (pos_ >= script_.size()) return std::nullopt;
+    std::size_t end = script_.find('\n', pos_);
+    if (end == std::string::npos) end = script_.size();
+    std::string line = script_.substr(pos_, end - pos_);
+    pos_ = end + 1;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    Console::instance().print(std::string(prompt) + shown(line) + "\n");
+    return line;
+  }
+
+ private:
+  std::string script_;
+  std::size_t pos_ = 0;
+};
+
+// Lines of a pipe or a file on standard input, echoed so that the output reads as a session.
+class StreamInput final : public LineInput {
+ public:
+  std::optional<std::string> readLine(std::string_view prompt) override {
+    Console::instance().print(prompt);
+    std::string line;
+    if (!std::getline(std::cin, line)) {
+      if (!Console::instance().atLineStart()) Console::instance().print("\n");
+      return std::nullopt;
+    }
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    Console::instance().print(shown(line) + "\n");
+    return line;
+  }
+};
+
+#ifdef VK_HAVE_LIBEDIT
+// A terminal: the line editor shows the prompt's last line and the typing; the transcript keeps both.
+class EditorInput final : public LineInput {
+ public:
+  EditorInput() { using_history(); }
+  std::optional<std::string> readLine(std::string_view prompt) override {
+    Console& console = Console::instance();
+    const std::size_t lastLine = prompt.rfind('\n');
+    std::string tail(prompt);
+    if (lastLine != std::string_view::npos) {
+      console.print(prompt.substr(0, lastLine + 1));
+      tail = std::string(prompt.substr(lastLine + 1));
+    }
+    std::fflush(stdout);
+    char* raw = ::readline(tail.c_str());
+    if (!raw) {
+      console.print("\n");
+      return std::nullopt;
+    }
+    std::string line(raw);
+    std::free(raw);
+    if (!line.empty()) add_history(line.c_str());
+    console.note(tail + shown(line) + "\n");
+    return line;
+  }
+};
+#endif
+
+}  // namespace
+
+std::unique_ptr<LineInput> standardInput() {
+#ifdef VK_HAVE_LIBEDIT
+  if (::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO)) return std::make_unique<EditorInput>();
+#endif
+  return std::make_unique<StreamInput>();
+}
+
+std::unique_ptr<LineInput> scriptInput(std::string script) { return std::make_unique<ScriptInput>(std::move(script)); }
+
+}  // namespace headless
