@@ -3,6 +3,9 @@
 
 extern "C" {
 
+// The entry point the host calls with its application messages (platform/application.h).
+int acrxEntryPoint(int message, void* appId);
+
 // Deliberately does nothing; kept for callers that expect the export.
 int I_VkCompareCurFile();
 
