@@ -1,0 +1,367 @@
+// The headless host driven as a user drives it: a test module loaded into it, documents opened, commands
+// typed and queued, prompts answered and cancelled, LISP calls, reactors, the hook and the views.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/application.h"
+#include "platform/documents.h"
+#include "platform/editor.h"
+#include "platform/headless/console.h"
+#include "platform/headless/host_session.h"
+#include "platform/host.h"
+#include "platform/lisp.h"
+#include "platform/views.h"
+
+namespace {
+
+using headless::HostSession;
+
+const std::string kData = VK_TEST_DATA_DIR;
+
+struct HostFixture : ::testing::Test {
+  HostSession& host = HostSession::instance();
+  headless::Console& console = headless::Console::instance();
+  headless::Module* module = nullptr;
+
+  void SetUp() override {
+    host.shutdown();
+    host.setInput(nullptr);
+    console.setEcho(nullptr);
+    console.reset();
+    std::string error;
+    module = host.loadModule(VK_TEST_MODULE_PATH, error);
+    ASSERT_NE(module, nullptr) << error;
+    // The tests' own reference keeps the module's journal readable after the host has unloaded it.
+    keep = ::dlopen(VK_TEST_MODULE_PATH, RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(keep, nullptr);
+    EXPECT_EQ(journal(), "init\n");
+  }
+  void TearDown() override {
+    host.shutdown();
+    console.reset();
+    if (keep) ::dlclose(keep);
+  }
+  // What the module wrote down since the last call.
+  std::string journal() {
+    const auto read = reinterpret_cast<const char* (*)()>(::dlsym(keep, "vkTestModuleLog"));
+    const auto clear = reinterpret_cast<void (*)()>(::dlsym(keep, "vkTestModuleClearLog"));
+    std::string text = read();
+    clear();
+    return text;
+  }
+  void* keep = nullptr;
+  headless::HeadlessDocument* open(const std::string& name) {
+    std::string error;
+    headless::HeadlessDocument* d = host.openDocument(kData + "/" + name, error);
+    EXPECT_NE(d, nullptr) << error;
+    return d;
+  }
+  // Types the text on the command line and returns what the command line showed meanwhile.
+  std::string type(std::string_view text) {
+    console.takeTranscript();
+    host.execute(text);
+    return console.takeTranscript();
+  }
+};
+
+TEST_F(HostFixture, ModuleGetsItsMessagesForEveryDocument) {
+  headless::HeadlessDocument* a = open("two_entities.dxf");
+  headless::HeadlessDocument* b = open("two_entities_recoloured.dxf");
+  EXPECT_EQ(journal(), "load-dwg two_entities.dxf\nload-dwg two_entities_recoloured.dxf\n");
+  EXPECT_EQ(platform::documents(), (std::vector<platform::Document*>{a, b}));
+  EXPECT_EQ(platform::mdiActiveDocument(), b);
+
+  type("CLOSE\n");
+  EXPECT_EQ(journal(), "will-start CLOSE in two_entities_recoloured.dxf\nunload-dwg two_entities_recoloured.dxf\n");
+  EXPECT_EQ(platform::documents(), (std::vector<platform::Document*>{a}));
+  EXPECT_EQ(platform::curDocument(), a);
+
+  // Unloading: a drawing unload for the document still open, then the unload; the module's service goes.
+  ASSERT_NE(static_cast<platform::RxDictionary*>(platform::sysRegistry().at("ServiceDictionary"))->at("VkTestModule"),
+            nullptr);
+  host.unloadModule(module);
+  EXPECT_EQ(journal(), "unload-dwg two_entities.dxf\nunload\n");
+  EXPECT_EQ(static_cast<platform::RxDictionary*>(platform::sysRegistry().at("ServiceDictionary"))->at("VkTestModule"),
+            nullptr);
+  EXPECT_TRUE(host.modules().empty());
+  EXPECT_EQ(host.findCommand("TestPoint"), nullptr);
+}
+
+TEST_F(HostFixture, ModulesThatCannotBeLoadedAreRefusedWithTheirReason) {
+  std::string error;
+  EXPECT_EQ(host.loadModule(kData + "/no_such_module.so", error), nullptr);
+  EXPECT_NE(error.find("no_such_module.so"), std::string::npos);
+  EXPECT_EQ(host.modules().size(), 1u);
+}
+
+TEST_F(HostFixture, TypedCommandsAreFoundByLocalOrGlobalNameInAnyCase) {
+  open("two_entities.dxf");
+  journal();
+  type("testpoint 1,2\n_TESTPOINT 3,4,5\n");
+  EXPECT_EQ(journal(), "will-start TestPoint in two_entities.dxf\npoint 5100 1,2,0\n"
+                       "will-start TestPoint in two_entities.dxf\npoint 5100 3,4,5\n");
+  EXPECT_NE(type("NoSuchThing\n").find("未知命令“NOSUCHTHING”"), std::string::npos);
+  // A second registration of a name in the group is refused; a removed group's commands are gone.
+  EXPECT_EQ(platform::addCommand("VKTEST", "TestPoint", "TestPoint", platform::kCmdModal, [] {}),
+            platform::ErrorStatus::eInvalidInput);
+  EXPECT_EQ(platform::removeGroup("ACAD_MAIN"), platform::ErrorStatus::eInvalidInput);
+  EXPECT_EQ(platform::removeGroup("vktest"), platform::ErrorStatus::eOk);
+  EXPECT_EQ(host.findCommand("TestPoint"), nullptr);
+  EXPECT_NE(host.findCommand("zoom"), nullptr);
+}
+
+TEST_F(HostFixture, PointPromptsAnswerAsTheHostDoes) {
+  open("two_entities.dxf");
+  journal();
+  const std::string shown = type("TestPoint\n\nTestPoint\nnonsense\n7,8\nTestCorner 1,1 @2,3\n");
+  EXPECT_EQ(journal(), "will-start TestPoint in two_entities.dxf\npoint 5000\n"
+                       "will-start TestPoint in two_entities.dxf\npoint 5100 7,8,0\n"
+                       "will-start TestCorner in two_entities.dxf\ncorner 5100 3,4,0\n");
+  EXPECT_NE(shown.find("需要点。"), std::string::npos);
+  // The prompt's leading line break does not leave an empty line after the echoed command.
+  EXPECT_NE(shown.find("命令: TestPoint\n指定点: nonsense\n需要点。\n指定点: 7,8\n"), std::string::npos) << shown;
+  // The end of the input cancels a waiting prompt.
+  type("TestPoint\n");
+  EXPECT_EQ(journal(), "will-start TestPoint in two_entities.dxf\npoint -5002\ncancelled TestPoint\n");
+}
+
+TEST_F(HostFixture, QueuedStringsRunInOrderAndU0003CancelsTheWaitingPrompt) {
+  headless::HeadlessDocument* a = open("two_entities.dxf");
+  headless::HeadlessDocument* b = open("two_entities_recoloured.dxf");
+  journal();
+  ASSERT_EQ(platform::sendStringToExecute(a, "TestPoint\n1,1\n\x03TestPoint\n\x03" "TestPoint 2,2\n", false),
+            platform::ErrorStatus::eOk);
+  host.runQueued();
+  EXPECT_EQ(journal(), "will-start TestPoint in two_entities.dxf\npoint 5100 1,1,0\n"
+                       "will-start TestPoint in two_entities.dxf\npoint -5002\ncancelled TestPoint\n"
+                       "will-start TestPoint in two_entities.dxf\npoint 5100 2,2,0\n");
+  EXPECT_EQ(platform::mdiActiveDocument(), b);  // not activated
+  EXPECT_EQ(platform::curDocument(), b);        // the queue ran in its own document
+
+  // A string a command queues to its own document runs after it; a cancel typed in a prompt ends it.
+  type("TestQueue\n");
+  EXPECT_EQ(journal(), "will-start TestQueue in two_entities_recoloured.dxf\nqueued\n"
+                       "will-start TestPoint in two_entities_recoloured.dxf\npoint 5100 3,4,0\n");
+  EXPECT_NE(type("TestPoint\n\x03\n").find("*取消*"), std::string::npos);
+  EXPECT_EQ(journal(), "will-start TestPoint in two_entities_recoloured.dxf\npoint -5002\ncancelled TestPoint\n");
+  EXPECT_EQ(platform::sendStringToExecute(nullptr, "ZOOM\n"), platform::ErrorStatus::eInvalidInput);
+}
+
+TEST_F(HostFixture, WhatACommandThrowsIsReportedAndTheHostCarriesOn) {
+  open("two_entities.dxf");
+  journal();
+  const std::string shown = type("TestThrow\nTestReactorThrows\nTestPoint 1,1\n");
+  EXPECT_NE(shown.find("命令 TestThrow 出错，已取消：boom\n"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("编辑器反应器在命令 TestReactorThrows 中出错：reactor gave up\n"), std::string::npos) << shown;
+  EXPECT_EQ(journal(), "will-start TestThrow in two_entities.dxf\ncancelled TestThrow\n"
+                       "will-start TestReactorThrows in two_entities.dxf\nran TestReactorThrows\n"
+                       "will-start TestPoint in two_entities.dxf\npoint 5100 1,1,0\n");
+}
+
+TEST_F(HostFixture, LispCallsReachTheModuleAndPrintTheirValue) {
+  open("two_entities.dxf");
+  journal();
+  EXPECT_EQ(type("(test_echo \"a b\" \"c\" 7)\n"), "命令: (test_echo \"a b\" \"c\" 7)\n\"a b|c|7\"\n");
+  EXPECT_EQ(journal(), "invoke 0 args 3\n");
+  EXPECT_NE(type("(TEST_ECHO)\n").find("\n\"\"\n"), std::string::npos);
+  EXPECT_EQ(journal(), "invoke 0 args 0\n");
+  EXPECT_NE(type("(test_fail \"x\")\n").find("; 错误: 函数 test_fail 调用失败"), std::string::npos);
+  EXPECT_NE(type("(test_throw)\n").find("lisp gave up"), std::string::npos);
+  EXPECT_NE(type("(nothing_here 1)\n").find("; 错误: 无函数定义: NOTHING_HERE"), std::string::npos);
+  // An expression runs on over lines until it closes; an unclosed string is an error, not a crash.
+  EXPECT_NE(type("(test_echo\n\"z\")\n").find("\"z\""), std::string::npos);
+  EXPECT_NE(type("(test_echo \"open\n").find(""), std::string::npos);
+  journal();
+  EXPECT_EQ(platform::getFunCode(), platform::RTERROR);
+  EXPECT_EQ(platform::getArgs(), nullptr);
+  EXPECT_EQ(platform::retInt(1), platform::RTERROR);
+  // Closing the document takes its functions with it.
+  type("CLOSE\n");
+  open("two_entities.dxf");
+  type("CLOSE\n");
+  EXPECT_NE(type("(test_echo)\n").find("无函数定义"), std::string::npos);
+}
+
+TEST_F(HostFixture, ReactorsSeeEveryCommandStartIncludingTheHostsOwn) {
+  open("two_entities.dxf");
+  open("two_entities_recoloured.dxf");
+  journal();
+  host.setInput(headless::scriptInput("ZOOM E\nSETVAR CMDECHO 0\nCLOSE\nQUIT\nTestPoint\n"));
+  host.runCommandLine();
+  const std::string text = journal();
+  EXPECT_NE(text.find("will-start ZOOM in two_entities_recoloured.dxf\n"
+                      "will-start SETVAR in two_entities_recoloured.dxf\n"
+                      "will-start CLOSE in two_entities_recoloured.dxf\n"
+                      "unload-dwg two_entities_recoloured.dxf\n"
+                      "will-start QUIT in two_entities.dxf\n"
+                      "unload-dwg two_entities.dxf\n"),
+            std::string::npos)
+      << text;
+  EXPECT_EQ(text.find("TestPoint"), std::string::npos);  // nothing runs after QUIT
+  EXPECT_TRUE(host.documentList().empty());
+  EXPECT_TRUE(host.modules().empty());
+  module = nullptr;
+}
+
+TEST_F(HostFixture, DocumentsKeepTheirDbmodLocksAndContext) {
+  headless::HeadlessDocument* d = open("two_entities.dxf");
+  journal();
+  EXPECT_EQ(d->dbmod(), 0);
+  d->pushDbmod();
+  type("TestShowAll\n");
+  EXPECT_EQ(journal(), "will-start TestShowAll in two_entities.dxf\nshowall 5100 2\n");
+  EXPECT_EQ(d->dbmod(), 1);
+  d->popDbmod();
+  EXPECT_EQ(d->dbmod(), 0);
+  d->popDbmod();  // nothing pushed: no effect
+  EXPECT_EQ(d->dbmod(), 0);
+
+  // In the application context a change needs a lock.
+  EXPECT_TRUE(platform::isApplicationContext());
+  std::vector<platform::ObjectId> ids;
+  ASSERT_EQ(platform::ssGet("X", ids), platform::RTNORM);
+  EXPECT_EQ(platform::setVisibility(d, ids[0], false), platform::ErrorStatus::eLockViolation);
+  EXPECT_EQ(platform::unlockDocument(d), platform::ErrorStatus::eLockViolation);
+  ASSERT_EQ(platform::lockDocument(d), platform::ErrorStatus::eOk);
+  EXPECT_EQ(d->lockMode(), platform::LockMode::kWrite);
+  EXPECT_EQ(platform::setVisibility(d, ids[0], false), platform::ErrorStatus::eOk);
+  EXPECT_FALSE(d->database().openEntity(ids[0]).isVisible());
+  EXPECT_EQ(platform::unlockDocument(d), platform::ErrorStatus::eOk);
+  EXPECT_EQ(d->lockMode(), platform::LockMode::kNotLocked);
+  EXPECT_EQ(platform::ssGet("W", ids), platform::RTREJ);
+
+  type("TestSession\nTestDocumentContext\n");
+  EXPECT_EQ(journal(), "will-start TestSession in two_entities.dxf\nsession app=1 lock=1\n"
+                       "will-start TestDocumentContext in two_entities.dxf\ndocument app=0 open=7\n");
+}
+
+TEST_F(HostFixture, OpeningThroughTheHostAndTheApplicationContext) {
+  const std::string shown = type("OPEN " + kData + "/two_entities.dxf\nOPEN " + kData + "/truncated.dxf\n");
+  ASSERT_EQ(host.documentList().size(), 1u);
+  EXPECT_NE(shown.find("无法打开图形：" + kData + "/truncated.dxf"), std::string::npos) << shown;
+  EXPECT_EQ(platform::appContextOpenDocument(kData + "/two_entities_recoloured.dxf"), platform::ErrorStatus::eOk);
+  EXPECT_EQ(platform::curDocument()->docTitle(), "two_entities_recoloured.dxf");
+  EXPECT_EQ(platform::appContextOpenDocument(kData + "/none.dxf"), platform::ErrorStatus::eFileAccessErr);
+  bool ran = false;
+  platform::executeInApplicationContext([&] { ran = platform::isApplicationContext(); });
+  EXPECT_TRUE(ran);
+  // DOCUMENT makes another document the active one, by number or title.
+  type("DOCUMENT 1\n");
+  EXPECT_EQ(platform::mdiActiveDocument()->docTitle(), "two_entities.dxf");
+  type("DOCUMENT two_entities_recoloured.dxf\n");
+  EXPECT_EQ(platform::mdiActiveDocument()->docTitle(), "two_entities_recoloured.dxf");
+  EXPECT_NE(type("DOCUMENT\n\n").find("  1  two_entities.dxf"), std::string::npos);
+}
+
+TEST_F(HostFixture, MessageBoxesAreRecordedAndAnsweredFromTheScript) {
+  open("two_entities.dxf");
+  journal();
+  console.scriptMessageBoxAnswer(platform::kIdCancel);
+  type("TestBox\n");
+  EXPECT_EQ(journal(), "will-start TestBox in two_entities.dxf\nbox 2\n");
+  const auto boxes = console.takeMessageBoxes();
+  ASSERT_EQ(boxes.size(), 1u);
+  EXPECT_EQ(boxes[0].text, "已到最后一个不同点(共1不同点)");
+  EXPECT_EQ(boxes[0].title, "Morvane比图工具");
+}
+
+TEST_F(HostFixture, ZoomChangesTheViewAndRegenerationDropsTemporaryVectors) {
+  headless::HeadlessDocument* d = open("two_entities.dxf");
+  const platform::WindowId w = platform::documentWindow(d);
+  // Opened zoomed to its extents: 0,0 to 10,7.5 in a 16:9 window.
+  platform::Extents3d e = platform::viewExtents(w);
+  EXPECT_DOUBLE_EQ(e.min.y, 0.0);
+  EXPECT_DOUBLE_EQ(e.max.y, 7.5);
+  EXPECT_DOUBLE_EQ((e.min.x + e.max.x) / 2, 5.0);
+
+  type("TestDraw\n");
+  EXPECT_EQ(d->view.vectors.size(), 2u);
+  const platform::ViewState before = platform::viewState(w);
+  type("ZOOM W -13.00,-13.00 13.00,13.00\n");
+  EXPECT_TRUE(platform::viewChanged(before, platform::viewState(w)));
+  e = platform::viewExtents(w);
+  EXPECT_DOUBLE_EQ(e.min.y, -13.0);
+  EXPECT_DOUBLE_EQ(e.max.y, 13.0);
+  EXPECT_DOUBLE_EQ(e.min.x, -13.0 * 16 / 9);
+  EXPECT_TRUE(d->view.vectors.empty());
+  // The window corners given at once, a scale, the previous view and the extents again.
+  type("ZOOM 0,0 9,9\n");
+  EXPECT_DOUBLE_EQ(platform::viewState(w).height, 9.0);
+  type("ZOOM 2X\n");
+  EXPECT_DOUBLE_EQ(platform::viewState(w).height, 4.5);
+  type("ZOOM P\n");
+  EXPECT_DOUBLE_EQ(platform::viewState(w).height, 9.0);
+  type("ZOOM E\nPAN 0,0 1,0\n");
+  EXPECT_DOUBLE_EQ(platform::viewState(w).center.x, 4.0);
+  EXPECT_FALSE(platform::viewChanged(platform::viewState(w), platform::viewState(w)));
+}
+
+TEST_F(HostFixture, ViewEventsPassThroughTheModulesHookAndWindowsTile) {
+  headless::HeadlessDocument* a = open("two_entities.dxf");
+  headless::HeadlessDocument* b = open("two_entities_recoloured.dxf");
+  journal();
+  // A wheel zoom: the hook sees the wheel, posts a button release, and sees the view changed by then.
+  const double height = b->view.height;
+  host.wheel(*b, 1);
+  EXPECT_EQ(journal(), "hook wheel\nhook mbuttonup changed\n");
+  EXPECT_DOUBLE_EQ(b->view.height, height / 1.25);
+  host.middleButtonPan(*b, 0.0, 0.0);
+  EXPECT_EQ(journal(), "hook mbuttonup same\n");
+  host.middleButtonPan(*a, 2.0, 0.0);
+  EXPECT_EQ(journal(), "hook mbuttonup changed\n");
+
+  EXPECT_TRUE(platform::tileSideBySide("two_entities.dxf", "two_entities_recoloured.dxf"));
+  EXPECT_EQ(platform::getWindowRect(platform::findDocumentWindow("two_entities.dxf")), (platform::ScreenRect{0, 0, 800, 900}));
+  EXPECT_EQ(platform::getWindowRect(platform::documentWindow(b)), (platform::ScreenRect{800, 0, 1600, 900}));
+  EXPECT_EQ(platform::windowTitle(platform::documentWindow(a)), "two_entities.dxf");
+  EXPECT_EQ(platform::windowDocument(platform::documentWindow(a)), a);
+  EXPECT_FALSE(platform::tileSideBySide("two_entities.dxf", "elsewhere.dxf"));
+  EXPECT_FALSE(platform::postMessage(0, platform::kWmMButtonUp));
+}
+
+TEST_F(HostFixture, TheReleaseIsAPropertyOfTheHost) {
+  EXPECT_EQ(platform::newestReadableRelease(), 32);
+  host.setRelease(24);
+  EXPECT_EQ(platform::newestReadableRelease(), 24);
+  host.setRelease(32);
+}
+
+TEST_F(HostFixture, LineInputGivesTheRestOfATypedLineThenTheNextLine) {
+  host.setInput(headless::scriptInput("second line\n"));
+  std::optional<std::string> line = headless::readInputLine("回答: ");
+  ASSERT_TRUE(line);
+  EXPECT_EQ(*line, "second line");
+  EXPECT_EQ(console.takeTranscript(), "回答: second line\n");
+  EXPECT_FALSE(headless::readInputLine("回答: "));
+}
+
+// The product's own module: its service, and the silent comparison called from the command line.
+TEST(ProductModule, LoadsRunsTheSilentLispFunctionAndUnloadsCleanly) {
+  HostSession& host = HostSession::instance();
+  host.shutdown();
+  headless::Console::instance().setEcho(nullptr);
+  headless::Console::instance().reset();
+  const std::string folder = ::testing::TempDir() + "vk_host_module";
+  ::setenv("APPDATA", folder.c_str(), 1);
+  std::string error;
+  headless::Module* module = host.loadModule(VK_MODULE_PATH, error);
+  ASSERT_NE(module, nullptr) << error;
+  const auto setLogFolder = reinterpret_cast<void (*)(const char*)>(::dlsym(module->handle, "VkSetLogFolder"));
+  ASSERT_NE(setLogFolder, nullptr);
+  setLogFolder(folder.c_str());
+  auto* services = static_cast<platform::RxDictionary*>(platform::sysRegistry().at("ServiceDictionary"));
+  EXPECT_NE(services->at("VkAcadCompareDwg"), nullptr);
+  std::string opened;
+  ASSERT_NE(host.openDocument(kData + "/two_entities.dxf", opened), nullptr) << opened;
+  host.execute("(lsp_CompareFiles_Silent \"" + kData + "/two_entities.dxf\" \"" + kData +
+               "/two_entities_recoloured.dxf\")\n");
+  const std::string shown = headless::Console::instance().takeTranscript();
+  EXPECT_NE(shown.find("发现有(1)个实体不同"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("\n0\n"), std::string::npos) << shown;  // differences found
+  host.shutdown();
+  EXPECT_EQ(services->at("VkAcadCompareDwg"), nullptr);
+}
+
+}  // namespace
