@@ -40,9 +40,10 @@ bool readFileHead(const std::string& path, std::size_t count, std::string& bytes
 // old file in one step. A read-only file, or a folder that cannot be written, leaves the old file intact.
 bool writeWholeFile(const std::string& path, std::string_view contents, std::string* error = nullptr);
 
-// The full path of the module file that holds this code (the shared library, or the executable it was
-// linked into).
-std::string moduleFilePath();
+// The full path of the module file that holds the calling code (the shared library, or the executable it
+// was linked into), as GetModuleFileName answers for the caller's module. Never inline it: it must see
+// its caller.
+[[gnu::noinline]] std::string moduleFilePath();
 
 // The file-name part of a path: what follows the last separator (the whole path when there is none).
 std::string_view fileNamePart(std::string_view path);

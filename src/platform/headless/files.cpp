@@ -157,8 +157,10 @@ bool writeWholeFile(const std::string& path, std::string_view contents, std::str
 }
 
 std::string moduleFilePath() {
+  // The host is a library of its own: the module asking is the one its caller's code lies in.
   Dl_info info{};
-  if (::dladdr(reinterpret_cast<void*>(&moduleFilePath), &info) != 0 && info.dli_fname && info.dli_fname[0]) {
+  void* const caller = __builtin_extract_return_addr(__builtin_return_address(0));
+  if (::dladdr(caller, &info) != 0 && info.dli_fname && info.dli_fname[0]) {
     char resolved[4096];
     if (::realpath(info.dli_fname, resolved)) return resolved;
     return info.dli_fname;
