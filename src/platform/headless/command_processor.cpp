@@ -150,38 +150,32 @@ Token HostSession::nextToken(std::string_view prompt, bool spacesAllowed) {
     token = *t;
     echoToken(shown, token, document->queue.echo());
   } else if (!terminal_.empty()) {
-    std::optional<Token> t = terminal_.take(spacesAllowed);
-    while (!t) {
-      // An open LISP expression goes on on the next line.
-      std::optional<std::string> more = input_ ? input_->readLine("(_> ") : std::nullopt;
-      if (!more) {
-        terminal_.clear();
-        return Token{};
-      }
-      terminal_.append(*more + "\n");
-      t = terminal_.take(spacesAllowed);
-    }
-    token = *t;
-    echoToken(shown, token, true);
+    token = takeTyped(spacesAllowed);
+    if (token.kind != Token::Kind::End) echoToken(shown, token, true);
   } else {
     std::optional<std::string> line = input_ ? input_->readLine(shown) : std::nullopt;
     if (!line) return Token{};
     terminal_.append(*line + "\n");
-    std::optional<Token> t = terminal_.take(spacesAllowed);
-    while (!t) {
-      std::optional<std::string> more = input_->readLine("(_> ");
-      if (!more) {
-        terminal_.clear();
-        return Token{};
-      }
-      terminal_.append(*more + "\n");
-      t = terminal_.take(spacesAllowed);
-    }
-    token = *t;
+    token = takeTyped(spacesAllowed);
     // The input has shown the line; a cancel typed in it is said in words.
     if (token.kind == Token::Kind::Cancel) platform::printToCommandLine(std::string(kCancelled) + "\n");
   }
   return token;
+}
+
+Token HostSession::takeTyped(bool spacesAllowed) {
+  std::optional<Token> token = terminal_.take(spacesAllowed);
+  while (!token) {
+    // An open LISP expression goes on on the next line.
+    std::optional<std::string> more = input_ ? input_->readLine("(_> ") : std::nullopt;
+    if (!more) {
+      terminal_.clear();
+      return Token{};
+    }
+    terminal_.append(*more + "\n");
+    token = terminal_.take(spacesAllowed);
+  }
+  return *token;
 }
 
 std::optional<std::string> HostSession::readLine(std::string_view prompt) {

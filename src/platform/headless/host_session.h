@@ -223,6 +223,8 @@ class HostSession {
 
   void addHostCommands();
   Token nextToken(std::string_view prompt, bool spacesAllowed);
+  // The next token of what was typed, reading on while a LISP expression is open.
+  Token takeTyped(bool spacesAllowed);
   void dispatch(const Token& token);
   void runCommand(const Command& command);
   void runLoop(bool stopWhenTyped);
