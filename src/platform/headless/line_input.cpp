@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -63,11 +64,35 @@ class StreamInput final : public LineInput {
 };
 
 #ifdef VK_HAVE_LIBEDIT
+volatile std::sig_atomic_t interrupted = 0;
+extern "C" void onInterrupt(int) { interrupted = 1; }
+
+// While a line is read, Ctrl-C interrupts the reading instead of ending the program.
+class InterruptScope {
+ public:
+  InterruptScope() {
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = 0;  // no restart: the read returns
+    ::sigaction(SIGINT, &action, &previous_);
+    interrupted = 0;
+  }
+  ~InterruptScope() { ::sigaction(SIGINT, &previous_, nullptr); }
+  InterruptScope(const InterruptScope&) = delete;
+  InterruptScope& operator=(const InterruptScope&) = delete;
+
+ private:
+  struct sigaction previous_ {};
+};
+
 // A terminal: the line editor shows the prompt's last line and the typing; the transcript keeps both.
+// Ctrl-C gives a line holding U+0003, which cancels the command waiting for input.
 class EditorInput final : public LineInput {
  public:
   EditorInput() { using_history(); }
   std::optional<std::string> readLine(std::string_view prompt) override {
+    InterruptScope scope;
     Console& console = Console::instance();
     const std::size_t lastLine = prompt.rfind('\n');
     std::string tail(prompt);
@@ -77,6 +102,10 @@ class EditorInput final : public LineInput {
     }
     std::fflush(stdout);
     char* raw = ::readline(tail.c_str());
+    if (!raw && interrupted) {
+      console.print("^C\n");
+      return std::string(1, '\x03');
+    }
     if (!raw) {
       console.print("\n");
       return std::nullopt;
