@@ -1,7 +1,6 @@
 // The vkcompare command line, run as a program: exit statuses, what it says on stderr and the log it leaves.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -14,17 +13,8 @@
 
 namespace {
 
-struct Result {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string quoted(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
+using Result = vktest::ProgramRun;
+using vktest::shellQuoted;
 
 struct VkcompareFixture : ::testing::Test {
   vktest::TempDir dir;
@@ -33,17 +23,9 @@ struct VkcompareFixture : ::testing::Test {
   // Runs vkcompare in the test's folder with the arguments (each quoted), stdin closed, after the shell
   // command prefix.
   Result run(const std::vector<std::string>& args, const std::string& prefix = "") {
-    std::string cmd = prefix + "cd " + quoted(dir.path()) + " && timeout 60 " + quoted(VKCOMPARE_PATH);
-    for (const std::string& a : args) cmd += " " + quoted(a);
-    cmd += " </dev/null >" + quoted(dir.file("out.txt")) + " 2>" + quoted(dir.file("err.txt"));
-    const int raw = std::system(cmd.c_str());
-    Result r;
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    r.out = vktest::readFile(dir.file("out.txt"));
-    r.err = vktest::readFile(dir.file("err.txt"));
-    std::filesystem::remove(dir.file("out.txt"));
-    std::filesystem::remove(dir.file("err.txt"));
-    return r;
+    std::string cmd = prefix + "cd " + shellQuoted(dir.path()) + " && timeout 60 " + shellQuoted(VKCOMPARE_PATH);
+    for (const std::string& a : args) cmd += " " + shellQuoted(a);
+    return vktest::runProgram(cmd, dir);
   }
   std::string data(const char* name) const { return vktest::dataDir() + "/" + name; }
   // The records of the one log in the test's folder, without its first line; the log is then removed.

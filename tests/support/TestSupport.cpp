@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include "engine/CompareLog.h"
 #include "engine/DrawingRecord.h"
@@ -45,6 +46,25 @@ ScopedEnv::ScopedEnv(const char* name, const char* value) : name_(name) {
 ScopedEnv::~ScopedEnv() {
   if (had_) ::setenv(name_.c_str(), old_.c_str(), 1);
   else ::unsetenv(name_.c_str());
+}
+
+std::string shellQuoted(const std::string& word) {
+  std::string q = "'";
+  for (char c : word) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+ProgramRun runProgram(const std::string& commandLine, const TempDir& dir, const std::string& input) {
+  const std::string out = dir.file("out.txt"), err = dir.file("err.txt");
+  const int raw = std::system((commandLine + " <" + shellQuoted(input) + " >" + shellQuoted(out) + " 2>" +
+                               shellQuoted(err)).c_str());
+  ProgramRun r;
+  r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  r.out = readFile(out);
+  r.err = readFile(err);
+  std::filesystem::remove(out);
+  std::filesystem::remove(err);
+  return r;
 }
 
 std::string readFile(const std::string& path) {

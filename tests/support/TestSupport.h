@@ -39,6 +39,17 @@ class ScopedEnv {
   bool had_ = false;
 };
 
+// A program run through /bin/sh: its exit status (-1 when it did not exit) and what it wrote.
+struct ProgramRun {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+// A word quoted for /bin/sh.
+std::string shellQuoted(const std::string& word);
+// Runs the command line with standard input from the file, its two outputs caught in files of dir.
+ProgramRun runProgram(const std::string& commandLine, const TempDir& dir, const std::string& input = "/dev/null");
+
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, std::string_view contents);
 
