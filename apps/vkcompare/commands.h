@@ -7,6 +7,8 @@ namespace vkcompare {
 
 // vkcompare info [--json] FILE: what a drawing holds, before comparing it.
 int runInfo(int argc, char** argv);
+// vkcompare shell [--module PATH] [--release N] [SOURCE DESTINATION]: the host's command line.
+int runShell(int argc, char** argv);
 // vkcompare comparers: which comparer class each entity class gets.
 int runComparers();
 // vkcompare SOURCE DESTINATION: the silent comparison; logFolder "" means the current folder.

@@ -14,6 +14,7 @@ namespace {
 constexpr const char* kUsage =
     "Usage: vkcompare [--log-dir DIR] SOURCE DESTINATION\n"
     "       vkcompare info [--json] FILE\n"
+    "       vkcompare shell [--module PATH] [--release N] [SOURCE DESTINATION]\n"
     "       vkcompare comparers\n"
     "       vkcompare [--help] [--version]\n"
     "\n"
@@ -24,6 +25,10 @@ constexpr const char* kUsage =
     "  info FILE      what a drawing holds: version, code page, spaces, layers, blocks, entity counts\n"
     "                 (--json: one JSON object)\n"
     "  comparers      which comparer class each entity class is compared by, in the factory's order\n"
+    "  shell          the host's command line: loads the module (--module: another one), opens the two\n"
+    "                 drawings as documents, and reads commands (OPEN, CLOSE, ZOOM, PAN, SETVAR, DOCUMENT,\n"
+    "                 HELP, QUIT, the module's) and LISP calls such as (lsp_CompareFiles_Silent \"a\" \"b\")\n"
+    "                 until QUIT or the end of the input; --release N: the newest DWG release it reads\n"
     "\n"
     "Options:\n"
     "  --log-dir DIR  write the comparison log into DIR (default: the current folder)\n"
@@ -46,6 +51,7 @@ int run(int argc, char** argv) {
   }
   if (arg == "info") return vkcompare::runInfo(argc - 2, argv + 2);
   if (arg == "comparers") return vkcompare::runComparers();
+  if (arg == "shell") return vkcompare::runShell(argc - 2, argv + 2);
   std::vector<std::string> files;
   std::string logFolder;
   for (int i = 1; i < argc; ++i) {
