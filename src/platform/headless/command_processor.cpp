@@ -155,7 +155,8 @@ Token HostSession::nextToken(std::string_view prompt, bool spacesAllowed) {
   } else {
     std::optional<std::string> line = input_ ? input_->readLine(shown) : std::nullopt;
     if (!line) return Token{};
-    terminal_.append(*line + "\n");
+    // A line that only cancels (Ctrl-C on a terminal) is no Enter besides.
+    terminal_.append(*line == "\x03" ? *line : *line + "\n");
     token = takeTyped(spacesAllowed);
     // The input has shown the line; a cancel typed in it is said in words.
     if (token.kind == Token::Kind::Cancel) platform::printToCommandLine(std::string(kCancelled) + "\n");

@@ -143,7 +143,7 @@ void document(HostSession& session) {
 }
 
 void help(HostSession& session) {
-  print("命令:\n");
+  print("可用的命令:\n");
   for (const Command& c : session.commands())
     print("  " + c.localName + (c.owner ? "  (" + c.group + ")" : "") + "\n");
   print("LISP: (函数名 \"参数\" ...) 调用模块定义的函数。\n");

@@ -2,8 +2,10 @@
 // script or a pipe, each shown after its prompt on the command line.
 #include "platform/headless/line_input.h"
 
+#include <langinfo.h>
 #include <unistd.h>
 
+#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -90,7 +92,13 @@ class InterruptScope {
 // Ctrl-C gives a line holding U+0003, which cancels the command waiting for input.
 class EditorInput final : public LineInput {
  public:
-  EditorInput() { using_history(); }
+  EditorInput() {
+    // The line editor works in wide characters: the prompts and what is typed are UTF-8, whatever the
+    // environment's locale says.
+    const char* locale = std::setlocale(LC_CTYPE, "");
+    if (!locale || std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
+    using_history();
+  }
   std::optional<std::string> readLine(std::string_view prompt) override {
     InterruptScope scope;
     Console& console = Console::instance();
