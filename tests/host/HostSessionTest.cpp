@@ -163,15 +163,24 @@ TEST_F(HostFixture, WhatACommandThrowsIsReportedAndTheHostCarriesOn) {
 TEST_F(HostFixture, LispCallsReachTheModuleAndPrintTheirValue) {
   open("two_entities.dxf");
   journal();
-  EXPECT_EQ(type("(test_echo \"a b\" \"c\" 7)\n"), "命令: (test_echo \"a b\" \"c\" 7)\n\"a b|c|7\"\n");
+  EXPECT_EQ(type("(test_echo \"a b\" \"c\" 7)\n"), "命令: (test_echo \"a b\" \"c\" 7)\n\"5005:a b|5005:c|5003:7\"\n");
   EXPECT_EQ(journal(), "invoke 0 args 3\n");
+  // Values as the host types them: reals, nil, T, long integers, strings with escapes.
+  EXPECT_NE(type("(test_echo 1.5 nil T 70000 -3 \"q\\\"x\")\n")
+                .find("\"5001:1.500000|5019:0|5021:0|5010:70000|5003:-3|5005:q\"x\""),
+            std::string::npos);
+  EXPECT_NE(type("(test_echo (test_echo))\n").find("; 错误: 只能以字面值作为参数"), std::string::npos);
+  EXPECT_NE(type("(test_echo 1e999)\n").find("; 错误: 错误的参数类型：1e999"), std::string::npos);
+  // An expression ends at its closing parenthesis; what follows is the next input.
+  EXPECT_NE(type("(test_echo) 5\n").find("\"\"\n命令: 5\n未知命令“5”"), std::string::npos);
+  journal();
   EXPECT_NE(type("(TEST_ECHO)\n").find("\n\"\"\n"), std::string::npos);
   EXPECT_EQ(journal(), "invoke 0 args 0\n");
   EXPECT_NE(type("(test_fail \"x\")\n").find("; 错误: 函数 test_fail 调用失败"), std::string::npos);
   EXPECT_NE(type("(test_throw)\n").find("lisp gave up"), std::string::npos);
   EXPECT_NE(type("(nothing_here 1)\n").find("; 错误: 无函数定义: NOTHING_HERE"), std::string::npos);
   // An expression runs on over lines until it closes; an unclosed string is an error, not a crash.
-  EXPECT_NE(type("(test_echo\n\"z\")\n").find("\"z\""), std::string::npos);
+  EXPECT_NE(type("(test_echo\n\"z\")\n").find("\"5005:z\""), std::string::npos);
   EXPECT_NE(type("(test_echo \"open\n").find(""), std::string::npos);
   journal();
   EXPECT_EQ(platform::getFunCode(), platform::RTERROR);
@@ -337,6 +346,37 @@ TEST_F(HostFixture, LineInputGivesTheRestOfATypedLineThenTheNextLine) {
   EXPECT_FALSE(headless::readInputLine("回答: "));
 }
 
+TEST(InputBuffer, CutsInputAsTheCommandLineDoes) {
+  headless::InputBuffer in;
+  in.append("ZOOM W 0,0  \x03(f \"a b\" (g \")\"))\nrest of line\n(open \"x");
+  const auto text = [&](bool spaces = false) {
+    std::optional<headless::Token> t = in.take(spaces);
+    return !t ? std::string("<open>") : t->kind == headless::Token::Kind::Cancel ? std::string("<cancel>") : t->text;
+  };
+  EXPECT_EQ(text(), "ZOOM");
+  EXPECT_EQ(text(), "W");
+  EXPECT_EQ(text(), "0,0");
+  EXPECT_EQ(text(), "");  // the second blank is an Enter
+  EXPECT_EQ(text(), "<cancel>");
+  EXPECT_EQ(text(), "(f \"a b\" (g \")\"))");
+  EXPECT_EQ(text(true), "rest of line");
+  EXPECT_EQ(text(), "<open>");
+  EXPECT_EQ(in.takeLine(), "(open \"x");
+  EXPECT_TRUE(in.empty());
+}
+
+TEST_F(HostFixture, HostCommandsRefuseWhatTheyCannotUse) {
+  EXPECT_NE(type("ZOOM E\n").find("没有打开的图形。"), std::string::npos);
+  open("two_entities.dxf");
+  EXPECT_NE(type("ZOOM Q\n").find("无效的选项关键字。"), std::string::npos);
+  EXPECT_NE(type("ZOOM -2X\n").find("需要正数。"), std::string::npos);
+  EXPECT_NE(type("SETVAR NOSUCHVAR\n").find("未知变量名。"), std::string::npos);
+  EXPECT_NE(type("SETVAR OSMODE x\n").find("需要整数。"), std::string::npos);
+  EXPECT_NE(type("SETVAR OSMODE 7\nSETVAR OSMODE\n\n").find("输入 OSMODE 的新值 <7>: "), std::string::npos);
+  EXPECT_NE(type("DOCUMENT 9\n").find("没有这个文档：9"), std::string::npos);
+  EXPECT_NE(type("HELP\n").find("  TestPoint  (VKTEST)\n"), std::string::npos);
+}
+
 // The product's own module: its service, and the silent comparison called from the command line.
 TEST(ProductModule, LoadsRunsTheSilentLispFunctionAndUnloadsCleanly) {
   HostSession& host = HostSession::instance();
@@ -360,6 +400,10 @@ TEST(ProductModule, LoadsRunsTheSilentLispFunctionAndUnloadsCleanly) {
   const std::string shown = headless::Console::instance().takeTranscript();
   EXPECT_NE(shown.find("发现有(1)个实体不同"), std::string::npos) << shown;
   EXPECT_NE(shown.find("\n0\n"), std::string::npos) << shown;  // differences found
+  // Without arguments the function fails, as a call with a short argument list does.
+  host.execute("(lsp_CompareFiles_Silent)\n");
+  EXPECT_NE(headless::Console::instance().takeTranscript().find("; 错误: 函数 lsp_CompareFiles_Silent 调用失败"),
+            std::string::npos);
   host.shutdown();
   EXPECT_EQ(services->at("VkAcadCompareDwg"), nullptr);
 }

@@ -130,8 +130,12 @@ int invoke() {
   switch (code) {
     case 0: {
       std::string joined;
-      for (const platform::LispValue& v : args ? *args : std::vector<platform::LispValue>{})
-        joined += (joined.empty() ? "" : "|") + (v.restype == platform::kRtStr ? v.text : std::to_string(v.integer));
+      for (const platform::LispValue& v : args ? *args : std::vector<platform::LispValue>{}) {
+        std::string value = v.restype == platform::kRtStr    ? v.text
+                            : v.restype == platform::kRtReal ? std::to_string(v.real)
+                                                             : std::to_string(v.integer);
+        joined += (joined.empty() ? "" : "|") + std::to_string(v.restype) + ":" + value;
+      }
       platform::retStr(joined);
       return platform::RTNORM;
     }

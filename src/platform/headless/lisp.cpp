@@ -180,7 +180,8 @@ void HostSession::evaluateLisp(std::string_view expression) {
   funCode_ = outerCode;
   args_ = std::move(outerArgs);
   result_ = std::move(outerResult);
-  if (answer == platform::RTERROR || answer == platform::kRetError)
+  // A function fails with a negative result code (RTERROR, RTCAN, ...) or when its module refuses the call.
+  if (answer < 0 || answer == platform::kRetError)
     printLine("; 错误: 函数 " + function.name + " 调用失败");
   else if (const std::string value = show(result); !value.empty())
     printLine(value);
