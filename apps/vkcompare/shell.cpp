@@ -49,10 +49,6 @@ int runShell(int argc, char** argv) {
       files.push_back(a);
     }
   }
-  if (!files.empty() && files.size() != 2) {
-    std::fprintf(stderr, "vkcompare shell: give no drawing, or two: the source and the destination\n");
-    return 2;
-  }
   if (modulePath.empty()) modulePath = linkedModulePath();
 
   headless::Console& console = headless::Console::instance();

@@ -1,7 +1,12 @@
 // vkcompare shell run as a program: a script on standard input opens, zooms, switches and closes
 // documents, and the session ends cleanly on QUIT or at the end of the script.
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -57,7 +62,7 @@ TEST_F(ShellFixture, TheEndOfTheInputEndsTheSessionAndBadDrawingsAreRefused) {
   const Session bad = run({data("two_entities.dxf"), data("truncated.dxf")}, "QUIT\n");
   EXPECT_EQ(bad.status, 2);
   EXPECT_NE(bad.err.find(data("truncated.dxf") + ": line "), std::string::npos) << bad.err;
-  EXPECT_EQ(run({data("two_entities.dxf")}, "").status, 2);
+  EXPECT_EQ(run({data("two_entities.dxf")}, "").status, 0);
   EXPECT_EQ(run({"--release", "x"}, "").status, 2);
 }
 
@@ -75,3 +80,85 @@ TEST_F(ShellFixture, CorpusDrawingsOpenAsDocuments) {
 }
 
 }  // namespace
+
+#ifdef VK_HAVE_LIBEDIT
+namespace {
+
+// A session on a terminal: the program runs on a pseudo-terminal, each line is typed once its prompt shows.
+class Terminal {
+ public:
+  explicit Terminal(const std::vector<std::string>& args) {
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    pid_ = ::forkpty(&fd_, nullptr, nullptr, nullptr);
+    if (pid_ == 0) {
+      ::execv(argv[0], argv.data());
+      ::_exit(127);
+    }
+  }
+  ~Terminal() {
+    if (pid_ > 0 && !exited_) {
+      ::kill(pid_, SIGKILL);
+      ::waitpid(pid_, nullptr, 0);
+    }
+    if (fd_ >= 0) ::close(fd_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  // Reads until the text shows after what was read before (false after 20 s or at the end).
+  bool waitFor(const std::string& text) {
+    for (int waited = 0; waited < 200; ++waited) {
+      if (seen_.find(text, from_) != std::string::npos) {
+        from_ = seen_.find(text, from_) + text.size();
+        return true;
+      }
+      pollfd p{fd_, POLLIN, 0};
+      if (::poll(&p, 1, 100) > 0) {
+        char buffer[4096];
+        const ssize_t n = ::read(fd_, buffer, sizeof buffer);
+        if (n <= 0) return false;
+        seen_.append(buffer, static_cast<std::size_t>(n));
+      }
+    }
+    return false;
+  }
+  void type(const std::string& keys) { ASSERT_EQ(::write(fd_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size())); }
+  int exitStatus() {
+    int raw = 0;
+    waitFor("\x04");  // drains what is left until the terminal closes
+    ::waitpid(pid_, &raw, 0);
+    exited_ = true;
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  }
+  const std::string& seen() const { return seen_; }
+
+ private:
+  int fd_ = -1;
+  pid_t pid_ = -1;
+  bool exited_ = false;
+  std::string seen_;
+  std::size_t from_ = 0;
+};
+
+TEST(ShellOnATerminal, CtrlCCancelsThePromptAndHistoryRecallsALine) {
+  Terminal t({VKCOMPARE_PATH, "shell", vktest::dataDir() + "/two_entities.dxf"});
+  ASSERT_TRUE(t.waitFor("命令: ")) << t.seen();
+  t.type("ZOOM\r");
+  ASSERT_TRUE(t.waitFor("<实时>: ")) << t.seen();
+  t.type("\x03");
+  ASSERT_TRUE(t.waitFor("*取消*")) << t.seen();
+  ASSERT_TRUE(t.waitFor("命令: ")) << t.seen();
+  t.type("SETVAR VIEWSIZE\r");
+  ASSERT_TRUE(t.waitFor("VIEWSIZE = 7.5000 (只读)")) << t.seen();
+  ASSERT_TRUE(t.waitFor("命令: ")) << t.seen();
+  t.type("\x1b[A\r");  // the line before, from the history
+  ASSERT_TRUE(t.waitFor("VIEWSIZE = 7.5000 (只读)")) << t.seen();
+  ASSERT_TRUE(t.waitFor("命令: ")) << t.seen();
+  t.type("QUIT\r");
+  EXPECT_EQ(t.exitStatus(), 0) << t.seen();
+}
+
+}  // namespace
+#endif
