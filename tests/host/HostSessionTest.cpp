@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <filesystem>
 #include <string>
 
 #include "platform/application.h"
@@ -384,6 +386,7 @@ TEST(ProductModule, LoadsRunsTheSilentLispFunctionAndUnloadsCleanly) {
   headless::Console::instance().setEcho(nullptr);
   headless::Console::instance().reset();
   const std::string folder = ::testing::TempDir() + "vk_host_module";
+  std::filesystem::create_directories(folder);
   ::setenv("APPDATA", folder.c_str(), 1);
   std::string error;
   headless::Module* module = host.loadModule(VK_MODULE_PATH, error);
@@ -400,6 +403,21 @@ TEST(ProductModule, LoadsRunsTheSilentLispFunctionAndUnloadsCleanly) {
   const std::string shown = headless::Console::instance().takeTranscript();
   EXPECT_NE(shown.find("发现有(1)个实体不同"), std::string::npos) << shown;
   EXPECT_NE(shown.find("\n0\n"), std::string::npos) << shown;  // differences found
+  // The module's release check asks the host: a DWG of R2018 is too new for a host that reads up to R2010.
+  const std::string newer = folder + "/newer.dwg";
+  {
+    std::FILE* f = std::fopen(newer.c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    std::fputs("AC1032 and nothing a reader would take", f);
+    std::fclose(f);
+  }
+  host.setRelease(24);
+  host.execute("(lsp_CompareFiles_Silent \"" + newer + "\" \"" + newer + "\")\n");
+  host.setRelease(32);
+  EXPECT_NE(headless::Console::instance().takeTranscript().find("文件不合法，退出比图"), std::string::npos);
+  const auto boxes = headless::Console::instance().takeMessageBoxes();
+  ASSERT_FALSE(boxes.empty());
+  EXPECT_NE(boxes[0].text.find("不能比较文件，因为它是使用更新版本的AutoCAD创建的。"), std::string::npos);
   // Without arguments the function fails, as a call with a short argument list does.
   host.execute("(lsp_CompareFiles_Silent)\n");
   EXPECT_NE(headless::Console::instance().takeTranscript().find("; 错误: 函数 lsp_CompareFiles_Silent 调用失败"),
