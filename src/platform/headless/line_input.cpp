@@ -3,8 +3,10 @@
 #include "platform/headless/line_input.h"
 
 #include <langinfo.h>
+#include <poll.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -69,6 +71,24 @@ class StreamInput final : public LineInput {
 volatile std::sig_atomic_t interrupted = 0;
 extern "C" void onInterrupt(int) { interrupted = 1; }
 
+// The line editor's reading of a key: it waits in short steps, so that an interrupt that came before the
+// editor was ready to be interrupted still ends the line at once (as the end of the input, told apart by
+// the flag).
+extern "C" int readKey(FILE* in) {
+  const int fd = ::fileno(in);
+  for (;;) {
+    if (interrupted) return EOF;
+    pollfd p{fd, POLLIN, 0};
+    const int ready = ::poll(&p, 1, 100);
+    if (ready < 0 && errno != EINTR) return EOF;
+    if (ready <= 0) continue;
+    unsigned char c = 0;
+    const ssize_t n = ::read(fd, &c, 1);
+    if (n == 1) return c;
+    if (n == 0 || errno != EINTR) return EOF;
+  }
+}
+
 // While a line is read, Ctrl-C interrupts the reading instead of ending the program.
 class InterruptScope {
  public:
@@ -97,6 +117,8 @@ class EditorInput final : public LineInput {
     // environment's locale says.
     const char* locale = std::setlocale(LC_CTYPE, "");
     if (!locale || std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
+    // Before the editor is first set up: it takes its key reader from here then.
+    rl_getc_function = readKey;
     using_history();
   }
   std::optional<std::string> readLine(std::string_view prompt) override {
