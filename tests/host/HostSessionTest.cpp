@@ -95,7 +95,14 @@ TEST_F(HostFixture, ModulesThatCannotBeLoadedAreRefusedWithTheirReason) {
   std::string error;
   EXPECT_EQ(host.loadModule(kData + "/no_such_module.so", error), nullptr);
   EXPECT_NE(error.find("no_such_module.so"), std::string::npos);
+  EXPECT_EQ(host.loadModule(VK_TEST_MODULE_PATH, error), nullptr);
+  EXPECT_NE(error.find("loaded already"), std::string::npos);
   EXPECT_EQ(host.modules().size(), 1u);
+  // A message the module throws on is reported with the module and refused; the module stays.
+  EXPECT_EQ(host.sendAppMessage(*module, platform::kCfgMsg), platform::kRetError);
+  EXPECT_NE(console.takeTranscript().find("模块 libvk_test_module.so 处理消息 6 时出错：no configuration"),
+            std::string::npos);
+  EXPECT_NE(host.findCommand("TestPoint"), nullptr);
 }
 
 TEST_F(HostFixture, TypedCommandsAreFoundByLocalOrGlobalNameInAnyCase) {

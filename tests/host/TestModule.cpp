@@ -182,6 +182,7 @@ extern "C" int acrxEntryPoint(int message, void*) {
       platform::undef("test_throw", 2);
       return platform::RTNORM;
     case platform::kInvkSubrMsg: return invoke();
+    case platform::kCfgMsg: throw std::runtime_error("no configuration");
     default: return platform::kRetOK;
   }
 }

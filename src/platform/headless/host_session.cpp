@@ -109,6 +109,11 @@ Module* HostSession::loadModule(const std::string& path, std::string& error) {
     error = why ? why : path + ": cannot be loaded";
     return nullptr;
   }
+  if (std::ranges::any_of(modules_, [&](const auto& m) { return m->handle == module->handle; })) {
+    error = path + ": the module is loaded already";
+    ::dlclose(module->handle);
+    return nullptr;
+  }
   module->entry = reinterpret_cast<platform::EntryPoint>(::dlsym(module->handle, "acrxEntryPoint"));
   if (!module->entry) {
     error = path + ": no acrxEntryPoint";
