@@ -111,8 +111,6 @@ const Command* HostSession::findCommand(std::string_view typed) const {
   return byName(typed, true);
 }
 
-std::string HostSession::runningCommand() const { return running_ ? running_->globalName : std::string(); }
-
 // ---- reading input
 
 std::string HostSession::showPrompt(std::string_view prompt) const {
@@ -196,12 +194,12 @@ std::optional<std::string> readInputLine(std::string_view prompt) { return HostS
 void HostSession::runCommand(const Command& command) {
   // The table may change while the command runs (it may register or remove commands): keep a copy.
   const Command copy = command;
-  Running running{&copy, copy.globalName, copy.localName, false};
+  Running running;
   Running* const outer = running_;
   running_ = &running;
   Module* const before = acting_;
   acting_ = copy.owner;
-  notifyCommand(0, copy.globalName);
+  notifyCommand(CommandEvent::WillStart, copy.globalName);
   HeadlessDocument* const document = current();
   const bool session = (copy.flags & platform::kCmdSession) != 0;
   // A document command has its document locked for it; a session command locks what it needs itself.
@@ -221,7 +219,7 @@ void HostSession::runCommand(const Command& command) {
   if (!session && find(document) && !document->locks.empty()) document->locks.pop_back();
   acting_ = before;
   running_ = outer;
-  notifyCommand(running.cancelled ? 2 : 1, copy.globalName);
+  notifyCommand(running.cancelled ? CommandEvent::Cancelled : CommandEvent::Ended, copy.globalName);
 }
 
 void HostSession::dispatch(const Token& token) {

@@ -166,7 +166,7 @@ void HostSession::dropOwnedBy(Module* module) {
   static_cast<HostEditor*>(editor_)->dropOwnedBy(module);
 }
 
-void HostSession::notifyCommand(int what, std::string_view globalName) {
+void HostSession::notifyCommand(CommandEvent event, std::string_view globalName) {
   // A reactor may remove itself (or another) while being notified: walk a copy, skip the removed.
   auto& reactors = static_cast<HostEditor*>(editor_)->reactors_;
   const auto snapshot = reactors;
@@ -177,9 +177,11 @@ void HostSession::notifyCommand(int what, std::string_view globalName) {
     RunGuarded(
         false,
         [&] {
-          if (what == 0) reactor->commandWillStart(globalName);
-          else if (what == 1) reactor->commandEnded(globalName);
-          else reactor->commandCancelled(globalName);
+          switch (event) {
+            case CommandEvent::WillStart: reactor->commandWillStart(globalName); break;
+            case CommandEvent::Ended: reactor->commandEnded(globalName); break;
+            case CommandEvent::Cancelled: reactor->commandCancelled(globalName); break;
+          }
           return true;
         },
         [&](const char* reason) {

@@ -154,7 +154,6 @@ class HostSession {
   Token readToken(std::string_view prompt, bool spacesAllowed = false);
   // The next input line after a prompt (readInputLine).
   std::optional<std::string> readLine(std::string_view prompt);
-  bool quitRequested() const { return quit_; }
 
   // ---- commands
   platform::ErrorStatus addCommand(std::string_view group, std::string_view globalName, std::string_view localName,
@@ -163,8 +162,6 @@ class HostSession {
   // The command a typed name calls: local names, then global ones; "_NAME" names a global name.
   const Command* findCommand(std::string_view typed) const;
   const std::vector<Command>& commands() const { return commands_; }
-  // The global name of the command that runs ("" when none).
-  std::string runningCommand() const;
 
   // ---- LISP
   int defun(std::string_view name, int code);
@@ -177,9 +174,10 @@ class HostSession {
 
   // ---- editor
   int getPoint(const platform::Point3d* base, std::string_view prompt, platform::Point3d& result, bool corner);
-  platform::Editor& editor() { return *editor_; }
   platform::RxDictionary& registry() { return *registry_; }
-  void notifyCommand(int what, std::string_view globalName);
+  // Tells the editor reactors about a command, each reactor guarded on its own.
+  enum class CommandEvent { WillStart, Ended, Cancelled };
+  void notifyCommand(CommandEvent event, std::string_view globalName);
 
   // ---- views
   void zoomWindow(HeadlessDocument& document, platform::Point3d a, platform::Point3d b);
@@ -210,9 +208,8 @@ class HostSession {
 
  private:
   HostSession();
+  // The command that runs, and whether a cancel (or the end of the input) has ended it.
   struct Running {
-    const Command* command = nullptr;
-    std::string globalName, localName;
     bool cancelled = false;
   };
   struct Hook {
