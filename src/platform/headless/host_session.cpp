@@ -170,10 +170,11 @@ void HostSession::notifyCommand(CommandEvent event, std::string_view globalName)
   // A reactor may remove itself (or another) while being notified: walk a copy, skip the removed.
   auto& reactors = static_cast<HostEditor*>(editor_)->reactors_;
   const auto snapshot = reactors;
-  for (const auto& [reactor, owner] : snapshot) {
-    if (std::ranges::find(reactors, std::pair(reactor, owner)) == reactors.end()) continue;
+  for (const auto& entry : snapshot) {
+    if (std::ranges::find(reactors, entry) == reactors.end()) continue;
+    platform::EditorReactor* const reactor = entry.first;
     Module* const before = acting_;
-    acting_ = owner;
+    acting_ = entry.second;
     RunGuarded(
         false,
         [&] {
