@@ -11,6 +11,7 @@
 #include "platform/documents.h"
 #include "platform/editor.h"
 #include "platform/headless/console.h"
+#include "platform/headless/dialogs.h"
 #include "platform/headless/host_session.h"
 #include "platform/host.h"
 #include "platform/lisp.h"
@@ -344,6 +345,23 @@ TEST_F(HostFixture, TheReleaseIsAPropertyOfTheHost) {
   host.setRelease(24);
   EXPECT_EQ(platform::newestReadableRelease(), 24);
   host.setRelease(32);
+}
+
+TEST_F(HostFixture, DialogsReadTheirAnswersFromTheCommandLinesInput) {
+  headless::Dialogs::instance().reset();
+  host.setInput(headless::scriptInput("TestDialog\nset 101 new name\ncheck 102\nbogus\nok\nTestDialog\n"));
+  host.runCommandLine();
+  // A wrong answer is explained and asked again; the end of the input cancels the dialog waiting for one.
+  const std::string text = journal();
+  const std::size_t first = text.find("dialog 1 new name 1\n");
+  EXPECT_NE(first, std::string::npos) << text << console.transcript();
+  EXPECT_NE(text.find("dialog 2  0\n", first), std::string::npos) << text;
+  EXPECT_NE(console.transcript().find("\"bogus\" is no command"), std::string::npos);
+  const auto dialogs = headless::Dialogs::instance().takeDialogs();
+  ASSERT_EQ(dialogs.size(), 2u);
+  EXPECT_EQ(dialogs[0].result, 1);
+  host.setInput(nullptr);
+  EXPECT_FALSE(headless::Dialogs::instance().terminalConnected());
 }
 
 TEST_F(HostFixture, LineInputGivesTheRestOfATypedLineThenTheNextLine) {

@@ -6,6 +6,7 @@
 
 #include "platform/application.h"
 #include "platform/commands.h"
+#include "platform/dialog.h"
 #include "platform/documents.h"
 #include "platform/editor.h"
 #include "platform/host.h"
@@ -87,6 +88,15 @@ void registerCommands() {
     if (platform::getPoint(nullptr, "第一角点: ", a) != platform::RTNORM) return;
     const int r = platform::getCorner(a, "对角点: ", b);
     note("corner " + std::to_string(r) + " " + coordinates(b));
+  });
+  add("TestDialog", platform::kCmdModal, [] {
+    platform::Dialog dialog("测试对话框");
+    dialog.addEdit(101, "名称");
+    dialog.addCheckBox(102, "选中");
+    dialog.addButton(platform::kIdOkButton, "确定");
+    dialog.addButton(platform::kIdCancelButton, "取消");
+    const int result = dialog.doModal();
+    note("dialog " + std::to_string(result) + " " + dialog.text(101) + " " + (dialog.checked(102) ? "1" : "0"));
   });
   add("TestThrow", platform::kCmdModal, [] { throw std::runtime_error("boom"); });
   add("TestReactorThrows", platform::kCmdModal, [] { note("ran TestReactorThrows"); });

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "platform/boundary.h"
+#include "platform/headless/dialogs.h"
 #include "platform/host.h"
 #include "platform/text.h"
 
@@ -68,6 +69,12 @@ std::string moduleName(const Module& module) {
 }
 
 }  // namespace
+
+void HostSession::setInput(std::unique_ptr<LineInput> input) {
+  input_ = std::move(input);
+  Dialogs::instance().setTerminalInput(input_ ? LineSource([](std::string_view prompt) { return readInputLine(prompt); })
+                                              : LineSource());
+}
 
 HostSession& HostSession::instance() {
   // Never destroyed: modules still loaded when the process ends reach it from their own destructors.

@@ -142,7 +142,8 @@ class HostSession {
   void runInApplicationContext(const std::function<void()>& function);
 
   // ---- command line
-  void setInput(std::unique_ptr<LineInput> input) { input_ = std::move(input); }
+  // Dialogs shown on the terminal read their answers from the command line's input too.
+  void setInput(std::unique_ptr<LineInput> input);
   // The command line: runs commands until QUIT or the end of the input, then closes the documents and
   // unloads the modules.
   void runCommandLine();
