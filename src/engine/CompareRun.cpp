@@ -5,6 +5,7 @@
 #include "engine/CompareLog.h"
 #include "engine/ComparisonState.h"
 #include "engine/Pairing.h"
+#include "engine/RunStages.h"
 #include "platform/boundary.h"
 #include "platform/host.h"
 #include "platform/text.h"
@@ -34,30 +35,6 @@ std::unique_ptr<platform::Database> takeSide(SideRead side, CComparisonState& st
   if (!side.database && state.lastError.empty()) state.lastError = side.report.error;
   state.lastWarnings.insert(state.lastWarnings.end(), side.report.warnings.begin(), side.report.warnings.end());
   return std::move(side.database);
-}
-
-// Collects the comparers of both drawings, the destination's on a thread of its own; the host hears of the
-// source's reading, then of the destination's, as if they were read one after the other. What walking
-// their blocks survived joins the reader's warnings.
-void readRecords(CComparisonState& state) {
-  CDrawingRecord& source = *state.source;
-  CDrawingRecord& destination = *state.destination;
-  const std::vector<platform::ObjectId> sourceIds = PrepareReading(source);
-  const std::vector<platform::ObjectId> destinationIds = PrepareReading(destination);
-  auto collectDestination =
-      startBeside([&] { CollectComparers(destination, destinationIds, state.options, false); });
-  AnnounceReading(source, kReadSource);
-  CollectComparers(source, sourceIds, state.options, true);
-  EndReading(source);
-  platform::setStatusBarProgressMeter("正在准备读取目标文件：", 0, 100);
-  platform::restoreStatusBar();
-  AnnounceReading(destination, kReadDestination);
-  collectDestination.get();
-  EndReading(destination);
-  for (const CDrawingRecord* record : {&source, &destination}) {
-    const auto& warnings = record->readContext->warnings();
-    state.lastWarnings.insert(state.lastWarnings.end(), warnings.begin(), warnings.end());
-  }
 }
 
 }  // namespace
@@ -90,21 +67,19 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
     platform::printToCommandLine("源图形文件无效,退出比图");
   } else if (!state.sideDestination) {
     platform::printToCommandLine("目标图形文件无效，退出比图");
-  } else if ((state.sideSource->tilemode() == 1) != (state.sideDestination->tilemode() == 1)) {
+  } else if (!SameSpace(*state.sideSource, *state.sideDestination)) {
     platform::restoreStatusBar();
     platform::printToCommandLine("两个文件的当前空间不同，不能进行比较,退出比图");
     state.lastError = "the source shows " + std::string(state.sideSource->tilemode() == 1 ? "model space" : "a layout") +
                       ", the destination " + (state.sideDestination->tilemode() == 1 ? "model space" : "a layout");
   } else {
-    CCompareConfigFile& settings = CCompareConfigFile::instance();
-    settings.ReadSettings();
-    state.options = settings.Options();
+    LoadRunSettings(state);
     state.viewMatchingActive = 1;
     platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
     platform::restoreStatusBar();
     state.source = CDrawingRecord::fromDatabase(*state.sideSource);
     state.destination = CDrawingRecord::fromDatabase(*state.sideDestination);
-    readRecords(state);
+    ReadBothDrawings(state);
 
     if (state.source->entityCount == 0) {
       platform::printToCommandLine("原图无可比较实体");
@@ -126,4 +101,44 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
   state.ReleaseDrawings();
   state.Prepare();
   return result;
+}
+
+// Collects the comparers of both drawings, the destination's on a thread of its own; the host hears of the
+// source's reading, then of the destination's, as if they were read one after the other. What walking
+// their blocks survived joins the reader's warnings.
+void ReadBothDrawings(CComparisonState& state) {
+  CDrawingRecord& source = *state.source;
+  CDrawingRecord& destination = *state.destination;
+  // Documents open in the host stay locked while they are read.
+  for (CDrawingRecord* record : {&source, &destination})
+    if (record->document) platform::lockDocument(record->document, platform::LockMode::kWrite);
+  const std::vector<platform::ObjectId> sourceIds = PrepareReading(source);
+  const std::vector<platform::ObjectId> destinationIds = PrepareReading(destination);
+  auto collectDestination =
+      startBeside([&] { CollectComparers(destination, destinationIds, state.options, false); });
+  AnnounceReading(source, kReadSource);
+  CollectComparers(source, sourceIds, state.options, true);
+  EndReading(source);
+  platform::setStatusBarProgressMeter("正在准备读取目标文件：", 0, 100);
+  platform::restoreStatusBar();
+  AnnounceReading(destination, kReadDestination);
+  collectDestination.get();
+  EndReading(destination);
+  for (const CDrawingRecord* record : {&source, &destination}) {
+    if (!record->readContext) continue;  // a record without a database is not read
+    const auto& warnings = record->readContext->warnings();
+    state.lastWarnings.insert(state.lastWarnings.end(), warnings.begin(), warnings.end());
+  }
+  for (CDrawingRecord* record : {&source, &destination})
+    if (record->document) platform::unlockDocument(record->document);
+}
+
+bool SameSpace(const platform::Database& source, const platform::Database& destination) {
+  return (source.tilemode() == 1) == (destination.tilemode() == 1);
+}
+
+void LoadRunSettings(CComparisonState& state) {
+  CCompareConfigFile& settings = CCompareConfigFile::instance();
+  settings.ReadSettings();
+  state.options = settings.Options();
 }

@@ -24,15 +24,17 @@ Box normalised(const platform::Point3d& a, const platform::Point3d& b) {
 
 }  // namespace
 
-std::vector<std::string>& ExcludedLayers() {
-  static std::vector<std::string> layers;
-  return layers;
-}
-
 std::unique_ptr<CDrawingRecord> CDrawingRecord::fromDatabase(const platform::Database& db) {
   auto record = std::make_unique<CDrawingRecord>();
   record->database = &db;
   record->fileName = db.fileName();
+  return record;
+}
+
+std::unique_ptr<CDrawingRecord> CDrawingRecord::fromDocument(platform::Document& document) {
+  auto record = fromDatabase(document.database());
+  record->document = &document;
+  record->fileName = document.fileName();
   return record;
 }
 

@@ -12,14 +12,16 @@
 #include "comparers/PairingRules.h"
 #include "comparers/ReadContext.h"
 #include "platform/database.h"
+#include "platform/documents.h"
 #include "platform/geometry.h"
+#include "ui/CompareConfigFile.h"  // ExcludedLayers
 
 // Reading modes.
 enum ReadMode : int { kReadSource = 1, kReadDestination = 2 };
 
 // One compared drawing.
 struct CDrawingRecord {
-  void* document = nullptr;  // the host document, or none for a side database of the silent run
+  platform::Document* document = nullptr;  // the host document, or none for a side database
   std::string fileName;
   // The drawing's texts and walk budget; declared before the comparers that point into it.
   std::unique_ptr<CReadContext> readContext;
@@ -39,11 +41,9 @@ struct CDrawingRecord {
 
   // A record of a drawing read from disk (a side database).
   static std::unique_ptr<CDrawingRecord> fromDatabase(const platform::Database& db);
+  // A record of a drawing open in the host.
+  static std::unique_ptr<CDrawingRecord> fromDocument(platform::Document& document);
 };
-
-// The process-wide list of layer names whose entities are left out (the layers left unchecked in the
-// settings dialog). Names match without regard to case, as layer names do in the host.
-std::vector<std::string>& ExcludedLayers();
 
 // Reads the record's current space into its entity map and entity count: the four stages below in order.
 // Mode 1 is the source, any other value the destination. A record without a database is not read.

@@ -130,3 +130,8 @@ CompareOptions CCompareConfigFile::Options() const {
   options.compareExternalReferences = exterEntity_ != 0;
   return options;
 }
+
+std::vector<std::string>& ExcludedLayers() {
+  static std::vector<std::string> layers;
+  return layers;
+}

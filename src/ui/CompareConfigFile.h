@@ -66,3 +66,8 @@ class CCompareConfigFile {
   int isShow_ = 1;
   int typicalValue_ = 1;
 };
+
+// The process-wide list of layer names whose entities are left out (the layers left unchecked in the
+// settings dialog, rebuilt by each confirmation). Names match without regard to case, as layer names do in
+// the host.
+std::vector<std::string>& ExcludedLayers();
