@@ -4,6 +4,7 @@
 
 #include "platform/database.h"
 #include "platform/headless/console.h"
+#include "platform/headless/host_session.h"
 #include "support/TestSupport.h"
 #include "ui/OpenDrawings.h"
 
@@ -56,4 +57,22 @@ TEST_F(VersionFixture, NonDigitsShortAndMissingFilesPass) {
   EXPECT_EQ(CheckDwgVersion(drawing("b1.dwg", "AC10 9"), drawing("b2.dwg", "AC10-9")), 1);
   EXPECT_EQ(CheckDwgVersion(drawing("b3.dwg", "AC10 31"), drawing("b4.dwg", "AC1025"), 24), 0);
   EXPECT_EQ(headless::Console::instance().takeMessageBoxes().size(), 1u);
+}
+
+// Opening through the host's automation objects: the documents collection opens and counts; a member it
+// lacks leaves the look-up's text; no object at all ends the process.
+TEST(Automation, DocumentsOpenCountsAndReportsUnknownMembers) {
+  headless::HostSession::instance().shutdown();
+  EXPECT_TRUE(OpenDrawingByAutomation(HostApplication(), vktest::dataDir() + "/two_entities.dxf"));
+  AutomationValue documents, count;
+  ASSERT_EQ(AutoWrap(kDispatchPropertyGet, &documents, &HostApplication(), "Documents"), kSOk);
+  CAutomationObject* collection = std::get<CAutomationObject*>(documents);
+  ASSERT_EQ(AutoWrap(kDispatchPropertyGet, &count, collection, "Count"), kSOk);
+  EXPECT_EQ(std::get<long long>(count), 1);
+  EXPECT_EQ(AutoWrap(kDispatchMethod, nullptr, collection, "Close"), kDispEUnknownName);
+  EXPECT_EQ(AutoWrapMessage(), "IDispatch::GetIDsOfNames(\"Close\") failed w/err0x80020006");
+  EXPECT_EQ(AutoWrap(kDispatchMethod, nullptr, collection, "Open", {std::string("/no/such.dxf")}), kEFail);
+  EXPECT_FALSE(OpenDrawingDocument("/no/such.dxf"));
+  headless::HostSession::instance().shutdown();
+  EXPECT_EXIT(AutoWrap(kDispatchMethod, nullptr, nullptr, "Open"), ::testing::ExitedWithCode(0), "");
 }
