@@ -8,8 +8,35 @@
 #include "engine/ComparisonState.h"
 #include "platform/boundary.h"
 #include "platform/host.h"
+#include "shell/ToolbarHookIn.h"
 
 extern "C" int I_VkCompareCurFile() { return 0; }
+
+extern "C" int I_VkCompareFile(const char* sourcePath, const char* destinationPath, double*, double*, double*, double*,
+                               double*, double*) {
+  const std::string source = sourcePath ? sourcePath : "", destination = destinationPath ? destinationPath : "";
+  return RunGuarded(
+      -1,
+      [&] {
+        if (source.empty() && destination.empty()) {
+          platform::printToCommandLine("文件名不能为空");
+          return -1;
+        }
+        RunInteractiveCompare(source, destination);
+        return 0;
+      },
+      [&](const char* reason) { platform::printToCommandLine(source + " against " + destination + ": " + reason); });
+}
+
+extern "C" void I_VkVisbleTooBar(int& visible) {
+  RunGuarded(
+      false,
+      [&] {
+        ShowCompareToolbar(visible == 1);
+        return true;
+      },
+      [&](const char* reason) { platform::printToCommandLine(std::string(kToolbarName) + ": " + reason); });
+}
 
 extern "C" int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath, double*, double*, double*,
                                        double*, double*, double*) {

@@ -127,4 +127,24 @@ TEST_F(ExportsFixture, LogFolderResetByNullOrEmpty) {
   }
 }
 
+// The interactive export, the toolbar export and the entry point, found by name as another module finds them.
+TEST_F(ExportsFixture, InteractiveToolbarAndEntryPointExports) {
+  const auto compareFile = module.get<CompareFiles>("I_VkCompareFile");
+  const auto toolbar = module.get<void (*)(int&)>("I_VkVisbleTooBar");
+  const auto entry = module.get<int (*)(int, void*)>("acrxEntryPoint");
+  ASSERT_NE(compareFile, nullptr);
+  ASSERT_NE(toolbar, nullptr);
+  ASSERT_NE(entry, nullptr);
+  // Both names empty: -1 (the silent export answers 1 for the same refusal).
+  EXPECT_EQ(compareFile("", "", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), -1);
+  EXPECT_EQ(compareFile(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), -1);
+  EXPECT_EQ(run("", ""), 1);
+  // One name is enough to go on to the run; the points are accepted and not used.
+  double point[3] = {1, 2, 3};
+  EXPECT_EQ(compareFile(data("two_entities.dxf").c_str(), "", point, point, point, point, point, point), 0);
+  for (int visible : {1, 2, 0}) toolbar(visible);
+  // Messages without a slot answer 0, as do the messages the module leaves to the host.
+  for (int message : {-1, 17, 99, 6, 16}) EXPECT_EQ(entry(message, nullptr), 0) << message;
+}
+
 }  // namespace

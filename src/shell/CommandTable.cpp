@@ -1,0 +1,250 @@
+// The command table and its handlers. Each handler checks the flags of the comparison and hands over to
+// the compare runs, the area and base-point prompts, or what shows the result.
+#include "shell/CommandTable.h"
+
+#include <memory>
+#include <string>
+
+#include "engine/CompareRun.h"
+#include "engine/ComparisonState.h"
+#include "platform/commands.h"
+#include "platform/documents.h"
+#include "platform/editor.h"
+#include "platform/host.h"
+#include "shell/ComparePrompts.h"
+#include "shell/DocumentLock.h"
+#include "shell/IdArray.h"
+#include "shell/ToolbarHookIn.h"
+
+namespace {
+
+constexpr const char* kRestoreFirst = "先还原所有实体,才能进行此操作";
+constexpr const char* kNotComparing = "非比图环境，请选择要比较的图纸";
+
+CComparisonState& state() { return CComparisonState::instance(); }
+
+platform::Document* documentOf(const std::unique_ptr<CDrawingRecord>& record) {
+  return record ? static_cast<platform::Document*>(record->document) : nullptr;
+}
+
+// What the result presentation will do; until it is in the build the command says so and does nothing.
+void notYet(const char* what) {
+  platform::printToCommandLine(std::string("\n") + what + ": not available yet in this build\n");
+}
+
+// The views are not kept in step while points are picked in them; afterwards they are again.
+class ViewSyncPause {
+ public:
+  ViewSyncPause() { state().viewSync = 0; }
+  ~ViewSyncPause() { state().viewSync = 1; }
+  ViewSyncPause(const ViewSyncPause&) = delete;
+  ViewSyncPause& operator=(const ViewSyncPause&) = delete;
+};
+
+enum class Side { Source, Destination };
+
+// Asks in one drawing; a drawing the comparison does not hold cannot be asked in.
+void askIn(Side side, void (*ask)(CDrawingRecord&), const char* what) {
+  std::unique_ptr<CDrawingRecord>& record = side == Side::Source ? state().source : state().destination;
+  if (!record) {
+    platform::printToCommandLine(std::string("\nno ") + (side == Side::Source ? "source" : "destination") +
+                                 " drawing to set the " + what + " in: open the two drawings to compare first\n");
+    return;
+  }
+  ask(*record);
+}
+
+void askInBoth(void (*ask)(CDrawingRecord&), const char* what) {
+  askIn(Side::Source, ask, what);
+  askIn(Side::Destination, ask, what);
+}
+
+// ---- handlers
+
+void vkCompareFile() {
+  PreCommandStep();
+  CCurrentDocumentLock lock;
+  state().viewSync = 1;
+  state().allRectangles = 1;
+  // Empty names: the file selection dialog asks for both.
+  RunInteractiveCompare("", "");
+}
+
+void vkOpenDwgFiles() {
+  PreCommandStep();
+  state().viewSync = 1;
+  RunOpenOnly();
+}
+
+constexpr const char* kArea = "compare area";
+constexpr const char* kBasePoint = "base point";
+
+void vkSetCompareArea() {
+  if (!GuardedTest()) return;
+  CCurrentDocumentLock lock;
+  ViewSyncPause pause;
+  askInBoth(AskCompareArea, kArea);
+}
+
+void vkSetCompareAreaSrc() {
+  CCurrentDocumentLock lock;
+  ViewSyncPause pause;
+  askIn(Side::Source, AskCompareArea, kArea);
+}
+
+void vkSetCompareAreaDes() {
+  CCurrentDocumentLock lock;
+  ViewSyncPause pause;
+  askIn(Side::Destination, AskCompareArea, kArea);
+}
+
+void vkSetCompareBasePt() {
+  if (!GuardedTest()) return;
+  ViewSyncPause pause;
+  askInBoth(AskBasePoint, kBasePoint);
+}
+
+void vkSetCompareBasePtSrc() {
+  ViewSyncPause pause;
+  askIn(Side::Source, AskBasePoint, kBasePoint);
+}
+
+void vkSetCompareBasePtDes() {
+  ViewSyncPause pause;
+  askIn(Side::Destination, AskBasePoint, kBasePoint);
+}
+
+void vkUniversallyCompareFile() {
+  if (!GuardedTest()) return;
+  state().viewSync = 1;
+  RunCompareOpenPair();
+}
+
+void vkOnlyDiff() {
+  if (CompareEndedTest()) notYet("showing only the differences");
+}
+
+void vkCompareSet() {
+  if (GuardedTest()) notYet("the settings dialog");
+}
+
+void vkPrevDiff() {
+  if (CompareEndedTest()) notYet("going to the previous difference");
+}
+
+void vkNextDiff() {
+  if (CompareEndedTest()) notYet("going to the next difference");
+}
+
+void vkResultShow() {
+  if (!state().source || !state().destination) return;
+  if (!CompareEndedTest() || !state().viewSync) return;
+  notYet("switching between the differences and all entities");
+}
+
+void vkShowAllDiffRect() {
+  if (!CompareEndedTest() || !GuardedTest()) return;
+  notYet("the rectangles of all differences");
+}
+
+void vkDrawDiffRectSrc() { notYet("the rectangle of the current difference in the source drawing"); }
+void vkDrawDiffRectDes() { notYet("the rectangle of the current difference in the destination drawing"); }
+void showDiff() { notYet("showing the current difference"); }
+void showAll() { notYet("showing all differences"); }
+void vkDrawAllDiffRectSrc() { notYet("the rectangles of all differences in the source drawing"); }
+void vkDrawAllDiffRectDes() { notYet("the rectangles of all differences in the destination drawing"); }
+void showcc() { ShowCompareToolbar(true); }
+void hidecc() { ShowCompareToolbar(false); }
+
+constexpr int kModal = platform::kCmdModal;
+constexpr int kSession = platform::kCmdSession;
+
+constexpr ShellCommand kCommands[] = {
+    {"VkCompareFile", kSession, vkCompareFile},
+    {"VKOpenDwgFiles", kSession, vkOpenDwgFiles},
+    {"VKSetCompareArea", kModal, vkSetCompareArea},
+    {"VKSetCompareAreaSrc", kModal, vkSetCompareAreaSrc},
+    {"VKSetCompareAreaDes", kModal, vkSetCompareAreaDes},
+    {"VKSetCompareBasePt", kModal, vkSetCompareBasePt},
+    {"VKSetCompareBasePtSrc", kModal, vkSetCompareBasePtSrc},
+    {"VKSetCompareBasePtDes", kModal, vkSetCompareBasePtDes},
+    {"VKUniversallyCompareFile", kModal, vkUniversallyCompareFile},
+    {"VkOnlyDiff", kModal, vkOnlyDiff},
+    {"VkCompareSet", kModal, vkCompareSet},
+    {"VkPrevDiff", kModal, vkPrevDiff},
+    {"VkNextDiff", kModal, vkNextDiff},
+    {"VkResultShow", kModal, vkResultShow},
+    {"VkShowAllDiffRect", kModal, vkShowAllDiffRect},
+    {"VkDrawDiffRectSrc", kModal, vkDrawDiffRectSrc},
+    {"VkDrawDiffRectDes", kModal, vkDrawDiffRectDes},
+    {"ShowDiff", kModal, showDiff},
+    {"ShowAll", kModal, showAll},
+    {"VkDrawAllDiffRectSrc", kModal, vkDrawAllDiffRectSrc},
+    {"VkDrawAllDiffRectDes", kModal, vkDrawAllDiffRectDes},
+    {"VkEndCompare", kModal, VkEndCompare},
+    {"Showcc", kModal, showcc},
+    {"Hidecc", kModal, hidecc},
+    {"VKShowAll", kModal, VKShowAll},
+};
+
+}  // namespace
+
+std::span<const ShellCommand> CommandTable() { return kCommands; }
+
+bool RegisterCommandTable() {
+  bool all = true;
+  for (const ShellCommand& c : kCommands)
+    all = platform::addCommand(kCommandGroup, c.localName, c.localName, c.flags, c.handler) ==
+              platform::ErrorStatus::eOk &&
+          all;
+  return all;
+}
+
+void RemoveCommandTable() { platform::removeGroup(kCommandGroup); }
+
+bool GuardedTest() {
+  const CComparisonState& s = state();
+  if (!s.source || !s.destination) return false;
+  if (s.entitiesHidden) {
+    platform::printToCommandLine(kRestoreFirst);
+    return false;
+  }
+  return CompareEndedTest();
+}
+
+bool CompareEndedTest() {
+  if (!state().compareEnded) return true;
+  platform::printToCommandLine(kNotComparing);
+  return false;
+}
+
+bool PreCommandStep() {
+  CComparisonState& s = state();
+  if (!s.resultReady && s.viewSync) {
+    for (platform::Document* document : {documentOf(s.destination), documentOf(s.source)})
+      if (document) platform::sendStringToExecute(document, kShowAllCommandText, false, true, true);
+  }
+  return true;
+}
+
+void VkEndCompare() {
+  PreCommandStep();
+  CComparisonState& s = state();
+  s.compareEnded = 1;
+  s.entitiesHidden = 0;
+  s.viewSync = 0;
+  // The result palette forgets its entries; the records and the drawings stay until the next run.
+  s.paletteIndex = 0;
+  s.allRectangles = 0;
+}
+
+void VKShowAll() {
+  std::vector<platform::ObjectId> selected;
+  if (platform::ssGet("X", selected) != platform::RTNORM) return;
+  CIdArray ids;
+  for (platform::ObjectId id : selected) ids.append(id);
+  selected.clear();
+  platform::Document* document = platform::curDocument();
+  // An entity that cannot be opened for write is skipped.
+  for (platform::ObjectId id : ids) platform::setVisibility(document, id, true);
+}
