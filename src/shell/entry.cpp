@@ -11,7 +11,8 @@
 extern "C" int acrxEntryPoint(int message, void* appId) {
   // What a handler throws ends here: the host hears a refusal (a failed call for a LISP function), the
   // command line the reason.
-  const int failure = message == platform::kInvkSubrMsg ? platform::RTERROR : platform::kRetError;
+  const int failure =
+      message == platform::kInvkSubrMsg ? static_cast<int>(platform::RTERROR) : static_cast<int>(platform::kRetError);
   return RunGuarded(
       failure, [&] { return CVkAcadCompareDwgApp::instance().Dispatch(message, appId); },
       [&](const char* reason) {
