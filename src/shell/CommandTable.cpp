@@ -15,6 +15,7 @@
 #include "shell/DocumentLock.h"
 #include "shell/IdArray.h"
 #include "shell/ToolbarHookIn.h"
+#include "ui/CVkCompareSettingDlg.h"
 
 namespace {
 
@@ -125,7 +126,11 @@ void vkOnlyDiff() {
 }
 
 void vkCompareSet() {
-  if (GuardedTest()) notYet("the settings dialog");
+  if (!GuardedTest()) return;
+  const CComparisonState& state = CComparisonState::instance();
+  CVkCompareSettingDlg dialog(state.source ? state.source->database : nullptr,
+                              state.destination ? state.destination->database : nullptr);
+  dialog.DoModal(0);
 }
 
 void vkPrevDiff() {
