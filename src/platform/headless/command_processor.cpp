@@ -12,7 +12,8 @@ namespace headless {
 
 namespace {
 constexpr char kCancel = '\x03';
-constexpr const char* kCommandPrompt = "命令: ";
+// On a line of its own, as the host shows it after output that did not end its line.
+constexpr const char* kCommandPrompt = "\n命令: ";
 constexpr const char* kCancelled = "*取消*";
 }  // namespace
 
