@@ -327,6 +327,7 @@ std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& o
   auto record = std::make_unique<CDiffType>();
   record->setExtents(placedExtents_);
   appendDifferences(other, record->text);
+  record->descriptionLength = static_cast<std::uint32_t>(description().size());
   return record;
 }
 
@@ -387,5 +388,6 @@ bool compareWith(CVkAcadEntityBase& a, CVkAcadEntityBase& b, std::unique_ptr<CDi
   record = std::make_unique<CDiffType>();
   record->setExtents(b.placedExtents());
   record->text = text;
+  record->descriptionLength = static_cast<std::uint32_t>(b.description().size());
   return false;
 }

@@ -3,7 +3,10 @@
 
 #include <array>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "platform/database.h"
 #include "platform/geometry.h"
 
 // Kinds of difference records.
@@ -38,9 +41,24 @@ class CDiffType {
     else extents = {e.min.x, e.min.y, e.min.z, e.max.x, e.max.y, e.max.z};
   }
 
+  // The messages that follow the description in the text, each without its closing comma: "新增", "删除",
+  // or one per differing property ("颜色不相同"; a block's contents as "<label>[<record texts>]").
+  std::vector<std::string_view> messages() const;
+
   // The description followed by "新增,", "删除," or the difference messages.
   std::string text;
   // min x, y, z, max x, y, z
   std::array<double, 6> extents{};
   int kind = 0;
+  // The length of the description at the start of the text.
+  std::uint32_t descriptionLength = 0;
+  // The entities it stands for: a changed record has both, a deleted one its source, an added one its
+  // destination; a missing side is 0 and a null id.
+  platform::Handle sourceHandle = 0;
+  platform::Handle destinationHandle = 0;
+  platform::ObjectId sourceId{};
+  platform::ObjectId destinationId{};
+  // The range it belongs to (numbered from 1) and its number in that range, once ranges are formed.
+  int range = 0;
+  int member = 0;
 };

@@ -28,17 +28,17 @@ constexpr std::size_t kSplitFrom = 16384;
 
 struct Pairing {
   std::vector<std::unique_ptr<CDiffType>>& records;
-  std::vector<platform::ObjectId>* sourceIds;
-  std::vector<platform::ObjectId>* destinationIds;
 
-  // A pair by the one-to-one rule: both become matched; a differing record is kept with both ids.
+  // A pair by the one-to-one rule: both become matched; a differing record is kept with both entities.
   void pair(CVkAcadEntityBase& src, CVkAcadEntityBase& dst) {
     std::unique_ptr<CDiffType> record;
     if (compareWith(src, dst, record)) return;
     record->kind = kDiffChanged;
+    record->sourceHandle = src.handle();
+    record->sourceId = src.objectId();
+    record->destinationHandle = dst.handle();
+    record->destinationId = dst.objectId();
     records.push_back(std::move(record));
-    if (sourceIds) sourceIds->push_back(src.objectId());
-    if (destinationIds) destinationIds->push_back(dst.objectId());
   }
 
   void unpaired(const KeyedComparers& map, int kind, const char* suffix) {
@@ -48,8 +48,11 @@ struct Pairing {
       if (handled(*e)) continue;
       auto record = std::make_unique<CDiffType>();
       record->text.assign(e->description()).append(suffix);
+      record->descriptionLength = static_cast<std::uint32_t>(e->description().size());
       record->setExtents(e->placedExtents());
       record->kind = kind;
+      (kind == kDiffAdded ? record->destinationHandle : record->sourceHandle) = e->handle();
+      (kind == kDiffAdded ? record->destinationId : record->sourceId) = e->objectId();
       records.push_back(std::move(record));
     }
   }
@@ -196,9 +199,8 @@ void pairKeys(Position srcFirst, Position srcLast, Position dstFirst, Position d
 }  // namespace
 
 void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<std::unique_ptr<CDiffType>>& records,
-                        std::vector<platform::ObjectId>* sourceIds, std::vector<platform::ObjectId>* destinationIds,
                         PairingThreads threads) {
-  Pairing p{records, sourceIds, destinationIds};
+  Pairing p{records};
   if (threads == PairingThreads::One || dst.size() < kSplitFrom) {
     pairKeys(src.begin(), src.end(), dst.begin(), dst.end(), p);
   } else {
@@ -211,14 +213,11 @@ void PairKeyedComparers(KeyedComparers& src, KeyedComparers& dst, std::vector<st
                                                   : std::lower_bound(src.begin(), src.end(), dstMiddle->key,
                                                                      [](const KeyedComparer& e, std::uint64_t key) { return e.key < key; });
     std::vector<std::unique_ptr<CDiffType>> upperRecords;
-    std::vector<platform::ObjectId> upperSourceIds, upperDestinationIds;
-    Pairing upper{upperRecords, sourceIds ? &upperSourceIds : nullptr, destinationIds ? &upperDestinationIds : nullptr};
+    Pairing upper{upperRecords};
     auto upperDone = startBeside([&] { pairKeys(srcMiddle, src.end(), dstMiddle, dst.end(), upper); });
     pairKeys(src.begin(), srcMiddle, dst.begin(), dstMiddle, p);
     upperDone.get();
     records.insert(records.end(), std::make_move_iterator(upperRecords.begin()), std::make_move_iterator(upperRecords.end()));
-    if (sourceIds) sourceIds->insert(sourceIds->end(), upperSourceIds.begin(), upperSourceIds.end());
-    if (destinationIds) destinationIds->insert(destinationIds->end(), upperDestinationIds.begin(), upperDestinationIds.end());
   }
   p.unpaired(dst, kDiffAdded, "新增,");
   p.unpaired(src, kDiffDeleted, "删除,");

@@ -23,13 +23,11 @@ void addByKey(KeyedComparers& comparers, ComparerPtr comparer);
 void sortByKey(KeyedComparers& comparers);
 
 // Pairs the two collections (each in key order) and appends their records, unsorted: changed pairs in the
-// order the destination's keys are walked, then added entities, then deleted ones. The ids of each changed
-// pair are appended to the id lists when they are given.
+// order the destination's keys are walked, then added entities, then deleted ones. Each record names the
+// entities it stands for.
 // With two threads, large collections are paired in two halves of their keys at once; the records are the
 // same either way. The comparers of a drawing must then be free of state they share (block contents are
 // paired by the thread that pairs their reference).
 enum class PairingThreads { One, Two };
 void PairKeyedComparers(KeyedComparers& source, KeyedComparers& destination, std::vector<std::unique_ptr<CDiffType>>& records,
-                        std::vector<platform::ObjectId>* sourceIds = nullptr,
-                        std::vector<platform::ObjectId>* destinationIds = nullptr,
                         PairingThreads threads = PairingThreads::One);

@@ -39,68 +39,117 @@ std::unique_ptr<platform::Database> takeSide(SideRead side, CComparisonState& st
 
 }  // namespace
 
-int RunSilentCompare(const std::string& sourcePath, const std::string& destinationPath) {
-  CComparisonState& state = CComparisonState::instance();
-  state.Prepare();
-  state.lastOutcome = RunOutcome::Trouble;
-  state.lastError.clear();
-  state.lastWarnings.clear();
-  state.lastLogPath.clear();
-  state.lastLogWritten = false;
+namespace {
 
-  if (CheckDwgVersion(sourcePath, destinationPath) == 0) {
-    platform::printToCommandLine("文件不合法，退出比图");
-    state.lastError = "a drawing was written by a newer release than can be compared";
-    return 1;
-  }
-  state.sourceFileName = sourcePath;
-  state.destinationFileName = destinationPath;
-  // The destination is read beside the source; what it gives counts only when the source could be read.
+// Stage check: both files must be of a release the host reads.
+bool checkReleases(CComparisonState& state, const std::string& sourcePath, const std::string& destinationPath) {
+  if (CheckDwgVersion(sourcePath, destinationPath) != 0) return true;
+  platform::printToCommandLine("文件不合法，退出比图");
+  state.lastError = "a drawing was written by a newer release than can be compared";
+  return false;
+}
+
+// Stage read: both drawings from disk, the destination beside the source; what the destination gives counts
+// only when the source could be read. False, after the refusal, when either cannot be read or they show
+// different kinds of space.
+bool readSides(CComparisonState& state, const std::string& sourcePath, const std::string& destinationPath) {
   auto readDestination = startBeside([&] { return readSide(destinationPath); });
   SideRead source = readSide(sourcePath);
   SideRead destination = readDestination.get();
   state.sideSource = takeSide(std::move(source), state);
   state.sideDestination = state.sideSource ? takeSide(std::move(destination), state) : nullptr;
-
-  int result = 1;
   if (!state.sideSource) {
     platform::printToCommandLine("源图形文件无效,退出比图");
-  } else if (!state.sideDestination) {
+    return false;
+  }
+  if (!state.sideDestination) {
     platform::printToCommandLine("目标图形文件无效，退出比图");
-  } else if (!SameSpace(*state.sideSource, *state.sideDestination)) {
+    return false;
+  }
+  if (!SameSpace(*state.sideSource, *state.sideDestination)) {
     platform::restoreStatusBar();
     platform::printToCommandLine("两个文件的当前空间不同，不能进行比较,退出比图");
     state.lastError = "the source shows " + std::string(state.sideSource->tilemode() == 1 ? "model space" : "a layout") +
                       ", the destination " + (state.sideDestination->tilemode() == 1 ? "model space" : "a layout");
-  } else {
-    LoadRunSettings(state);
-    state.viewMatchingActive = 1;
-    platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
-    platform::restoreStatusBar();
-    state.source = CDrawingRecord::fromDatabase(*state.sideSource);
-    state.destination = CDrawingRecord::fromDatabase(*state.sideDestination);
-    ReadBothDrawings(state);
+    return false;
+  }
+  return true;
+}
 
-    if (state.source->entityCount == 0) {
-      platform::printToCommandLine("原图无可比较实体");
-      state.lastOutcome = RunOutcome::NothingToCompare;
-    } else {
-      const unsigned n = PairAndCompare(state);
+// Stages collect, pair, sort and group: the comparers of both drawings, their records and ranges.
+void compareSides(CComparisonState& state) {
+  LoadRunSettings(state);
+  state.viewMatchingActive = 1;
+  platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
+  platform::restoreStatusBar();
+  state.source = CDrawingRecord::fromDatabase(*state.sideSource);
+  state.destination = CDrawingRecord::fromDatabase(*state.sideDestination);
+  ReadBothDrawings(state);
+  if (state.source->entityCount == 0) {
+    state.lastOutcome = RunOutcome::NothingToCompare;
+    return;
+  }
+  state.lastOutcome = PairAndCompare(state) >= 1 ? RunOutcome::Different : RunOutcome::Identical;
+}
+
+// The log: written when there are differences; its path is printed on the command line.
+class CLogOutput : public CResultSink {
+ public:
+  void publish(const CComparisonState& state) override {
+    if (state.lastOutcome != RunOutcome::Different) return;
+    path = WriteCompareLog(state.sourceFileName, state.destinationFileName,
+                           static_cast<int>(state.differences.size()), &written);
+  }
+  std::string path;
+  bool written = false;
+};
+
+// The command line: the outcome in one line. Refusals were printed by the stage that refused.
+class CCommandLineOutput : public CResultSink {
+ public:
+  void publish(const CComparisonState& state) override {
+    switch (state.lastOutcome) {
+      case RunOutcome::NothingToCompare: platform::printToCommandLine("原图无可比较实体"); break;
       // The full stop after the line break is the program's own.
-      std::string text = "\n文件完全相同\n。";
-      state.lastOutcome = RunOutcome::Identical;
-      if (n >= 1) {
-        text = platform::fmt("发现有(%d)个实体不同。请使用工具条定位到详细差异位置。", n);
-        state.lastLogPath = WriteCompareLog(sourcePath, destinationPath, static_cast<int>(n), &state.lastLogWritten);
-        state.lastOutcome = RunOutcome::Different;
-        result = 0;
-      }
-      platform::printToCommandLine(text);
+      case RunOutcome::Identical: platform::printToCommandLine("\n文件完全相同\n。"); break;
+      case RunOutcome::Different:
+        platform::printToCommandLine(platform::fmt("发现有(%d)个实体不同。请使用工具条定位到详细差异位置。",
+                                                   static_cast<int>(state.differences.size())));
+        break;
+      case RunOutcome::None:
+      case RunOutcome::Trouble: break;
     }
   }
+};
+
+}  // namespace
+
+int RunSilentCompare(const std::string& sourcePath, const std::string& destinationPath, ResultSinks outputs) {
+  CComparisonState& state = CComparisonState::instance();
+  state.Prepare();
+  state.compareEnded = 0;
+  state.lastOutcome = RunOutcome::Trouble;
+  state.lastError.clear();
+  state.lastWarnings.clear();
+  state.lastLogPath.clear();
+  state.lastLogWritten = false;
+  state.sourceFileName = sourcePath;
+  state.destinationFileName = destinationPath;
+
+  if (checkReleases(state, sourcePath, destinationPath) && readSides(state, sourcePath, destinationPath))
+    compareSides(state);
+
+  CLogOutput log;
+  CCommandLineOutput commandLine;
+  log.publish(state);
+  state.lastLogPath = log.path;
+  state.lastLogWritten = log.written;
+  commandLine.publish(state);
+  for (CResultSink* output : outputs) output->publish(state);
+
   state.ReleaseDrawings();
   state.Prepare();
-  return result;
+  return state.lastOutcome == RunOutcome::Different ? 0 : 1;
 }
 
 // Collects the comparers of both drawings, the destination's on a thread of its own; the host hears of the
@@ -114,6 +163,10 @@ void ReadBothDrawings(CComparisonState& state) {
     if (record->document) platform::lockDocument(record->document, platform::LockMode::kWrite);
   const std::vector<platform::ObjectId> sourceIds = PrepareReading(source);
   const std::vector<platform::ObjectId> destinationIds = PrepareReading(destination);
+  // Comparers see each drawing from its base point; a record's extents plus a drawing's base point give
+  // its place in that drawing.
+  state.sourceOffset = source.basePoint;
+  state.destinationOffset = destination.basePoint;
   auto collectDestination =
       startBeside([&] { CollectComparers(destination, destinationIds, state.options, false); });
   AnnounceReading(source, kReadSource);

@@ -5,8 +5,11 @@
 
 #include <string>
 
-// Returns 0 when at least one difference was found (and logged), 1 in every other case.
-int RunSilentCompare(const std::string& sourcePath, const std::string& destinationPath);
+#include "engine/ResultSink.h"
+
+// Returns 0 when at least one difference was found (and logged), 1 in every other case. The log and the
+// command line get the result, then every further output given.
+int RunSilentCompare(const std::string& sourcePath, const std::string& destinationPath, ResultSinks outputs = {});
 
 // The interactive run: both drawings as open host documents (the file selection dialog asks for a name that
 // is empty), checked, compared, the outcome in message boxes.

@@ -7,9 +7,8 @@ CComparisonState& CComparisonState::instance() {
 }
 
 void CComparisonState::Prepare() {
+  ranges.Clear();
   differences.clear();
-  sourceIds.clear();
-  destinationIds.clear();
   // The comparers go with their drawing records; the records before the databases they read.
   source.reset();
   destination.reset();

@@ -8,6 +8,7 @@
 
 #include "comparers/CompareOptions.h"
 #include "comparers/DiffRecord.h"
+#include "engine/DiffRange.h"
 #include "engine/DrawingRecord.h"
 #include "platform/database.h"
 
@@ -28,9 +29,10 @@ class CComparisonState {
 
   std::unique_ptr<CDrawingRecord> source;
   std::unique_ptr<CDrawingRecord> destination;
-  std::vector<std::unique_ptr<CDiffType>> differences;  // sorted after pairing
-  std::vector<platform::ObjectId> sourceIds;           // source entities paired with a differing partner
-  std::vector<platform::ObjectId> destinationIds;      // their destination partners
+  // The result of the run: the records, sorted, each naming its entities and its range; and the ranges.
+  // Every output reads these.
+  std::vector<std::unique_ptr<CDiffType>> differences;
+  CDiffRange ranges{&differences};
   int paletteIndex = 0;
   std::vector<std::string> openedDrawings;  // drawings the comparison opened in the host
 
@@ -41,7 +43,8 @@ class CComparisonState {
   std::string paletteDestinationName;
   double sourceExtentsMin[3] = {0, 0, 0};
   double destinationExtentsMin[3] = {0, 0, 0};
-  // Offsets added to a record's extents to place it in the source and destination drawings.
+  // Offsets added to a record's extents to place it in the source and destination drawings: their base
+  // points, set when the drawings are read.
   platform::Point3d sourceOffset;
   platform::Point3d destinationOffset;
 

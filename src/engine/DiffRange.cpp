@@ -106,8 +106,7 @@ class BoxTree {
 }  // namespace
 
 void CDiffRange::Build(const platform::Point3d& sourceOffset, const platform::Point3d& destinationOffset) {
-  members.clear();
-  ranges.clear();
+  Clear();
   const std::size_t n = records->size();
   std::vector<Box> boxes(n);
   const double dx = destinationOffset.x - sourceOffset.x, dy = destinationOffset.y - sourceOffset.y;
@@ -133,6 +132,8 @@ void CDiffRange::Build(const platform::Point3d& sourceOffset, const platform::Po
     m.range = range;
     m.number = number;
     members.push_back(std::move(m));
+    (*records)[record]->range = range;
+    (*records)[record]->member = number;
     member[record] = 1;
   };
   int rangeNumber = 0;

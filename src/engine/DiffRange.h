@@ -32,9 +32,15 @@ class CDiffRange {
   // Adds every range and, below it, its members to the result tree.
   virtual void fillResultTree(CResultTreeSink& sink) const;
 
-  // Forms the ranges of the sorted records. A deleted record lies in source coordinates: it is moved by
-  // the destination offset minus the source offset (x, y) before it is placed.
+  // Forms the ranges of the sorted records and tells each record its range and member number. A deleted
+  // record lies in source coordinates: it is moved by the destination offset minus the source offset (x, y)
+  // before it is placed.
   void Build(const platform::Point3d& sourceOffset, const platform::Point3d& destinationOffset);
+
+  void Clear() {
+    members.clear();
+    ranges.clear();
+  }
 
   const std::vector<std::unique_ptr<CDiffType>>* records;
   std::vector<CRangeMember> members;

@@ -132,6 +132,7 @@ bool confirmSettings(const CComparisonState& state) {
 // the pair stands in the comparison state.
 bool obtainPair(CComparisonState& state, std::string source, std::string destination, bool alwaysAsk) {
   state.Prepare();
+  state.compareEnded = 0;
   if (!obtainNames(source, destination, alwaysAsk)) return false;
   state.sourceFileName = source;
   state.destinationFileName = destination;
@@ -240,6 +241,7 @@ void RunCompareOpenPair() {
   // commands set in them; they are kept aside here and put into the records made afresh.
   const KeptRecord source(*state.source), destination(*state.destination);
   state.Prepare();
+  state.compareEnded = 0;
   state.source = source.rebuild(state);
   state.destination = destination.rebuild(state);
   if (!state.source || !state.destination) {

@@ -31,8 +31,9 @@ unsigned PairAndCompare(CComparisonState& state) {
   // The meter only flashes its label: the position is never advanced here.
   platform::setStatusBarProgressMeter("3/3 实体比较", 0, static_cast<int>(src.size() + dst.size()));
   platform::restoreStatusBar();
-  PairKeyedComparers(src, dst, state.differences, &state.sourceIds, &state.destinationIds, PairingThreads::Two);
+  PairKeyedComparers(src, dst, state.differences, PairingThreads::Two);
   SortRecords(state.differences);
+  state.ranges.Build(state.sourceOffset, state.destinationOffset);
   platform::restoreStatusBar();
   return static_cast<unsigned>(state.differences.size());
 }

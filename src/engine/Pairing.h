@@ -8,8 +8,8 @@
 #include "comparers/DiffRecord.h"
 #include "engine/ComparisonState.h"
 
-// Pairs the two entity maps of the state, fills its sorted difference records and id lists, and returns
-// the number of records.
+// Pairs the two entity maps of the state, fills its sorted difference records, groups them into ranges
+// with the state's offsets, and returns the number of records.
 unsigned PairAndCompare(CComparisonState& state);
 
 // The reference point by which records are ordered: the centre of the record's box after its minimum is

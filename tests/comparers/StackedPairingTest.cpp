@@ -48,11 +48,10 @@ Outcome pairMaps(std::vector<ComparerPtr>& src,
   sortByKey(srcMap);
   sortByKey(dstMap);
   std::vector<std::unique_ptr<CDiffType>> records;
-  std::vector<platform::ObjectId> srcIds, dstIds;
-  PairKeyedComparers(srcMap, dstMap, records, &srcIds, &dstIds);
+  PairKeyedComparers(srcMap, dstMap, records);
   Outcome out;
-  for (std::size_t i = 0; i < srcIds.size(); ++i) out.changed.emplace_back(srcIds[i], dstIds[i]);
   for (const auto& r : records) {
+    if (r->kind == kDiffChanged) out.changed.emplace_back(r->sourceId, r->destinationId);
     out.added += r->kind == kDiffAdded ? 1 : 0;
     out.deleted += r->kind == kDiffDeleted ? 1 : 0;
   }

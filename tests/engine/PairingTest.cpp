@@ -69,8 +69,21 @@ TEST_F(PairingFixture, OneToOneEqualAndChanged) {
   add(state.destinationMap(), "k2", "2", "b");
   EXPECT_EQ(PairAndCompare(state), 1u);
   EXPECT_EQ(texts(), (std::vector<std::string>{"b 颜色不相同,#1"}));
-  EXPECT_EQ(state.sourceIds.size(), 1u);
-  EXPECT_EQ(state.destinationIds.size(), 1u);
+  const CDiffType& record = *state.differences[0];
+  EXPECT_EQ(record.messages(), (std::vector<std::string_view>{"颜色不相同"}));
+  EXPECT_EQ(record.range, 1);
+  EXPECT_EQ(record.member, 1);
+}
+
+TEST(DiffRecordMessages, CommasInsideBlockContentsDoNotSplit) {
+  CDiffType record;
+  record.text = "块参照图元 块内[直线图元 颜色不相同,圆图元 新增,]属性[文字图元 删除,]比例因子不相同,";
+  record.descriptionLength = static_cast<std::uint32_t>(std::string("块参照图元 ").size());
+  EXPECT_EQ(record.messages(), (std::vector<std::string_view>{"块内[直线图元 颜色不相同,圆图元 新增,]",
+                                                               "属性[文字图元 删除,]", "比例因子不相同"}));
+  // A description longer than the text (a record built by hand) leaves no messages rather than reading past it.
+  record.descriptionLength = 1000;
+  EXPECT_TRUE(record.messages().empty());
 }
 
 TEST_F(PairingFixture, TwoIdenticalSourcesOneDestinationLeaveOneDeleted) {

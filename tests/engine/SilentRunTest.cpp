@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "engine/CompareLog.h"
+#include "engine/CompareRun.h"
 #include "engine/ComparisonState.h"
 #include "platform/headless/console.h"
 #include "platform/profile.h"
@@ -86,6 +87,63 @@ TEST_F(SilentFixture, DifferencesAreCountedLoggedAndSorted) {
   EXPECT_EQ(values[2], "-----差异范围：Min = x:0.000000 y:6.000000, Max = x:10.000000 y:6.000000 ------直线图元 新增,");
   EXPECT_EQ(values[3], "-----差异范围：Min = x:50.000000 y:0.000000, Max = x:60.000000 y:0.000000 ------直线图元 新增,");
   EXPECT_EQ(VkLastSilentOutcome(), 1);
+}
+
+namespace {
+
+// What an output of the run sees of its result.
+struct SeenRecord {
+  int kind;
+  platform::Handle source, destination;
+  bool sourceId, destinationId;
+  std::vector<std::string> messages;
+  int range, member;
+  bool operator==(const SeenRecord&) const = default;
+};
+
+struct CapturingOutput : CResultSink {
+  std::vector<SeenRecord> records;
+  std::vector<std::string> ranges;
+  RunOutcome outcome = RunOutcome::None;
+  bool drawingsAtHand = false;
+  void publish(const CComparisonState& state) override {
+    for (const auto& r : state.differences) {
+      const std::vector<std::string_view> messages = r->messages();
+      records.push_back({r->kind, r->sourceHandle, r->destinationHandle, !r->sourceId.isNull(),
+                         !r->destinationId.isNull(), {messages.begin(), messages.end()}, r->range, r->member});
+    }
+    for (const auto& range : state.ranges.ranges) ranges.push_back(*range.summary);
+    outcome = state.lastOutcome;
+    drawingsAtHand = state.sideSource && state.sideDestination;
+  }
+};
+
+}  // namespace
+
+TEST_F(SilentFixture, OutputsSeeRecordsWithTheirEntitiesMessagesAndRanges) {
+  const std::string a = drawing("a.dxf", "0|LINE|5|1A|8|0|10|0|20|0|11|10|21|0|0|LINE|5|1B|8|0|10|0|20|0|11|10|21|5");
+  const std::string b = drawing("b.dxf",
+                                "0|LINE|5|2A|8|0|62|1|10|0|20|0|11|10|21|0|"
+                                "0|LINE|5|2C|8|0|10|100|20|0|11|110|21|0");
+  CapturingOutput seen;
+  CResultSink* outputs[] = {&seen};
+  EXPECT_EQ(RunSilentCompare(a, b, outputs), 0);
+  EXPECT_EQ(seen.outcome, RunOutcome::Different);
+  EXPECT_TRUE(seen.drawingsAtHand);
+  // The changed line names both entities; the deleted one its source, the added one its destination. The
+  // deleted diagonal's box holds the changed line: range 1; the far line is range 2 alone.
+  EXPECT_EQ(seen.records, (std::vector<SeenRecord>{
+                              {kDiffChanged, 0x1A, 0x2A, true, true, {"颜色不相同"}, 1, 1},
+                              {kDiffDeleted, 0x1B, 0, true, false, {"删除"}, 1, 2},
+                              {kDiffAdded, 0, 0x2C, false, true, {"新增"}, 2, 1},
+                          }));
+  EXPECT_EQ(seen.ranges, (std::vector<std::string>{"范围1,2", "范围2,1"}));
+  // An output hears of a refused run too.
+  CapturingOutput refused;
+  CResultSink* again[] = {&refused};
+  EXPECT_EQ(RunSilentCompare(a, dir.file("missing.dxf"), again), 1);
+  EXPECT_EQ(refused.outcome, RunOutcome::Trouble);
+  EXPECT_TRUE(refused.records.empty());
 }
 
 TEST_F(SilentFixture, FailureLinesKeepTheirPunctuation) {
