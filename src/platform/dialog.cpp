@@ -287,6 +287,12 @@ std::string Dialog::userSetChecked(int id, bool checked) {
   return {};
 }
 
+std::string Dialog::userContextMenu(int list) {
+  if (std::string why = refusal(list, {ControlKind::List}); !why.empty()) return why;
+  guarded([&] { onContextMenu(list); });
+  return {};
+}
+
 std::string Dialog::userClick(int id) {
   if (std::string why = refusal(id, {ControlKind::Button, ControlKind::CheckBox, ControlKind::RadioButton});
       !why.empty()) {

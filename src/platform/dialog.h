@@ -147,6 +147,8 @@ class Dialog {
   std::string userClick(int id);
   std::string userSetRowChecked(int list, int row, bool checked);
   std::string userChooseMenuItem(int popup, int index);
+  // A right click on a list: its context menu, as the dialog offers one.
+  std::string userContextMenu(int list);
   std::string userOk();
   std::string userCancel();
 
@@ -169,6 +171,8 @@ class Dialog {
   virtual void onCheckChanged(int /*id*/) {}
   virtual void onRowCheckChanged(int /*list*/, int /*row*/) {}
   virtual void onMenuCommand(int /*popup*/, int /*command*/) {}
+  // A list was right-clicked.
+  virtual void onContextMenu(int /*list*/) {}
 
  private:
   Control& at(int id);

@@ -43,6 +43,8 @@ CVkCompareSettingDlg::CVkCompareSettingDlg(const platform::Database* source, con
   addRadioButton(kChosenLayers, kScopeGroup, "部分图层");
   addList(kLayerList, "选择图层(选中图层中的实体参加比较)", {"图层名称", "权重"}, true);
   addCheckBox(kShow, "");
+  addPopupMenu(kLayerMenu, "图层",
+               {{kCheckAllLayers, "全部选中"}, {kClearAllLayers, "全部不选", false}, {kInvertLayers, "反向选择"}});
   addButton(platform::kIdOkButton, "确定(&O)");
   addButton(platform::kIdCancelButton, "取消(&C)");
 }
@@ -80,6 +82,22 @@ void CVkCompareSettingDlg::showScope(int scope) { enable(kLayerList, scope == kC
 
 void CVkCompareSettingDlg::onCheckChanged(int id) {
   if (id == kAllLayers || id == kChosenLayers) showScope(id);
+}
+
+// The context menu checks every row, clears every row or inverts the checks: with many layers, choosing
+// the few to compare row by row is tedious. Clearing all is disabled in the menu resource and enabled here.
+void CVkCompareSettingDlg::onContextMenu(int list) {
+  if (list != kLayerList) return;
+  enableMenuItem(kLayerMenu, kClearAllLayers, true);
+  trackPopupMenu(kLayerMenu);
+}
+
+void CVkCompareSettingDlg::onMenuCommand(int popup, int command) {
+  if (popup != kLayerMenu) return;
+  for (int row = 0; row < rowCount(kLayerList); ++row) {
+    const bool now = rowChecked(kLayerList, row);
+    setRowChecked(kLayerList, row, command == kCheckAllLayers ? true : command == kClearAllLayers ? false : !now);
+  }
 }
 
 void CVkCompareSettingDlg::onOK() {

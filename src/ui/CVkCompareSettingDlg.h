@@ -22,6 +22,12 @@ inline constexpr int kChosenLayers = 122;
 inline constexpr int kLayerList = 130;
 inline constexpr int kShow = 131;
 inline constexpr int kScopeGroup = 1;  // the radio group of 120 and 122
+// The layer list's context menu (menu resource 124; as a control it needs an identifier of its own, since 124
+// is the typical-value box) and its commands.
+inline constexpr int kLayerMenu = 4124;
+inline constexpr int kCheckAllLayers = 32771;
+inline constexpr int kClearAllLayers = 32772;
+inline constexpr int kInvertLayers = 32773;
 }  // namespace setting
 
 // The layer names of one drawing in its layer table's order; none without a drawing.
@@ -45,6 +51,8 @@ class CVkCompareSettingDlg : public platform::Dialog {
   void onInitDialog() override;
   void onOK() override;
   void onCheckChanged(int id) override;
+  void onContextMenu(int list) override;
+  void onMenuCommand(int popup, int command) override;
 
  private:
   void showScope(int scope);

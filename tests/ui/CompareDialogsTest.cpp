@@ -186,6 +186,21 @@ TEST_F(SettingFixture, LayerListMergesBothDrawingsAndUncheckedRowsAreExcluded) {
   EXPECT_FALSE(events.back().find(setting::kLayerList)->enabled);
 }
 
+TEST_F(SettingFixture, LayerContextMenuClearsInvertsAndChecksRows) {
+  // Clear all, check the second row back, invert: only "Walls" stays unchecked.
+  EXPECT_EQ(settings(0, {"rclick 130", "menu 4124 2", "row 2 on", "rclick 130", "menu 4124 3", "ok"}),
+            platform::kIdOk);
+  EXPECT_EQ(ExcludedLayers(), (std::vector<std::string>{"Walls"}));
+  EXPECT_EQ(settings(0, {"row 1 off", "rclick 130", "menu 4124 1", "ok"}), platform::kIdOk);
+  EXPECT_TRUE(ExcludedLayers().empty());
+  // Under "所有图层" the disabled list has no context menu: the script's right click is refused, which
+  // ends a scripted dialog as cancelled.
+  store->SetLayerScope(kLayerScopeAll);
+  store->WriteSettings();
+  EXPECT_EQ(settings(0, {"rclick 130", "ok"}), platform::kIdCancel);
+  EXPECT_NE(Dialogs::instance().takeDialogs().back().failure.find("disabled"), std::string::npos);
+}
+
 TEST_F(SettingFixture, ShowFlagIsInvertedOnlyBeforeAComparison) {
   EXPECT_EQ(settings(1, {"check 131", "ok"}), platform::kIdOk);
   auto events = Dialogs::instance().takeDialogs();

@@ -89,8 +89,11 @@ std::optional<DialogCommand> parseDialogCommand(std::string_view line, std::stri
     command.text = std::string(text);
     return command;
   }
-  if (verb == "check" || verb == "uncheck" || verb == "click") {
-    command.verb = verb == "check" ? Verb::Check : verb == "uncheck" ? Verb::Uncheck : Verb::Click;
+  if (verb == "check" || verb == "uncheck" || verb == "click" || verb == "rclick") {
+    command.verb = verb == "check"     ? Verb::Check
+                   : verb == "uncheck" ? Verb::Uncheck
+                   : verb == "click"   ? Verb::Click
+                                       : Verb::RightClick;
     const std::string usage = verb + " ID";
     if (!id(usage) || !noMore(usage)) return std::nullopt;
     return command;
@@ -140,6 +143,8 @@ std::string applyDialogCommand(Dialog& dialog, const DialogCommand& command) {
       return dialog.userSetChecked(command.id, false);
     case Verb::Click:
       return dialog.userClick(command.id);
+    case Verb::RightClick:
+      return dialog.userContextMenu(command.id);
     case Verb::Row: {
       int list = command.id;
       if (list == 0) {
@@ -226,6 +231,7 @@ std::string dialogHelp() {
          "  check ID             check a check box, select a radio button\n"
          "  uncheck ID           clear a check box\n"
          "  click ID             click a button (a check box toggles)\n"
+         "  rclick ID            right-click list ID for its context menu\n"
          "  row [LIST] N on|off  check or clear row N of a list\n"
          "  menu ID N            choose item N of pop-up menu ID\n"
          "  ok, cancel           close the dialog with OK or Cancel\n"

@@ -26,7 +26,7 @@ using LineSource = std::function<std::optional<std::string>(std::string_view pro
 //   ok, cancel           Enter and Escape
 //   help, show           the commands; the dialog again (terminal only, no effect in a script)
 struct DialogCommand {
-  enum class Verb { Set, Check, Uncheck, Click, Row, Menu, Ok, Cancel, Help, Show };
+  enum class Verb { Set, Check, Uncheck, Click, RightClick, Row, Menu, Ok, Cancel, Help, Show };
   Verb verb = Verb::Ok;
   int id = 0;      // the control (0 for a row of the dialog's only list)
   int number = 0;  // row or item number, from 1
