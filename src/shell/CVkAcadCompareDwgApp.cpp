@@ -10,6 +10,7 @@
 #include "platform/documents.h"
 #include "platform/files.h"
 #include "platform/views.h"
+#include "results/ViewMatching.h"
 #include "shell/CVkAcadReactor.h"
 #include "shell/CommandTable.h"
 #include "shell/LispFunctions.h"
@@ -36,15 +37,20 @@ platform::WindowId viewOf(const std::unique_ptr<CDrawingRecord>& record) {
 }
 
 // HK: a wheel turn on a compared view ends as a middle-button release, so that the release that follows
-// every zoom or pan reaches the view matching. Every other message passes on untouched.
+// every zoom or pan reaches the view matching; a release on a compared view that moved, while the views
+// are kept in step, zooms the other drawing to it. Every other message passes on untouched. (The host
+// passes each message on to the next hook itself once this one returns.)
 void HK(int code, const platform::HostMessage& message) {
   if (code < 0 || message.window == 0) return;
   if (message.message != platform::kWmMouseWheel && message.message != platform::kWmMButtonUp) return;
   const CComparisonState& state = CComparisonState::instance();
   if (message.window != viewOf(state.source) && message.window != viewOf(state.destination)) return;
-  if (message.message == platform::kWmMouseWheel) platform::postMessage(message.window, platform::kWmMButtonUp);
-  // A release with the views kept in step matches the other view to this one; that belongs to the result
-  // presentation, which is not in this build yet.
+  if (message.message == platform::kWmMouseWheel) {
+    platform::postMessage(message.window, platform::kWmMButtonUp);
+    return;
+  }
+  CViewMatching& matching = CViewMatching::instance();
+  if (state.viewSync && matching.ViewChanged(message.window)) matching.MatchViews(message.window);
 }
 
 }  // namespace
@@ -111,7 +117,7 @@ int CVkAcadCompareDwgApp::On_kInitAppMsg(void* appId) {
   CAcRxArxApp::On_kInitAppMsg(appId);
   moduleFolder_ = ModuleFolderOf(platform::moduleFilePath());
   upperFolder_ = UpperFolderOf(moduleFolder_);
-  CreateCompareToolbar(moduleFolder_);
+  CreateCompareToolbar();
   // The host's class tree is built by the host itself: its classes are known from the drawings it reads.
   hook_ = platform::setMessageHook(HK);
   platform::registerService(kServiceName);

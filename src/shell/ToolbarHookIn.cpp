@@ -1,13 +1,13 @@
-// The toolbar's place in the shell. The toolbar itself is not in this build yet: showing it refuses.
+// The toolbar's place in the shell: removed at unload, shown and hidden on request.
 #include "shell/ToolbarHookIn.h"
+
+#include <string>
 
 #include "platform/host.h"
 
-void CreateCompareToolbar(const std::string&) {}
-
-void RemoveCompareToolbar() {}
+void RemoveCompareToolbar() { DeleteCompareToolbar(HostApplication()); }
 
 void ShowCompareToolbar(bool visible) {
-  platform::printToCommandLine(std::string("\n") + (visible ? "showing" : "hiding") + " the toolbar " + kToolbarName +
-                               ": not available yet in this build\n");
+  if (!SetCompareToolbarVisible(HostApplication(), visible))
+    platform::printToCommandLine(std::string("\n没有工具栏“") + kToolbarName + "”。\n");
 }

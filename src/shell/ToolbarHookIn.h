@@ -2,13 +2,13 @@
 // hidden by Showcc, Hidecc and I_VkVisbleTooBar.
 #pragma once
 
-#include <string>
+#include "ui/CompareToolbar.h"
 
-inline constexpr const char* kToolbarName = "Morvane图纸比较";
+inline constexpr const char* kToolbarName = kCompareToolbarName;
 
-// Makes the toolbar, its bitmaps found below the module folder. There is no toolbar in this build yet:
-// nothing is made.
-void CreateCompareToolbar(const std::string& moduleFolder);
+// The load makes the toolbar with CreateCompareToolbar() (ui/CompareToolbar.h): in the host's menu group
+// "Acad", its pictures in the folder "ToosBmp" of the settings store's data folder, not below the module
+// folder, where a user may not write. The unload removes it again.
 void RemoveCompareToolbar();
 // Shows or hides it; without a toolbar, says so on the command line.
 void ShowCompareToolbar(bool visible);

@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "platform/host.h"
 #include "platform/text.h"
+#include "ui/HostMenus.h"
 
 namespace {
 
@@ -105,13 +106,14 @@ class CDocumentsObject final : public CAutomationObject {
 class CApplicationObject final : public CAutomationObject {
  public:
   HResult GetIDsOfNames(std::string_view name, long& dispId) override {
-    if (!platform::equalsIgnoreCase(name, "Documents")) return kDispEUnknownName;
-    dispId = 1;
+    if (platform::equalsIgnoreCase(name, "Documents")) dispId = 1;
+    else if (platform::equalsIgnoreCase(name, "MenuGroups")) dispId = 2;
+    else return kDispEUnknownName;
     return kSOk;
   }
   HResult Invoke(long dispId, int flags, const DispatchParams&, AutomationValue* result) override {
-    if (dispId != 1 || !(flags & kDispatchPropertyGet)) return kDispEMemberNotFound;
-    if (result) *result = &documents_;
+    if ((dispId != 1 && dispId != 2) || !(flags & kDispatchPropertyGet)) return kDispEMemberNotFound;
+    if (result) *result = dispId == 1 ? static_cast<CAutomationObject*>(&documents_) : &HostMenuGroups();
     return kSOk;
   }
 

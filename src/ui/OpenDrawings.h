@@ -60,6 +60,7 @@ const std::string& AutoWrapMessage();
 
 // The host application's automation object: "Documents" (property) gives the documents collection with
 // "Count" (property), "Item" (method, index from 0: the document's full name) and "Open" (method, a path).
+// "MenuGroups" (property) gives the menu groups with their toolbars (ui/HostMenus.h).
 CAutomationObject& HostApplication();
 // Opens a drawing through automation: the application's "Documents", then its "Open" with the path.
 bool OpenDrawingByAutomation(CAutomationObject& application, const std::string& path);

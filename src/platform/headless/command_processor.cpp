@@ -26,6 +26,15 @@ void InputBuffer::append(std::string_view text, bool echo) {
   echo_ = echo;
 }
 
+void InputBuffer::prepend(std::string_view text) {
+  std::string joined;
+  for (char c : text)
+    if (c != '\r') joined += c;
+  joined.append(text_, pos_);
+  text_ = std::move(joined);
+  pos_ = 0;
+}
+
 void InputBuffer::clear() {
   text_.clear();
   pos_ = 0;

@@ -1,8 +1,10 @@
-// The headless host's own commands: OPEN, CLOSE, QUIT, ZOOM, PAN, REGEN, SETVAR, DOCUMENT and HELP.
+// The headless host's own commands: OPEN, CLOSE, QUIT, ZOOM, PAN, REGEN, SETVAR, DOCUMENT, the toolbar and
+// menu-group commands and HELP.
 #include <cstdio>
 #include <cstdlib>
 
 #include "platform/headless/host_session.h"
+#include "platform/headless/menu_bar.h"
 #include "platform/host.h"
 #include "platform/text.h"
 
@@ -142,6 +144,88 @@ void document(HostSession& session) {
   print("当前文档：" + chosen->docTitle() + "\n");
 }
 
+// ---- toolbars and menu groups
+
+void listToolbars() {
+  const std::vector<const platform::ToolbarInfo*> all = MenuBar::instance().all();
+  if (all.empty()) {
+    print("没有工具栏。\n");
+    return;
+  }
+  for (const platform::ToolbarInfo* t : all) {
+    print("工具栏“" + t->name + "”（菜单组 " + t->group + "，" + (t->visible ? "显示" : "隐藏") + "），" +
+          std::to_string(t->buttons.size()) + " 个按钮\n");
+    for (std::size_t i = 0; i < t->buttons.size(); ++i) {
+      const platform::ToolbarButton& b = t->buttons[i];
+      print("  " + std::to_string(i + 1) + ". " + b.name + "  提示: " + b.helpString + "  宏: \"" +
+            MenuBar::shownMacro(b.macro) + "\"\n");
+      print(b.smallBitmap.empty() && b.largeBitmap.empty()
+                ? std::string("     图标: 默认\n")
+                : "     小图标: " + b.smallBitmap + "  大图标: " + b.largeBitmap + "\n");
+    }
+  }
+}
+
+// TOOLBAR: lists the toolbars, or presses the button with the caption given; its macro is read next, as if
+// typed, before the rest of the input.
+void toolbar(HostSession& session) {
+  const Token token = session.readToken("输入要按下的按钮标题或 [列出(L)] <列出>: ", true);
+  if (token.kind != Token::Kind::Text) return;
+  const std::string caption = unquote(token.text);
+  if (caption.empty() || platform::equalsIgnoreCase(caption, "L")) {
+    listToolbars();
+    return;
+  }
+  const platform::ToolbarInfo* hidden = nullptr;
+  for (const platform::ToolbarInfo* t : MenuBar::instance().all())
+    for (const platform::ToolbarButton& b : t->buttons) {
+      if (b.name != caption) continue;
+      if (!t->visible) {
+        hidden = hidden ? hidden : t;
+        continue;
+      }
+      session.typeAhead(MenuBar::typedMacro(b.macro));
+      return;
+    }
+  if (hidden) print("工具栏“" + hidden->name + "”已隐藏，不能按它的按钮。\n");
+  else print("没有标题为“" + caption + "”的按钮。\n");
+}
+
+// -TOOLBAR: shows or hides a toolbar by name, or all of them.
+void toolbarVisibility(HostSession& session) {
+  const Token name = session.readToken("输入工具栏名称或 [全部(ALL)]: ", true);
+  if (name.kind != Token::Kind::Text || name.text.empty()) return;
+  const std::string wanted = unquote(name.text);
+  const bool all = platform::equalsIgnoreCase(wanted, "ALL");
+  std::vector<platform::ToolbarId> chosen;
+  for (const platform::ToolbarInfo* t : MenuBar::instance().all())
+    if (all || platform::equalsIgnoreCase(t->name, wanted)) chosen.push_back(t->id);
+  if (chosen.empty()) {
+    print("没有这个工具栏：" + wanted + "\n");
+    return;
+  }
+  const Token option = session.readToken("输入选项 [显示(S)/隐藏(H)] <显示>: ");
+  if (option.kind != Token::Kind::Text) return;
+  const std::string o = platform::toUpperAscii(option.text);
+  if (!o.empty() && o != "S" && o != "H") {
+    print("无效的选项关键字。\n");
+    return;
+  }
+  for (platform::ToolbarId id : chosen) platform::setToolbarVisible(id, o != "H");
+}
+
+void menuLoad(HostSession& session) {
+  const Token name = session.readToken("输入要加载的菜单组名称: ", true);
+  if (name.kind != Token::Kind::Text || name.text.empty()) return;
+  if (!platform::loadMenuGroup(unquote(name.text))) print("菜单组“" + unquote(name.text) + "”已加载。\n");
+}
+
+void menuUnload(HostSession& session) {
+  const Token name = session.readToken("输入要卸载的菜单组名称: ", true);
+  if (name.kind != Token::Kind::Text || name.text.empty()) return;
+  if (!platform::unloadMenuGroup(unquote(name.text))) print("没有这个菜单组：" + unquote(name.text) + "\n");
+}
+
 void help(HostSession& session) {
   print("可用的命令:\n");
   for (const Command& c : session.commands())
@@ -201,6 +285,10 @@ void HostSession::addHostCommands() {
   add("REGEN", kCmdModal, regenCommand);
   add("SETVAR", kCmdModal, hostCommandSetvar);
   add("DOCUMENT", kCmdSession, document);
+  add("TOOLBAR", kCmdModal, toolbar);
+  add("-TOOLBAR", kCmdModal, toolbarVisibility);
+  add("MENULOAD", kCmdModal, menuLoad);
+  add("MENUUNLOAD", kCmdModal, menuUnload);
   add("HELP", kCmdModal, help);
   variables_ = {{"CMDECHO", "1"}, {"FILEDIA", "1"}, {"OSMODE", "0"}, {"PICKBOX", "3"}};
 }

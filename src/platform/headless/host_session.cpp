@@ -8,6 +8,7 @@
 
 #include "platform/boundary.h"
 #include "platform/headless/dialogs.h"
+#include "platform/headless/menu_bar.h"
 #include "platform/host.h"
 #include "platform/text.h"
 
@@ -204,6 +205,7 @@ void HostSession::shutdown() {
   while (!modules_.empty()) unloadModule(modules_.back().get());
   terminal_.clear();
   posted_.clear();
+  MenuBar::instance().reset();
   quit_ = false;
 }
 

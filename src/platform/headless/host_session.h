@@ -33,6 +33,8 @@ class InputBuffer {
  public:
   bool empty() const { return pos_ >= text_.size(); }
   void append(std::string_view text, bool echo = true);
+  // Puts text before what is still unread (a toolbar button's macro goes before the rest of the input).
+  void prepend(std::string_view text);
   void clear();
   bool echo() const { return echo_; }
   // The next token: U+0003 is a cancel; a LISP expression runs to its closing parenthesis; anything else
@@ -149,6 +151,8 @@ class HostSession {
   void runCommandLine();
   // Runs text as if typed on the command line, and whatever it queues, until it is used up (tests).
   void execute(std::string_view typed);
+  // Text the command line reads next, before anything typed and not yet read (a pressed button's macro).
+  void typeAhead(std::string_view text) { terminal_.prepend(text); }
   // Runs the strings queued to documents and the messages posted to windows.
   void runQueued();
   // The next answer for a prompt of the command that runs (or of the command line), the prompt shown.
