@@ -49,7 +49,7 @@ class CMenuGroupObject;
 // One object per host group, toolbar and button, kept for the process: callers hold plain pointers, as
 // they would hold interface pointers, and an object outliving its host item answers kEFail.
 struct Objects {
-  std::map<std::string, std::unique_ptr<CMenuGroupObject>> groups;  // by upper-cased name
+  std::map<std::string, std::unique_ptr<CMenuGroupObject>> groups;  // by name as the host spells it
   std::map<platform::ToolbarId, std::unique_ptr<CToolbarObject>> toolbars;
   std::map<platform::ToolbarButtonId, std::unique_ptr<CToolbarItemObject>> items;
 
@@ -260,7 +260,7 @@ class CMenuGroupsObject final : public CMembersObject {
 };
 
 CMenuGroupObject* Objects::group(const std::string& name) {
-  auto& slot = groups[platform::toUpperAscii(name)];
+  auto& slot = groups[name];
   if (!slot) slot = std::make_unique<CMenuGroupObject>(name);
   return slot.get();
 }
