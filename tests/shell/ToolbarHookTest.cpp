@@ -205,3 +205,28 @@ TEST_F(ToolbarHook, TheOffsetsPlaceTheMatchedWindow) {
   host.runQueued();
   expectSameWindow(destination.view.extents(), source.view.extents(), -10.0, 5.0);
 }
+
+TEST_F(ToolbarHook, MenuGroupsComeAndGoWithTheirToolbarsAndCaretCCancels) {
+  // A button of the user's own, its macro written with "^C" as menu files write it.
+  const platform::ToolbarId mine = platform::addToolbar("Acad", "Mine");
+  platform::addToolbarButton(mine, 100, "End", "", "^C^C_VkEndCompare ");
+  const std::string pressed = type("TOOLBAR End\n");
+  EXPECT_NE(pressed.find("命令: *取消*\n命令: *取消*\n命令: _VkEndCompare"), std::string::npos) << pressed;
+  EXPECT_EQ(state.compareEnded, 1);
+  const std::string listed = type("TOOLBAR L\n");
+  EXPECT_NE(listed.find("宏: \"^C^C_VkEndCompare \""), std::string::npos) << listed;
+  EXPECT_NE(listed.find("图标: 默认"), std::string::npos);
+  type("-TOOLBAR\nALL\nH\n");
+  EXPECT_FALSE(toolbar()->visible);
+  EXPECT_FALSE(platform::toolbarInfo(mine)->visible);
+  EXPECT_NE(type("-TOOLBAR nowhere\n").find("没有这个工具栏：nowhere"), std::string::npos);
+
+  type("MENUUNLOAD Acad\n");
+  EXPECT_TRUE(platform::menuGroups().empty());
+  EXPECT_NE(type("TOOLBAR\n\n").find("没有工具栏。"), std::string::npos);
+  EXPECT_NE(type("MENUUNLOAD Acad\n").find("没有这个菜单组：Acad"), std::string::npos);
+  type("MENULOAD Acad\n");
+  EXPECT_NE(type("MENULOAD acad\n").find("已加载"), std::string::npos);
+  EXPECT_EQ(platform::menuGroups(), std::vector<std::string>{"Acad"});
+  EXPECT_TRUE(platform::toolbars("Acad").empty());
+}
