@@ -39,4 +39,11 @@ std::string_view parentPath(std::string_view path) {
   return sep == std::string_view::npos ? std::string_view() : path.substr(0, sep);
 }
 
+std::string joinPath(const std::string& folder, std::string_view name) {
+  std::string out = folder;
+  out += kPathSeparator;
+  out += name;
+  return out;
+}
+
 }  // namespace platform

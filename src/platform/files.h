@@ -49,5 +49,7 @@ bool writeWholeFile(const std::string& path, std::string_view contents, std::str
 std::string_view fileNamePart(std::string_view path);
 // The path up to its last separator (empty when there is none).
 std::string_view parentPath(std::string_view path);
+// A name below a folder: the folder, the platform's separator, the name.
+std::string joinPath(const std::string& folder, std::string_view name);
 
 }  // namespace platform

@@ -17,13 +17,6 @@ constexpr const char* kFilesSection = "CMPFILE";
 constexpr std::size_t kExpandBufferChars = 1024;
 constexpr std::size_t kPathBufferChars = 260;
 
-std::string joinPath(const std::string& folder, std::string_view name) {
-  std::string out = folder;
-  out += platform::kPathSeparator;
-  out += name;
-  return out;
-}
-
 }  // namespace
 
 CCompareConfigFile& CCompareConfigFile::instance() {
@@ -34,10 +27,10 @@ CCompareConfigFile& CCompareConfigFile::instance() {
 CCompareConfigFile::CCompareConfigFile() {
   std::string appData;
   if (!platform::expandEnvironmentStrings("%APPDATA%", appData, kExpandBufferChars)) return;
-  dataFolder_ = joinPath(joinPath(appData, "Morvane"), "VkAcadCompareDwg");
-  iniPath_ = joinPath(dataFolder_, "VkCompareDwgData.ini");
+  dataFolder_ = platform::joinPath(platform::joinPath(appData, "Morvane"), "VkAcadCompareDwg");
+  iniPath_ = platform::joinPath(dataFolder_, "VkCompareDwgData.ini");
   platform::CreateFolderPath(dataFolder_);
-  platform::CreateFolderPath(joinPath(dataFolder_, "ToosBmp"));
+  platform::CreateFolderPath(platform::joinPath(dataFolder_, "ToosBmp"));
 }
 
 void CCompareConfigFile::ReadCompareFiles() {

@@ -58,13 +58,6 @@ CAutomationObject* findToolbar(CAutomationObject* toolbars) {
   return nullptr;
 }
 
-std::string joinPath(const std::string& folder, std::string_view name) {
-  std::string out = folder;
-  out += platform::kPathSeparator;
-  out += name;
-  return out;
-}
-
 }  // namespace
 
 int CreateCompareToolbar(CAutomationObject& application, const std::string& dataFolder) {
@@ -74,7 +67,7 @@ int CreateCompareToolbar(CAutomationObject& application, const std::string& data
   if (findToolbar(toolbars)) return 1;
   CAutomationObject* toolbar = objectOf(kDispatchMethod, toolbars, "Add", {std::string(kCompareToolbarName)});
   if (!toolbar) return 0;
-  const std::string bitmapFolder = dataFolder.empty() ? std::string() : joinPath(dataFolder, "ToosBmp");
+  const std::string bitmapFolder = dataFolder.empty() ? std::string() : platform::joinPath(dataFolder, "ToosBmp");
   for (const CompareToolbarButton& row : CompareToolbarButtons()) {
     CAutomationObject* item =
         objectOf(kDispatchMethod, toolbar, "AddToolbarButton",
@@ -82,7 +75,7 @@ int CreateCompareToolbar(CAutomationObject& application, const std::string& data
     if (!item) return 0;
     // Without a data folder there is nowhere to put the pictures: the buttons keep the host's own.
     if (bitmapFolder.empty()) continue;
-    const std::string path = joinPath(bitmapFolder, row.bitmapFile);
+    const std::string path = platform::joinPath(bitmapFolder, row.bitmapFile);
     if (WriteBitmapFile(row.resourceId, path) &&
         AutoWrap(kDispatchMethod, nullptr, item, "SetBitmaps", {path, path}) != kSOk)
       return 0;

@@ -39,6 +39,23 @@ class CMembersObject : public CAutomationObject {
     if (result) *result = object;
     return kSOk;
   }
+  // "Item" of a collection of count members: by an index from 0, or by a name (the first member whose
+  // name matches(place, name)); object(place) gives the member's object.
+  template <class Matches, class Object>
+  static HResult ItemOf(const DispatchParams& params, AutomationValue* result, std::size_t count,
+                        Matches matches, Object object) {
+    if (params.args.size() != 1) return kDispEBadParamCount;
+    const AutomationValue& which = Arg(params, 0);
+    if (const long long* index = std::get_if<long long>(&which)) {
+      if (*index < 0 || *index >= static_cast<long long>(count)) return kEFail;
+      return Answer(result, object(static_cast<std::size_t>(*index)));
+    }
+    const std::string* name = std::get_if<std::string>(&which);
+    if (!name) return kDispETypeMismatch;
+    for (std::size_t place = 0; place < count; ++place)
+      if (matches(place, *name)) return Answer(result, object(place));
+    return kEFail;
+  }
 };
 
 class CToolbarItemObject;
@@ -119,13 +136,11 @@ class CToolbarObject final : public CMembersObject {
         }
         return Get(flags, result, static_cast<long long>(info->visible ? 1 : 0));
       case 3: return Get(flags, result, static_cast<long long>(info->buttons.size()));
-      case 4: {
-        if (params.args.size() != 1) return kDispEBadParamCount;
-        const long long* index = std::get_if<long long>(&Arg(params, 0));
-        if (!index) return kDispETypeMismatch;
-        if (*index < 0 || *index >= static_cast<long long>(info->buttons.size())) return kEFail;
-        return Answer(result, objects().item(id_, info->buttons[static_cast<std::size_t>(*index)].id));
-      }
+      case 4:
+        return ItemOf(
+            params, result, info->buttons.size(),
+            [&](std::size_t i, const std::string& name) { return info->buttons[i].name == name; },
+            [&](std::size_t i) { return objects().item(id_, info->buttons[i].id); });
       case 5:
         if (!(flags & kDispatchMethod)) return kDispEMemberNotFound;
         return platform::deleteToolbar(id_) ? kSOk : kEFail;
@@ -170,19 +185,11 @@ class CToolbarsObject final : public CMembersObject {
     const std::vector<platform::ToolbarId> ids = platform::toolbars(group_);
     switch (dispId) {
       case 1: return Get(flags, result, static_cast<long long>(ids.size()));
-      case 2: {
-        if (params.args.size() != 1) return kDispEBadParamCount;
-        const AutomationValue& which = Arg(params, 0);
-        if (const long long* index = std::get_if<long long>(&which)) {
-          if (*index < 0 || *index >= static_cast<long long>(ids.size())) return kEFail;
-          return Answer(result, objects().toolbar(ids[static_cast<std::size_t>(*index)]));
-        }
-        const std::string* name = std::get_if<std::string>(&which);
-        if (!name) return kDispETypeMismatch;
-        for (platform::ToolbarId id : ids)
-          if (platform::toolbarInfo(id)->name == *name) return Answer(result, objects().toolbar(id));
-        return kEFail;
-      }
+      case 2:
+        return ItemOf(
+            params, result, ids.size(),
+            [&](std::size_t i, const std::string& name) { return platform::toolbarInfo(ids[i])->name == name; },
+            [&](std::size_t i) { return objects().toolbar(ids[i]); });
       case 3: {
         if (!(flags & kDispatchMethod)) return kDispEMemberNotFound;
         if (params.args.size() != 1) return kDispEBadParamCount;
@@ -235,19 +242,11 @@ class CMenuGroupsObject final : public CMembersObject {
     const std::vector<std::string> names = platform::menuGroups();
     switch (dispId) {
       case 1: return Get(flags, result, static_cast<long long>(names.size()));
-      case 2: {
-        if (params.args.size() != 1) return kDispEBadParamCount;
-        const AutomationValue& which = Arg(params, 0);
-        if (const long long* index = std::get_if<long long>(&which)) {
-          if (*index < 0 || *index >= static_cast<long long>(names.size())) return kEFail;
-          return Answer(result, objects().group(names[static_cast<std::size_t>(*index)]));
-        }
-        const std::string* name = std::get_if<std::string>(&which);
-        if (!name) return kDispETypeMismatch;
-        for (const std::string& n : names)
-          if (platform::equalsIgnoreCase(n, *name)) return Answer(result, objects().group(n));
-        return kEFail;
-      }
+      case 2:
+        return ItemOf(
+            params, result, names.size(),
+            [&](std::size_t i, const std::string& name) { return platform::equalsIgnoreCase(names[i], name); },
+            [&](std::size_t i) { return objects().group(names[i]); });
       default: return kDispEMemberNotFound;
     }
   }

@@ -8,7 +8,7 @@
 // - MenuGroup: "Name" (property), "Toolbars" (property).
 // - Toolbars: "Count" (property), "Item" (method: an index from 0 or a toolbar name), "Add" (method: a name).
 // - Toolbar: "Name" (property), "Visible" (property, get and put, 0 or 1), "Count" (property), "Item"
-//   (method: an index from 0), "Delete" (method), "AddToolbarButton" (method: index, name, help string,
+//   (method: an index from 0 or a caption), "Delete" (method), "AddToolbarButton" (method: index, name, help string,
 //   macro; an index past the end appends) gives the new item.
 // - ToolbarItem: "Name", "HelpString", "Macro" (properties), "SetBitmaps" (method: small and large picture
 //   paths).
