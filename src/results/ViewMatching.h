@@ -8,7 +8,10 @@
 #include "platform/geometry.h"
 #include "platform/views.h"
 
-// The tiling object's memory of the compared views and the matching of one view to the other.
+// The tiling object's memory of the compared views and the matching of one view to the other. The message
+// hook asks for a match only while the view-sync flag is set; the matching itself does not wait for the
+// view-matching state a compare run sets, so that a pair opened without a comparison (VKOpenDwgFiles, which
+// sets view sync) moves in step as well.
 class CViewMatching {
  public:
   static CViewMatching& instance();
