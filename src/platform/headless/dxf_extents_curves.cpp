@@ -21,10 +21,18 @@ using platform::Vector3d;
 
 BoxSink BoxSink::placed(const Matrix3d& inner) const {
   if (inner.isIdentity()) return *this;
-  return BoxSink(box_, identity_ ? inner : m_ * inner, false);
+  return BoxSink(box_, identity_ ? inner : m_ * inner, false, tracer_);
 }
 
 void BoxSink::add(const Point3d& p) {
+  if (!isFinite(p)) return;
+  const Point3d w = identity_ ? p : m_.transform(p);
+  if (!isFinite(w)) return;
+  box_->addPoint(w);
+  if (tracer_) tracer_->point(w);
+}
+
+void BoxSink::addToBox(const Point3d& p) {
   if (!isFinite(p)) return;
   const Point3d w = identity_ ? p : m_.transform(p);
   if (isFinite(w)) box_->addPoint(w);
@@ -64,11 +72,13 @@ double angleOf(double y, double x) {
 
 }  // namespace
 
-void BoxSink::addArc(const Point3d& centre, const Vector3d& u, const Vector3d& v, double start, double sweep) {
+void BoxSink::addArc(const Point3d& centre, const Vector3d& u, const Vector3d& v, double start, double sweep,
+                     bool backward) {
   if (!isFinite(centre) || !isFinite(u) || !isFinite(v) || !isFinite(start) || !isFinite(sweep) || sweep < 0.0) return;
   const Point3d c = identity_ ? centre : m_.transform(centre);
   const Vector3d a = identity_ ? u : m_.transform(u);
   const Vector3d b = identity_ ? v : m_.transform(v);
+  if (tracer_ && isFinite(c) && isFinite(a) && isFinite(b)) tracer_->arc(c, a, b, start, sweep, backward);
   const auto at = [&](double t) {
     const CosSin cs = cosSin(t);
     return c + a * cs.cos + b * cs.sin;
@@ -112,10 +122,14 @@ double ccwSweep(double start, double end) {
 
 void addBulgeSegment(BoxSink& sink, const Point3d& a, const Point3d& b, double bulge) {
   sink.add(a);
-  sink.add(b);
   const double dx = b.x - a.x, dy = b.y - a.y;
   const double chord = std::hypot(dx, dy);
-  if (bulge == 0.0 || !isFinite(bulge) || chord == 0.0 || !isFinite(chord)) return;
+  if (bulge == 0.0 || !isFinite(bulge) || chord == 0.0 || !isFinite(chord)) {
+    sink.add(b);
+    return;
+  }
+  // The arc's outline reaches b itself.
+  sink.addToBox(b);
   // The centre lies on the chord's perpendicular bisector, left of a -> b for a counter-clockwise (positive)
   // bulge, at (1 - bulge^2) / (4 bulge) chords from the chord's middle.
   const double offset = (1.0 - bulge * bulge) / (4.0 * bulge);
@@ -124,11 +138,12 @@ void addBulgeSegment(BoxSink& sink, const Point3d& a, const Point3d& b, double b
   const double included = 4.0 * std::atan(bulge);
   double start = std::atan2(a.y - centre.y, a.x - centre.x);
   double sweep = included;
-  if (sweep < 0.0) {  // clockwise: the same arc run counter-clockwise from b
+  const bool clockwise = sweep < 0.0;
+  if (clockwise) {  // the same arc run counter-clockwise from b
     start += sweep;
     sweep = -sweep;
   }
-  sink.addArc(centre, {r, 0, 0}, {0, r, 0}, start, sweep);
+  sink.addArc(centre, {r, 0, 0}, {0, r, 0}, start, sweep, clockwise);
 }
 
 void addBulgeChain(BoxSink& sink, const std::vector<BulgeVertex>& vertices, bool closed) {

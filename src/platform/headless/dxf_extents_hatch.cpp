@@ -126,8 +126,10 @@ void readEdgePath(Cursor& c, BoxSink& sink, double elevation) {
         c.takePoint(10, a);
         const double r = c.take(40);
         double start = c.take(50), end = c.take(51, 360.0);
-        counterClockwise(start, end, c.take(73, 1.0) != 0.0);
-        if (r > 0.0) sink.addArc({a.x, a.y, elevation}, {r, 0, 0}, {0, r, 0}, radians(start), edgeSweep(start, end));
+        const bool ccw = c.take(73, 1.0) != 0.0;
+        counterClockwise(start, end, ccw);
+        if (r > 0.0)
+          sink.addArc({a.x, a.y, elevation}, {r, 0, 0}, {0, r, 0}, radians(start), edgeSweep(start, end), !ccw);
         break;
       }
       case 3: {  // elliptic arc: the major axis' end relative to the centre, and the minor to major ratio
@@ -135,7 +137,8 @@ void readEdgePath(Cursor& c, BoxSink& sink, double elevation) {
         c.takePoint(11, b);
         const double ratio = std::fabs(c.take(40, 1.0));
         double start = c.take(50), end = c.take(51, 360.0);
-        counterClockwise(start, end, c.take(73, 1.0) != 0.0);
+        const bool ccw = c.take(73, 1.0) != 0.0;
+        counterClockwise(start, end, ccw);
         const Vector3d major{b.x, b.y, 0.0};
         const Vector3d minor{-b.y * ratio, b.x * ratio, 0.0};
         // The stored ends are angles seen from the centre; the curve is traced by its parameter.
@@ -145,7 +148,8 @@ void readEdgePath(Cursor& c, BoxSink& sink, double elevation) {
         };
         const double sweep = edgeSweep(start, end);
         const double t0 = param(start);
-        sink.addArc({a.x, a.y, elevation}, major, minor, t0, sweep >= kTwoPi ? kTwoPi : ccwSweep(t0, param(end)));
+        sink.addArc({a.x, a.y, elevation}, major, minor, t0, sweep >= kTwoPi ? kTwoPi : ccwSweep(t0, param(end)),
+                    !ccw);
         break;
       }
       case 4:
@@ -175,6 +179,7 @@ bool addHatch(const Groups& g, BoxSink& sink, bool isMPolygon) {
     const int flags = clampedInt(c.take(92), 0, kMaxCount);
     if (flags & 2) readPolylinePath(c, ocs, elevation);
     else readEdgePath(c, ocs, elevation);
+    if (Tracer* tracer = ocs.tracer()) tracer->endLoop();
     skipSources(c);
     any = true;
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,12 +13,24 @@
 
 namespace headless::extents {
 
+// Receives the geometry a sink is given, placed, in the order it comes: the outline of what is collected (a
+// renderer draws curves through it). A point continues the outline; an arc runs from its start to its end, or
+// the other way when `backward`; a loop ends where a closed boundary path ends.
+class Tracer {
+ public:
+  virtual ~Tracer() = default;
+  virtual void point(const platform::Point3d& p) = 0;
+  virtual void arc(const platform::Point3d& centre, const platform::Vector3d& u, const platform::Vector3d& v,
+                   double start, double sweep, bool backward) = 0;
+  virtual void endLoop() = 0;
+};
+
 // Collects geometry into a WCS box. What it is given is first taken through its placement matrix: identity for
 // an entity of a space, the accumulated block-reference transform for an entity inside a block. Points with a
 // non-finite coordinate (before or after placement) are dropped, so a box never holds NaN or infinity.
 class BoxSink {
  public:
-  explicit BoxSink(platform::Extents3d& box) : box_(&box) {}
+  explicit BoxSink(platform::Extents3d& box, Tracer* tracer = nullptr) : box_(&box), tracer_(tracer) {}
 
   // A sink into the same box for geometry given in a frame that `inner` takes to this sink's frame.
   BoxSink placed(const platform::Matrix3d& inner) const;
@@ -25,21 +38,27 @@ class BoxSink {
   bool isEmpty() const { return box_->isEmpty(); }
 
   void add(const platform::Point3d& p);
+  // Adds a point to the box only, not to the outline (a point the outline reaches along a curve).
+  void addToBox(const platform::Point3d& p);
   // The elliptic arc centre + u cos t + v sin t for t from `start` over `sweep` radians (sweep >= 0; 2 pi or more
   // is the whole ellipse). Exact: placement keeps it an elliptic arc, whose extremes per axis are computed.
+  // `backward` tells the tracer the outline runs from the end to the start.
   void addArc(const platform::Point3d& centre, const platform::Vector3d& u, const platform::Vector3d& v, double start,
-              double sweep);
+              double sweep, bool backward = false);
+  Tracer* tracer() const { return tracer_; }
   // The eight corners of a box.
   void addBox(const platform::Extents3d& e);
 
   // A sink with this one's placement into another box (to see what one part adds on its own).
-  BoxSink into(platform::Extents3d& other) const { return BoxSink(&other, m_, identity_); }
+  BoxSink into(platform::Extents3d& other) const { return BoxSink(&other, m_, identity_, tracer_); }
   // Adds a box that is already placed (as `into` collected it).
   void addPlaced(const platform::Extents3d& e) { box_->addExtents(e); }
 
  private:
-  BoxSink(platform::Extents3d* box, const platform::Matrix3d& m, bool identity) : box_(box), m_(m), identity_(identity) {}
+  BoxSink(platform::Extents3d* box, const platform::Matrix3d& m, bool identity, Tracer* tracer)
+      : box_(box), tracer_(tracer), m_(m), identity_(identity) {}
   platform::Extents3d* box_;
+  Tracer* tracer_ = nullptr;
   platform::Matrix3d m_;
   bool identity_ = true;
 };
@@ -123,6 +142,11 @@ bool addTolerance(const Groups& g, BoxSink& sink);
 bool addMLeader(const Groups& g, BoxSink& sink);
 // The estimated width of a one-line text in units of its height, formatting codes removed.
 double estimateTextWidth(std::string_view text);
+// What a one-line text shows: its %% codes resolved (degree, diameter, plus-minus symbols).
+std::string plainText(std::string_view text);
+// What multi-line text content shows: formatting codes removed, paragraphs ended by '\n', a stacked fraction as
+// "top/bottom".
+std::string plainMText(std::string_view content);
 
 // Hatches and multi-polygons: their boundary paths (dxf_extents_hatch.cpp).
 bool addHatch(const Groups& g, BoxSink& sink, bool isMPolygon);

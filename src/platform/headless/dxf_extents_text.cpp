@@ -67,7 +67,9 @@ struct RunMeasure {
   double width = 0.0;
   bool descends = false;
   bool visible = false;  // any character other than white space
+  std::string* text = nullptr;  // when set, the characters shown are appended to it (UTF-8)
   void addChar(char32_t c) {
+    if (text) platform::appendUtf8(*text, c);
     width += charWidth(c);
     descends = descends || hasDescender(c);
     visible = visible || !(c == ' ' || c == '\t' || c == 0x3000 || c == 0xA0 || c < 0x20);
@@ -79,7 +81,8 @@ bool percentCode(std::string_view s, std::size_t& i, RunMeasure& m) {
   if (i + 2 >= s.size() || s[i] != '%' || s[i + 1] != '%') return false;
   const char k = static_cast<char>(s[i + 2] | 0x20);
   if (k == 'd' || k == 'c' || k == 'p') {
-    m.addChar('o');
+    // Degree, diameter and plus-minus: one narrow symbol each.
+    m.addChar(k == 'd' ? U'\u00B0' : k == 'c' ? U'\u2300' : U'\u00B1');
     i += 3;
     return true;
   }
@@ -102,8 +105,9 @@ bool percentCode(std::string_view s, std::size_t& i, RunMeasure& m) {
   return false;
 }
 
-RunMeasure measureLine(std::string_view s) {
+RunMeasure measureLine(std::string_view s, std::string* text = nullptr) {
   RunMeasure m;
+  m.text = text;
   for (std::size_t i = 0; i < s.size();) {
     if (percentCode(s, i, m)) continue;
     m.addChar(nextCodePoint(s, i));
@@ -114,8 +118,14 @@ RunMeasure measureLine(std::string_view s) {
 // The paragraphs of multi-line text content with their widths (in units of the height), formatting removed:
 // \P, \X and \N (and ^J) end a paragraph, \S stacks a fraction (its wider part counts), \U+XXXX and \M+NXXXX
 // are one character, and the property codes (\A \C \F \H \Q \T \W \p ... up to ';') and toggles show nothing.
-std::vector<RunMeasure> measureParagraphs(std::string_view s) {
+// With `text`, the characters shown are appended to it, paragraphs ended by '\n'.
+std::vector<RunMeasure> measureParagraphs(std::string_view s, std::string* text = nullptr) {
   std::vector<RunMeasure> out(1);
+  out.back().text = text;
+  const auto newParagraph = [&] {
+    if (text) text->push_back('\n');
+    out.emplace_back().text = text;
+  };
   for (std::size_t i = 0; i < s.size();) {
     const char c = s[i];
     if (c == '{' || c == '}') {
@@ -126,14 +136,14 @@ std::vector<RunMeasure> measureParagraphs(std::string_view s) {
       const char k = s[i + 1];
       // Control characters written with a caret: ^J breaks the line, ^I is a tab, "^ " a caret itself; the
       // others show nothing.
-      if (k == 'J') out.emplace_back();
+      if (k == 'J') newParagraph();
       else if (k == 'I') out.back().addChar('\t');
       else if (k == ' ') out.back().addChar('^');
       i += 2;
       continue;
     }
     if (c == '\n') {
-      out.emplace_back();
+      newParagraph();
       ++i;
       continue;
     }
@@ -146,7 +156,7 @@ std::vector<RunMeasure> measureParagraphs(std::string_view s) {
     i += 2;
     switch (k) {
       case 'P': case 'X': case 'N':
-        out.emplace_back();
+        newParagraph();
         break;
       case '~':
         out.back().addChar(' ');
@@ -173,8 +183,11 @@ std::vector<RunMeasure> measureParagraphs(std::string_view s) {
         const std::size_t end = std::min(s.find(';', i), s.size());
         const std::string_view stack = s.substr(i, end - i);
         const std::size_t split = stack.find_first_of("^/#");
-        const RunMeasure top = measureLine(stack.substr(0, split));
-        const RunMeasure bottom = split == std::string_view::npos ? RunMeasure() : measureLine(stack.substr(split + 1));
+        // Shown as plain text, a stacked fraction reads "top/bottom".
+        const RunMeasure top = measureLine(stack.substr(0, split), text);
+        if (text && split != std::string_view::npos) text->push_back('/');
+        const RunMeasure bottom =
+            split == std::string_view::npos ? RunMeasure() : measureLine(stack.substr(split + 1), text);
         out.back().width += std::max(top.width, bottom.width);
         out.back().visible = out.back().visible || top.visible || bottom.visible;
         i = end + 1;
@@ -224,6 +237,18 @@ void addLocalBox(BoxSink& sink, const Matrix3d& frame, const LocalBox& b) {
 }  // namespace
 
 double estimateTextWidth(std::string_view text) { return measureLine(text).width; }
+
+std::string plainText(std::string_view text) {
+  std::string shown;
+  measureLine(text, &shown);
+  return shown;
+}
+
+std::string plainMText(std::string_view content) {
+  std::string shown;
+  measureParagraphs(content, &shown);
+  return shown;
+}
 
 bool addText(const Groups& g, BoxSink& sink, platform::DbClass cls) {
   const Vector3d normal = g.normal();

@@ -1,11 +1,13 @@
-// The headless host's own commands: OPEN, CLOSE, QUIT, ZOOM, PAN, REGEN, SETVAR, DOCUMENT, the toolbar and
-// menu-group commands and HELP.
+// The headless host's own commands: OPEN, CLOSE, QUIT, ZOOM, PAN, REGEN, SETVAR, DOCUMENT, SVGOUT, the
+// toolbar and menu-group commands and HELP.
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/files.h"
 #include "platform/headless/host_session.h"
 #include "platform/headless/menu_bar.h"
 #include "platform/host.h"
+#include "platform/render.h"
 #include "platform/text.h"
 
 namespace headless {
@@ -226,6 +228,20 @@ void menuUnload(HostSession& session) {
   if (!platform::unloadMenuGroup(unquote(name.text))) print("没有这个菜单组：" + unquote(name.text) + "\n");
 }
 
+// Writes what the current document's view shows, temporary vectors included, to an SVG file (whole or not at all).
+void svgOut(HostSession& session) {
+  HeadlessDocument* document = needDocument(session);
+  if (!document) return;
+  const Token token = session.readToken("输入 SVG 文件名: ", true);
+  if (token.kind != Token::Kind::Text || token.text.empty()) return;
+  const std::string path = unquote(token.text);
+  std::string svg;
+  std::string error;
+  if (!platform::renderViewSvg(document->view.window, svg)) print("无法绘制当前视图。\n");
+  else if (!platform::writeWholeFile(path, svg, &error)) print("无法写入 SVG 文件：" + error + "\n");
+  else print("视图已写入 " + path + "\n");
+}
+
 void help(HostSession& session) {
   print("可用的命令:\n");
   for (const Command& c : session.commands())
@@ -289,6 +305,7 @@ void HostSession::addHostCommands() {
   add("-TOOLBAR", kCmdModal, toolbarVisibility);
   add("MENULOAD", kCmdModal, menuLoad);
   add("MENUUNLOAD", kCmdModal, menuUnload);
+  add("SVGOUT", kCmdModal, svgOut);
   add("HELP", kCmdModal, help);
   variables_ = {{"CMDECHO", "1"}, {"FILEDIA", "1"}, {"OSMODE", "0"}, {"PICKBOX", "3"}};
 }

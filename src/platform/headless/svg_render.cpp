@@ -1,0 +1,732 @@
+// The headless host's SVG renderer: entities drawn as the host shows them on its dark background, views and
+// their temporary vectors.
+#include "platform/headless/svg_render.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "platform/headless/dxf_extents_parts.h"
+#include "platform/render.h"
+#include "platform/text.h"
+
+namespace headless {
+
+using platform::DbClass;
+using platform::Extents3d;
+using platform::Matrix3d;
+using platform::Point3d;
+using platform::Vector3d;
+using platform::kNone;
+
+namespace {
+
+constexpr std::uint32_t kWhite = 0xFFFFFF;
+constexpr double kPi = extents::kPi;
+constexpr double kTwoPi = extents::kTwoPi;
+
+// The colour index 10 to 249: 24 hues 15 degrees apart, each in five shades of value, full and pale.
+constexpr std::uint32_t hueColor(int index) {
+  const int hue = index / 10 - 1;
+  const int shade = index % 10;
+  constexpr int kValues[5] = {255, 189, 129, 104, 79};
+  const double v = kValues[shade / 2];
+  const double low = shade % 2 ? v * 2.0 / 3.0 : 0.0;
+  const double degrees = hue * 15.0;
+  const auto channel = [&](double offset) {
+    // The channel of an RGB hue wheel: full within 60 degrees of its centre, falling to low over the next 60.
+    double d = degrees - offset;
+    while (d < -180.0) d += 360.0;
+    while (d > 180.0) d -= 360.0;
+    d = d < 0 ? -d : d;
+    const double f = d <= 60.0 ? 1.0 : d >= 120.0 ? 0.0 : (120.0 - d) / 60.0;
+    return static_cast<std::uint32_t>(low + (v - low) * f);
+  };
+  return (channel(0.0) << 16) | (channel(120.0) << 8) | channel(240.0);
+}
+
+constexpr std::array<std::uint32_t, 256> kAci = [] {
+  std::array<std::uint32_t, 256> t{};
+  constexpr std::uint32_t kFirst[10] = {kWhite,   0xFF0000, 0xFFFF00, 0x00FF00, 0x00FFFF,
+                                        0x0000FF, 0xFF00FF, kWhite,   0x808080, 0xC0C0C0};
+  constexpr std::uint32_t kGreys[6] = {0x333333, 0x505050, 0x696969, 0x828282, 0xBEBEBE, 0xFFFFFF};
+  for (int i = 0; i < 10; ++i) t[static_cast<std::size_t>(i)] = kFirst[i];
+  for (int i = 10; i < 250; ++i) t[static_cast<std::size_t>(i)] = hueColor(i);
+  for (int i = 250; i < 256; ++i) t[static_cast<std::size_t>(i)] = kGreys[i - 250];
+  return t;
+}();
+
+// Numbers: ten significant digits, plenty for a picture; what is not finite draws at 0.
+void appendNumber(std::string& out, double v) {
+  if (!extents::isFinite(v)) v = 0.0;
+  if (v == 0.0) v = 0.0;  // no "-0"
+  char buffer[32];
+  const auto r = std::to_chars(buffer, buffer + sizeof buffer, v, std::chars_format::general, 10);
+  out.append(buffer, r.ptr);
+}
+
+void appendXY(std::string& out, const Point3d& p) {
+  appendNumber(out, p.x);
+  out += ' ';
+  appendNumber(out, p.y);
+}
+
+// Writes what a sink traces as SVG path data: points continue the outline, arcs become arc commands (circular
+// ones) or short chords (elliptic ones), loops close.
+class PathTracer final : public extents::Tracer {
+ public:
+  explicit PathTracer(std::string& out) : out_(out) {}
+  void reset() {
+    open_ = false;
+    any_ = false;
+  }
+  bool any() const { return any_; }
+
+  void point(const Point3d& p) override { to(p); }
+
+  void arc(const Point3d& c, const Vector3d& u, const Vector3d& v, double start, double sweep, bool backward) override {
+    // Quarter turns give the axes' ends exactly, not a cosine of 1e-16.
+    const auto snapped = [](double x) { return std::fabs(x) < 1e-15 ? 0.0 : x; };
+    const auto at = [&](double t) { return c + u * snapped(std::cos(t)) + v * snapped(std::sin(t)); };
+    sweep = std::min(sweep, kTwoPi);
+    const double from = backward ? start + sweep : start;
+    const double dir = backward ? -1.0 : 1.0;
+    to(at(from));
+    const double ru = std::hypot(u.x, u.y), rv = std::hypot(v.x, v.y);
+    const double cross = u.x * v.y - u.y * v.x;
+    const bool circular = ru > 0.0 && std::fabs(ru - rv) <= 1e-9 * ru && std::fabs(u.x * v.x + u.y * v.y) <= 1e-9 * ru * ru;
+    if (circular) {
+      // Increasing parameter turns counter-clockwise in the drawing when u x v points up; the drawing's group
+      // keeps drawing coordinates, where SVG's positive sweep is counter-clockwise.
+      const bool ccw = (cross > 0.0) == !backward;
+      const int halves = sweep > kPi + 1e-12 ? 2 : 1;
+      for (int h = 1; h <= halves; ++h) {
+        const double t = from + dir * sweep * h / halves;
+        out_ += 'A';
+        appendNumber(out_, ru);
+        out_ += ' ';
+        appendNumber(out_, ru);
+        out_ += " 0 0 ";
+        out_ += ccw ? '1' : '0';
+        out_ += ' ';
+        const Point3d p = at(t);
+        appendXY(out_, p);
+        current_ = p;
+      }
+      return;
+    }
+    // An ellipse seen in the plane: chords of at most 5 degrees of parameter.
+    const int steps = std::max(2, static_cast<int>(std::ceil(sweep / (kPi / 36.0))));
+    for (int k = 1; k <= steps; ++k) to(at(from + dir * sweep * k / steps));
+  }
+
+  void endLoop() override {
+    if (!open_) return;
+    out_ += 'Z';
+    open_ = false;
+  }
+  // Lifts the pen: the next point starts a new outline, the one drawn so far left open.
+  void lift() { open_ = false; }
+
+ private:
+  void to(const Point3d& p) {
+    if (!open_) {
+      out_ += 'M';
+      open_ = true;
+      any_ = true;
+    } else if (p.x == current_.x && p.y == current_.y) {
+      return;
+    } else {
+      out_ += 'L';
+    }
+    appendXY(out_, p);
+    current_ = p;
+  }
+
+  std::string& out_;
+  bool open_ = false;
+  bool any_ = false;
+  Point3d current_;
+};
+
+// What an entity inside a block reference takes from the reference: the colour ByBlock stands for, and the
+// layer its entities on layer "0" are drawn with.
+struct Inherited {
+  std::uint32_t color = kWhite;
+  std::uint32_t layer = kNone;
+};
+
+enum class Fill { None, Solid, Light };
+
+class Renderer {
+ public:
+  Renderer(const platform::Database& db, std::string& out, Extents3d& extents, const SvgLimits& limits)
+      : db_(db), data_(db.data()), out_(out), extents_(extents), limits_(limits), tracer_(out) {
+    if (limits_.visits == 0) limits_.visits = std::max<std::size_t>(2000000, 64 * data_.entities.size());
+    const auto& layers = data_.layerTable;
+    for (std::size_t i = 0; i < layers.size(); ++i)
+      if (platform::equalsIgnoreCase(layers[i].name, "0")) layerZero_ = static_cast<std::uint32_t>(i);
+  }
+
+  void drawBlock(std::uint32_t block, const Matrix3d& m, const Inherited& inherited, bool inReference) {
+    if (block >= data_.blocks.size()) return;
+    if (std::find(stack_.begin(), stack_.end(), block) != stack_.end() || stack_.size() >= limits_.depth) return;
+    stack_.push_back(block);
+    for (std::uint32_t index : data_.blocks[block].entities) {
+      if (visits_ >= limits_.visits) break;
+      entity(index, m, inherited, inReference);
+    }
+    stack_.pop_back();
+  }
+
+  bool budgetSpent() const { return visits_ >= limits_.visits; }
+
+ private:
+  const platform::LayerRecord* layerOf(std::uint32_t layer) const {
+    return layer < data_.layerTable.size() ? &data_.layerTable[layer] : nullptr;
+  }
+
+  std::uint32_t colorOf(const platform::EntityRec& e, const Groups& g, std::uint32_t layer,
+                        const Inherited& inherited) const {
+    if (const platform::StoredTag* trueColor = g.find(420))
+      return static_cast<std::uint32_t>(extents::numberOf(*trueColor)) & 0xFFFFFF;
+    if (e.color == 0) return inherited.color;
+    if (e.color == 256 || e.color < 0) {
+      const platform::LayerRecord* l = layerOf(layer);
+      return aciColor(l ? std::abs(l->colorIndex) : 7);
+    }
+    return aciColor(e.color);
+  }
+
+  void entity(std::uint32_t index, const Matrix3d& m, const Inherited& inherited, bool inReference) {
+    ++visits_;
+    const platform::EntityRec& e = data_.entities[index];
+    if (e.invisible) return;
+    // Attribute definitions of a block show through the references' attributes, unless constant.
+    const Groups g(data_, e);
+    if (e.cls == DbClass::AttributeDefinition && inReference && (g.integer(70) & 2) == 0) return;
+    std::uint32_t layer = e.layer;
+    if (layer == layerZero_ && inherited.layer != kNone) layer = inherited.layer;
+    if (const platform::LayerRecord* l = layerOf(layer); l && (l->isOff || l->isFrozen)) return;
+    const std::uint32_t color = colorOf(e, g, layer, inherited);
+    const platform::Entity entity = db_.openEntity(platform::makeId(platform::IdKind::Entity, index));
+    const Inherited mine{color, layer};
+    switch (e.cls) {
+      case DbClass::Line: {
+        Stroke s = begin(m);
+        s.sink.add(entity.point(platform::Accessor::startPoint));
+        s.sink.add(entity.point(platform::Accessor::endPoint));
+        end(s, color);
+        return;
+      }
+      case DbClass::Point: {
+        Stroke s = begin(m);
+        s.sink.add(entity.point(platform::Accessor::position));
+        end(s, color, Fill::None, " stroke-width=\"3\" stroke-linecap=\"round\"", "h0");
+        return;
+      }
+      case DbClass::Circle:
+      case DbClass::Arc: {
+        Stroke s = begin(m);
+        extents::addArcEntity(g, s.sink, e.cls == DbClass::Circle);
+        end(s, color);
+        return;
+      }
+      case DbClass::Ellipse: {
+        Stroke s = begin(m);
+        extents::addEllipse(g, s.sink);
+        end(s, color);
+        return;
+      }
+      case DbClass::Spline:
+      case DbClass::Helix: {
+        Stroke s = begin(m);
+        extents::addSpline(g, s.sink);
+        end(s, color);
+        return;
+      }
+      case DbClass::Polyline: {
+        Stroke s = begin(m);
+        extents::addLwPolyline(g, s.sink);
+        end(s, color, Fill::None, widthAttribute(lwPolylineWidth(g), m));
+        return;
+      }
+      case DbClass::Polyline2d:
+      case DbClass::Polyline3d: {
+        const long long flags = g.integer(70);
+        Stroke s = begin(m);
+        extents::addPolyline(data_, index, s.sink);
+        // A 3D polyline's points come without its closing segment.
+        if (e.cls == DbClass::Polyline3d && (flags & 1)) tracer_.endLoop();
+        end(s, color, Fill::None,
+            e.cls == DbClass::Polyline2d ? widthAttribute(polylineWidth(entity), m) : std::string_view());
+        return;
+      }
+      case DbClass::Leader: {
+        Stroke s = begin(m);
+        for (const Point3d& p : entity.points(platform::Accessor::leaderVertices)) s.sink.add(p);
+        end(s, color);
+        return;
+      }
+      case DbClass::Solid:
+      case DbClass::Trace: {
+        // Corners 1, 2, 3, 4 make the outline 1, 2, 4, 3.
+        const std::vector<Point3d> c = entity.points(platform::Accessor::cornerPoints);
+        if (c.size() < 3) return;
+        Stroke s = begin(m);
+        for (std::size_t i : {0, 1, 3, 2})
+          if (i < c.size()) s.sink.add(c[i]);
+        tracer_.endLoop();
+        end(s, color, Fill::Solid);
+        return;
+      }
+      case DbClass::Face: {
+        const std::vector<Point3d> c = entity.points(platform::Accessor::cornerPoints);
+        if (c.size() < 3) return;
+        const long long hidden = entity.integer(platform::Accessor::invisibleEdgeFlags);
+        Stroke s = begin(m);
+        face(s, c, hidden);
+        end(s, color);
+        return;
+      }
+      case DbClass::Hatch:
+      case DbClass::MPolygon: {
+        Stroke s = begin(m);
+        extents::addHatch(g, s.sink, e.cls == DbClass::MPolygon);
+        end(s, color, hatchFill(entity));
+        return;
+      }
+      case DbClass::Image:
+      case DbClass::RasterImage:
+      case DbClass::Wipeout: {
+        const Point3d p = entity.point(platform::Accessor::position);
+        const Vector3d u = entity.vector(platform::Accessor::imageUVector);
+        const Vector3d v = entity.vector(platform::Accessor::imageVVector);
+        Stroke s = begin(m);
+        for (const Point3d& q : {p, p + u, p + u + v, p + v}) s.sink.add(q);
+        tracer_.endLoop();
+        end(s, color);
+        return;
+      }
+      case DbClass::Text:
+      case DbClass::Attribute:
+      case DbClass::AttributeDefinition:
+        text(entity, g, m, color);
+        return;
+      case DbClass::MText:
+        mtext(entity, g, m, color);
+        return;
+      case DbClass::BlockReference:
+      case DbClass::MInsertBlock:
+      case DbClass::Table:
+        reference(entity, index, m, mine);
+        return;
+      default:
+        if (platform::isKindOf(e.cls, DbClass::Dimension)) dimension(g, m, mine);
+        return;
+    }
+  }
+
+  // ---- outlines ----
+
+  // One entity's path being written: the sink collects its box and traces its outline into the output.
+  struct Stroke {
+    std::size_t start;
+    extents::BoxSink sink;
+  };
+
+  Stroke begin(const Matrix3d& m) {
+    tracer_.reset();
+    const std::size_t start = out_.size();
+    out_ += "<path d=\"";
+    return Stroke{start, extents::BoxSink(scratch_, &tracer_).placed(m)};
+  }
+
+  // Ends the path; an entity that traced nothing leaves no element.
+  void end(Stroke& s, std::uint32_t color, Fill fill = Fill::None, std::string_view attributes = {},
+           std::string_view tail = {}) {
+    if (!tracer_.any()) {
+      out_.resize(s.start);
+      scratch_ = Extents3d();
+      return;
+    }
+    out_ += tail;
+    out_ += '"';
+    if (fill == Fill::None) {
+      out_ += " stroke=\"";
+      appendRgb(out_, color);
+      out_ += '"';
+    } else {
+      out_ += " fill=\"";
+      appendRgb(out_, color);
+      out_ += fill == Fill::Light ? "\" fill-opacity=\"0.3\" fill-rule=\"evenodd\"" : "\" fill-rule=\"evenodd\"";
+    }
+    if (attributes.empty()) out_ += " vector-effect=\"non-scaling-stroke\"";
+    else out_ += attributes;
+    out_ += "/>\n";
+    extents_.addExtents(scratch_);
+    scratch_ = Extents3d();
+  }
+
+  // A polyline drawn with a width keeps it in drawing units; thin ones are a pixel wide at every zoom.
+  std::string_view widthAttribute(double width, const Matrix3d& m) {
+    width_.clear();
+    if (!(width > 0.0) || !extents::isFinite(width)) return {};
+    const double scale = m.transform(Vector3d(1, 0, 0)).length();
+    width_ = " stroke-width=\"";
+    appendNumber(width_, width * (scale > 0.0 ? scale : 1.0));
+    width_ += "\" stroke-linejoin=\"round\" stroke-linecap=\"round\"";
+    return width_;
+  }
+
+  // The width a lightweight polyline is drawn with: its constant width, else the widest of its vertices'.
+  static double lwPolylineWidth(const Groups& g) {
+    const double constant = g.real(43);
+    if (constant > 0.0) return constant;
+    double widest = 0.0;
+    const extents::GroupRange r = extents::subclassRange(g, "AcDbPolyline");
+    for (std::uint32_t i = r.begin; i < r.end; ++i)
+      if (g.at(i).code == 40 || g.at(i).code == 41) widest = std::max(widest, extents::numberOf(g.at(i)));
+    return widest;
+  }
+
+  double polylineWidth(const platform::Entity& polyline) const {
+    double widest = std::max(polyline.real(platform::Accessor::defaultStartWidth),
+                             polyline.real(platform::Accessor::defaultEndWidth));
+    for (platform::ObjectId id : polyline.vertices()) {
+      const platform::Entity v = db_.openEntity(id);
+      widest = std::max({widest, v.real(platform::Accessor::startWidth), v.real(platform::Accessor::endWidth)});
+    }
+    return widest;
+  }
+
+  Fill hatchFill(const platform::Entity& hatch) const {
+    if (hatch.integer(platform::Accessor::hatchObjectType) == 1) return Fill::Light;  // gradient
+    return platform::equalsIgnoreCase(hatch.text(platform::Accessor::patternName), "SOLID") ? Fill::Solid
+                                                                                              : Fill::Light;
+  }
+
+  // A 3D face's edges, those flagged invisible left out.
+  void face(Stroke& s, const std::vector<Point3d>& c, long long hidden) {
+    const std::size_t n = c.size();
+    s.sink.add(c[0]);
+    for (std::size_t i = 0; i < n; ++i) {
+      const Point3d& next = c[(i + 1) % n];
+      if (hidden & (1LL << i)) tracer_.lift();
+      s.sink.add(next);
+    }
+    if (hidden == 0) tracer_.endLoop();
+  }
+
+  // ---- texts ----
+
+  // Opens a <text> element whose frame is `frame` (x along the baseline, y up, drawing units), un-flipped.
+  void openText(const Matrix3d& frame, double height, std::uint32_t color, std::string_view anchor) {
+    out_ += "<text transform=\"matrix(";
+    double values[6] = {frame(0, 0), frame(1, 0), -frame(0, 1), -frame(1, 1), frame(0, 3), frame(1, 3)};
+    // Rotations by quarter turns leave cosines of 1e-17 that only lengthen the output.
+    const double largest = std::max({std::fabs(values[0]), std::fabs(values[1]), std::fabs(values[2]), std::fabs(values[3])});
+    for (int i = 0; i < 4; ++i)
+      if (std::fabs(values[i]) < 1e-12 * largest) values[i] = 0.0;
+    for (int i = 0; i < 6; ++i) {
+      if (i) out_ += ' ';
+      appendNumber(out_, values[i]);
+    }
+    out_ += ")\" font-size=\"";
+    appendNumber(out_, height);
+    out_ += "\" fill=\"";
+    appendRgb(out_, color);
+    out_ += '"';
+    if (!anchor.empty()) {
+      out_ += " text-anchor=\"";
+      out_ += anchor;
+      out_ += '"';
+    }
+  }
+
+  // The box of a text as the extents code estimates it, placed like the text.
+  void addTextBox(const Groups& g, const Matrix3d& m, DbClass cls) {
+    Extents3d box;
+    extents::BoxSink sink = extents::BoxSink(box).placed(m);
+    if (cls == DbClass::MText) extents::addMText(g, sink);
+    else extents::addText(g, sink, cls);
+    extents_.addExtents(box);
+  }
+
+  void text(const platform::Entity& t, const Groups& g, const Matrix3d& m, std::uint32_t color) {
+    using platform::Accessor;
+    const double h = t.real(Accessor::textHeight);
+    // An attribute definition shows its tag.
+    const std::string shown = extents::plainText(
+        t.dbClass() == DbClass::AttributeDefinition ? t.text(Accessor::tag) : t.text(Accessor::textString));
+    if (!(h > 0.0) || shown.empty()) return;
+    const int horizontal = static_cast<int>(t.integer(Accessor::horizontalMode));
+    const int vertical = static_cast<int>(t.integer(Accessor::verticalMode));
+    const Point3d first = t.point(Accessor::position), second = t.point(Accessor::alignmentPoint);
+    const Vector3d normal = t.vector(Accessor::normal);
+    double rotation = t.real(Accessor::textRotation);
+    const bool aligned = (horizontal == 3 || horizontal == 5) && first.distanceTo(second) > 0.0;
+    double length = 0.0;
+    Point3d anchor = first;
+    if (aligned) {
+      const Matrix3d toOcs = platform::ocsToWcs(normal);
+      // The baseline's direction, seen in the text's own plane.
+      const Vector3d d = second - first;
+      const Vector3d ax = toOcs.transform(Vector3d(1, 0, 0)), ay = toOcs.transform(Vector3d(0, 1, 0));
+      rotation = std::atan2(d.dot(ay), d.dot(ax));
+      length = d.length();
+    } else if (horizontal != 0 || vertical != 0) {
+      anchor = second;
+    }
+    double widthFactor = t.real(Accessor::textWidthFactor);
+    if (!(widthFactor > 0.0) || aligned) widthFactor = 1.0;
+    const long long generation = g.integer(71);
+    Matrix3d local = platform::ocsToWcs(normal) * Matrix3d::rotationZ(rotation);
+    local = Matrix3d::translation(anchor.asVector()) * local;
+    const double oblique = t.real(Accessor::textOblique);
+    Matrix3d shape = Matrix3d::scaling((generation & 2) ? -widthFactor : widthFactor, (generation & 4) ? -1.0 : 1.0, 1.0);
+    if (extents::isFinite(oblique) && std::fabs(std::cos(oblique)) > 1e-6) shape(0, 1) = std::tan(oblique);
+    const std::string_view anchorName =
+        aligned ? "" : (horizontal == 1 || horizontal == 4) ? "middle" : horizontal == 2 ? "end" : "";
+    openText(m * local * shape, h, color, anchorName);
+    // The baseline below the anchor (SVG's y runs down in the text's frame).
+    double baseline = 0.0;
+    if (!aligned) {
+      if (horizontal == 4 || vertical == 2) baseline = h / 2.0;
+      else if (vertical == 1) baseline = -0.3 * h;
+      else if (vertical == 3) baseline = h;
+    }
+    if (baseline != 0.0) {
+      out_ += " y=\"";
+      appendNumber(out_, baseline);
+      out_ += '"';
+    }
+    if (aligned) {
+      out_ += " textLength=\"";
+      appendNumber(out_, length);
+      out_ += "\" lengthAdjust=\"spacingAndGlyphs\"";
+    }
+    out_ += '>';
+    appendXmlText(out_, shown);
+    out_ += "</text>\n";
+    addTextBox(g, m, t.dbClass());
+  }
+
+  void mtext(const platform::Entity& t, const Groups& g, const Matrix3d& m, std::uint32_t color) {
+    using platform::Accessor;
+    const double h = t.real(Accessor::textHeight);
+    const std::string shown = extents::plainMText(t.text(Accessor::contents));
+    if (!(h > 0.0) || shown.find_first_not_of(" \n") == std::string::npos) return;
+    const Point3d insertion = t.point(Accessor::position);
+    const Vector3d normal = t.vector(Accessor::normal).normal();
+    Vector3d x = t.vector(Accessor::direction).normal();
+    if (x.length() == 0.0) x = platform::arbitraryAxisX(normal);
+    const Vector3d y = normal.cross(x).normal();
+    int attachment = static_cast<int>(g.integer(71, 1));
+    if (attachment < 1 || attachment > 9) attachment = 1;
+    const int column = (attachment - 1) % 3, row = (attachment - 1) / 3;
+    double spacing = t.real(Accessor::lineSpacingFactor);
+    if (!(spacing > 0.0)) spacing = 1.0;
+    const double step = 5.0 / 3.0 * h * spacing;
+    const std::size_t lines = static_cast<std::size_t>(std::count(shown.begin(), shown.end(), '\n')) + 1;
+    const double total = h + static_cast<double>(lines - 1) * step;
+    // The first baseline below the insertion point: top rows hang from it, middle ones centre on it.
+    const double first = h - total * row / 2.0;
+    openText(m * Matrix3d::fromAxes(insertion, x, y, normal), h, color,
+             column == 1 ? "middle" : column == 2 ? "end" : "");
+    out_ += '>';
+    std::size_t begin = 0;
+    for (std::size_t line = 0; begin <= shown.size(); ++line) {
+      std::size_t stop = shown.find('\n', begin);
+      if (stop == std::string::npos) stop = shown.size();
+      out_ += "<tspan x=\"0\" y=\"";
+      appendNumber(out_, first + static_cast<double>(line) * step);
+      out_ += "\">";
+      appendXmlText(out_, std::string_view(shown).substr(begin, stop - begin));
+      out_ += "</tspan>";
+      begin = stop + 1;
+    }
+    out_ += "</text>\n";
+    addTextBox(g, m, DbClass::MText);
+  }
+
+  // ---- blocks ----
+
+  void reference(const platform::Entity& r, std::uint32_t index, const Matrix3d& m, const Inherited& mine) {
+    const platform::BlockRecord record = db_.blockRecord(r.blockTableRecord());
+    if (record) {
+      const std::uint32_t block = platform::idIndex(record.objectId());
+      const Matrix3d placed = m * r.blockTransform();
+      int columns = 1, rows = 1;
+      double dx = 0.0, dy = 0.0;
+      if (r.dbClass() == DbClass::MInsertBlock) {
+        const Groups g(data_, data_.entities[index]);
+        // A multiple insert repeats its block over a grid spaced in the reference's rotated, unscaled frame.
+        const Vector3d scale = r.vector(platform::Accessor::blockScaleFactors);
+        columns = extents::clampedInt(g.real(70, 1.0), 1, 1 << 20);
+        rows = extents::clampedInt(g.real(71, 1.0), 1, 1 << 20);
+        dx = scale.x != 0.0 ? g.real(44) / scale.x : 0.0;
+        dy = scale.y != 0.0 ? g.real(45) / scale.y : 0.0;
+      }
+      for (int row = 0; row < rows && !budgetSpent(); ++row)
+        for (int c = 0; c < columns && !budgetSpent(); ++c)
+          drawBlock(block, placed * Matrix3d::translation({c * dx, row * dy, 0.0}), mine, true);
+    }
+    // The reference's attributes are stored after it, in drawing coordinates of the reference's own frame.
+    const platform::EntityRec& e = data_.entities[index];
+    for (std::uint32_t i = 1; i <= e.subCount && index + i < data_.entities.size(); ++i)
+      if (data_.entities[index + i].cls == DbClass::Attribute) entity(index + i, m, mine, false);
+  }
+
+  // Dimensions show their anonymous block, whose entities are in the dimension's plane.
+  void dimension(const Groups& g, const Matrix3d& m, const Inherited& mine) {
+    const platform::BlockRecord record = db_.blockRecord(g.text(2));
+    if (!record) return;
+    drawBlock(platform::idIndex(record.objectId()),
+          m * platform::ocsToWcs(g.normal()) * Matrix3d::translation(-record.origin().asVector()), mine, true);
+  }
+
+  const platform::Database& db_;
+  const platform::DatabaseData& data_;
+  std::string& out_;
+  Extents3d& extents_;
+  SvgLimits limits_;
+  PathTracer tracer_;
+  Extents3d scratch_;
+  std::string width_;
+  std::vector<std::uint32_t> stack_;
+  std::size_t visits_ = 0;
+  std::uint32_t layerZero_ = kNone;
+};
+
+constexpr const char* kFontFamily =
+    "'Noto Sans CJK SC','Source Han Sans SC','Microsoft YaHei',SimSun,'WenQuanYi Micro Hei',sans-serif";
+
+}  // namespace
+
+std::uint32_t aciColor(int index) {
+  if (index < 1 || index > 255) return kWhite;
+  return kAci[static_cast<std::size_t>(index)];
+}
+
+void appendRgb(std::string& out, std::uint32_t rgb) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  out += '#';
+  for (int shift = 20; shift >= 0; shift -= 4) out += kHex[(rgb >> shift) & 0xF];
+}
+
+void appendXmlText(std::string& out, std::string_view text) {
+  for (std::size_t i = 0; i < text.size();) {
+    const auto b = static_cast<unsigned char>(text[i]);
+    if (b < 0x80) {
+      switch (b) {
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '&': out += "&amp;"; break;
+        case '"': out += "&quot;"; break;
+        case '\'': out += "&apos;"; break;
+        default:
+          if (b >= 0x20 || b == '\t' || b == '\n') out += static_cast<char>(b);
+          break;
+      }
+      ++i;
+      continue;
+    }
+    // A well-formed UTF-8 sequence is copied; anything else becomes U+FFFD.
+    const int length = b >= 0xF0 && b <= 0xF4 ? 4 : b >= 0xE0 ? 3 : b >= 0xC2 && b < 0xE0 ? 2 : 0;
+    bool ok = length > 0 && i + static_cast<std::size_t>(length) <= text.size();
+    char32_t c = ok ? (b & (0x7F >> length)) : 0;
+    for (int k = 1; ok && k < length; ++k) {
+      const auto next = static_cast<unsigned char>(text[i + static_cast<std::size_t>(k)]);
+      ok = (next & 0xC0) == 0x80;
+      c = (c << 6) | (next & 0x3F);
+    }
+    ok = ok && c >= (length == 2 ? 0x80u : length == 3 ? 0x800u : 0x10000u) && c <= 0x10FFFF &&
+         !(c >= 0xD800 && c <= 0xDFFF) && c != 0xFFFE && c != 0xFFFF;
+    if (ok) {
+      out.append(text.substr(i, static_cast<std::size_t>(length)));
+      i += static_cast<std::size_t>(length);
+    } else {
+      out += "\xEF\xBF\xBD";
+      ++i;
+    }
+  }
+}
+
+bool renderBlockSvg(const platform::Database& db, std::uint32_t block, std::string& out, Extents3d& extents,
+                    const SvgLimits& limits) {
+  if (block >= db.data().blocks.size()) return false;
+  out += "<g transform=\"scale(1,-1)\" fill=\"none\" font-family=\"";
+  out += kFontFamily;
+  out += "\">\n";
+  Renderer renderer(db, out, extents, limits);
+  renderer.drawBlock(block, Matrix3d(), Inherited(), false);
+  if (renderer.budgetSpent()) out += "<!-- the drawing's work budget is spent: what remains is not drawn -->\n";
+  out += "</g>\n";
+  return true;
+}
+
+void renderVectorsSvg(const std::vector<TempVector>& vectors, std::string& out) {
+  out += "<g transform=\"scale(1,-1)\" fill=\"none\">\n";
+  for (const TempVector& v : vectors) {
+    out += "<path d=\"M";
+    appendXY(out, v.from);
+    out += 'L';
+    appendXY(out, v.to);
+    out += "\" stroke=\"";
+    appendRgb(out, aciColor(v.colorIndex));
+    out += v.highlight ? "\" stroke-dasharray=\"6 3\"" : "\"";
+    out += " vector-effect=\"non-scaling-stroke\"/>\n";
+  }
+  out += "</g>\n";
+}
+
+}  // namespace headless
+
+namespace platform {
+
+void renderSpaceSvg(const Database& db, std::string& out, Extents3d& extents) {
+  extents = Extents3d();
+  headless::renderBlockSvg(db, idIndex(db.currentSpaceId()), out, extents);
+}
+
+bool renderViewSvg(WindowId window, std::string& out) {
+  const headless::HeadlessDocument* document = headless::HostSession::instance().byWindow(window);
+  if (!document) return false;
+  const headless::View& view = document->view;
+  const Extents3d area = view.extents();
+  const double width = area.max.x - area.min.x, height = area.max.y - area.min.y;
+  const int pixelsWide = std::max(1, view.rect.right - view.rect.left);
+  const int pixelsHigh = std::max(1, view.rect.bottom - view.rect.top);
+  out += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"";
+  appendInt(out, pixelsWide);
+  out += "\" height=\"";
+  appendInt(out, pixelsHigh);
+  out += "\" viewBox=\"";
+  std::string box;
+  headless::appendXY(box, {area.min.x, -area.max.y, 0.0});
+  box += ' ';
+  headless::appendXY(box, {width, height, 0.0});
+  out += box;
+  out += "\">\n<title>";
+  headless::appendXmlText(out, document->docTitle());
+  out += "</title>\n<rect x=\"";
+  headless::appendNumber(out, area.min.x);
+  out += "\" y=\"";
+  headless::appendNumber(out, -area.max.y);
+  out += "\" width=\"";
+  headless::appendNumber(out, width);
+  out += "\" height=\"";
+  headless::appendNumber(out, height);
+  out += "\" fill=\"";
+  out += kDrawingBackground;
+  out += "\"/>\n";
+  Extents3d drawn;
+  renderSpaceSvg(document->database(), out, drawn);
+  headless::renderVectorsSvg(view.vectors, out);
+  out += "</svg>\n";
+  return true;
+}
+
+}  // namespace platform

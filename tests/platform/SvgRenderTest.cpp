@@ -1,0 +1,402 @@
+// Drawings rendered to SVG by the headless host: colours, visibility, texts, curves, blocks and the corpus.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/database.h"
+#include "platform/headless/svg_render.h"
+#include "platform/render.h"
+#include "support/TestSupport.h"
+
+using namespace platform;
+
+namespace {
+
+// One element of a parsed SVG text: its name, attributes and the character data directly inside it, unescaped.
+struct Element {
+  std::string name;
+  std::map<std::string, std::string> attributes;
+  std::string text;
+  std::string attr(const std::string& key) const {
+    auto it = attributes.find(key);
+    return it == attributes.end() ? std::string() : it->second;
+  }
+};
+
+// A small XML reader, strict about what the renderer must get right: tags nest and close, attribute values are
+// quoted, '<' and '&' appear only as markup or known references. Comments and the declaration are skipped.
+class Xml {
+ public:
+  explicit Xml(std::string_view s) : s_(s) {}
+
+  // The elements in document order; an empty error when the text is well-formed.
+  std::vector<Element> parse(std::string& error) {
+    std::vector<Element> all;
+    std::vector<std::size_t> open;
+    while (i_ < s_.size() && error.empty()) {
+      if (s_[i_] != '<') {
+        const std::string text = characters(error);
+        if (!open.empty()) all[open.back()].text += text;
+        else if (text.find_first_not_of(" \n") != std::string::npos) error = "text outside the root";
+        continue;
+      }
+      if (s_.substr(i_, 4) == "<!--") {
+        const std::size_t end = s_.find("-->", i_);
+        if (end == std::string_view::npos) error = "open comment";
+        i_ = end + 3;
+        continue;
+      }
+      if (s_.substr(i_, 2) == "<?") {
+        i_ = s_.find("?>", i_) + 2;
+        continue;
+      }
+      if (s_.substr(i_, 2) == "</") {
+        const std::size_t end = s_.find('>', i_);
+        const std::string name(s_.substr(i_ + 2, end - i_ - 2));
+        if (open.empty() || all[open.back()].name != name) error = "unbalanced </" + name + ">";
+        else open.pop_back();
+        i_ = end + 1;
+        continue;
+      }
+      ++i_;
+      Element e;
+      e.name = word();
+      if (e.name.empty()) error = "a tag without a name";
+      while (error.empty()) {
+        skipBlanks();
+        if (i_ >= s_.size()) {
+          error = "open tag";
+          break;
+        }
+        if (s_.substr(i_, 2) == "/>") {
+          i_ += 2;
+          all.push_back(e);
+          break;
+        }
+        if (s_[i_] == '>') {
+          ++i_;
+          open.push_back(all.size());
+          all.push_back(e);
+          break;
+        }
+        const std::string key = word();
+        if (key.empty() || i_ + 1 >= s_.size() || s_[i_] != '=' || s_[i_ + 1] != '"') {
+          error = "a bad attribute in <" + e.name + ">";
+          break;
+        }
+        i_ += 2;
+        const std::size_t close = s_.find('"', i_);
+        if (close == std::string_view::npos) {
+          error = "an open attribute value";
+          break;
+        }
+        Xml value(s_.substr(i_, close - i_));
+        const std::string v = value.characters(error);
+        if (!e.attributes.emplace(key, v).second) error = "attribute " + key + " twice";
+        i_ = close + 1;
+      }
+    }
+    if (error.empty() && !open.empty()) error = "<" + all[open.back()].name + "> not closed";
+    return all;
+  }
+
+ private:
+  std::string word() {
+    const std::size_t begin = i_;
+    while (i_ < s_.size() && (std::isalnum(static_cast<unsigned char>(s_[i_])) || s_[i_] == '-' || s_[i_] == ':'))
+      ++i_;
+    return std::string(s_.substr(begin, i_ - begin));
+  }
+  void skipBlanks() {
+    while (i_ < s_.size() && (s_[i_] == ' ' || s_[i_] == '\n')) ++i_;
+  }
+  std::string characters(std::string& error) {
+    std::string out;
+    while (i_ < s_.size() && s_[i_] != '<') {
+      if (s_[i_] != '&') {
+        if (s_[i_] == '>' || (static_cast<unsigned char>(s_[i_]) < 0x20 && s_[i_] != '\n' && s_[i_] != '\t'))
+          error = "a raw markup or control character";
+        out += s_[i_++];
+        continue;
+      }
+      static const std::pair<std::string_view, char> kKnown[] = {
+          {"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}, {"&quot;", '"'}, {"&apos;", '\''}};
+      bool known = false;
+      for (const auto& [reference, c] : kKnown)
+        if (s_.substr(i_, reference.size()) == reference) {
+          out += c;
+          i_ += reference.size();
+          known = true;
+          break;
+        }
+      if (!known) {
+        error = "an unknown reference";
+        ++i_;
+      }
+    }
+    return out;
+  }
+  std::string_view s_;
+  std::size_t i_ = 0;
+};
+
+struct Rendering {
+  std::string svg;
+  Extents3d extents;
+  std::vector<Element> elements;
+  std::vector<const Element*> named(const std::string& name) const {
+    std::vector<const Element*> out;
+    for (const Element& e : elements)
+      if (e.name == name) out.push_back(&e);
+    return out;
+  }
+};
+
+// The current space of a database rendered and parsed back; fails the test when the SVG is not well-formed.
+Rendering render(const Database& db, const headless::SvgLimits& limits = {}) {
+  Rendering r;
+  EXPECT_TRUE(headless::renderBlockSvg(db, idIndex(db.currentSpaceId()), r.svg, r.extents, limits));
+  std::string error;
+  r.elements = Xml(r.svg).parse(error);
+  EXPECT_EQ(error, "") << r.svg.substr(0, 2000);
+  return r;
+}
+
+Rendering renderDxf(std::string_view entities, std::string_view tables = "", std::string_view blocks = "") {
+  vktest::TempDir dir;
+  auto db = vktest::readDxfText(dir, "d.dxf", vktest::dxfDrawing(entities, "AC1015", "", tables, blocks));
+  if (!db) return {};
+  return render(*db);
+}
+
+constexpr std::string_view kLayers =
+    "0|TABLE|2|LAYER|0|LAYER|2|0|62|7|70|0|0|LAYER|2|Red|62|1|70|0|0|LAYER|2|Green|62|3|70|0"
+    "|0|LAYER|2|Frozen|62|2|70|1|0|LAYER|2|Off|62|-4|70|0|0|ENDTAB";
+
+// ---- colours and visibility ----
+
+TEST(SvgRender, ColoursResolveThroughLayersBlocksAndTrueColours) {
+  const std::string blocks =
+      "0|BLOCK|2|B|70|0|10|0|20|0|30|0"
+      "|0|LINE|8|Red|62|0|10|0|20|0|30|0|11|1|21|0|31|0"        // ByBlock: the reference's colour
+      "|0|LINE|8|0|10|0|20|1|30|0|11|1|21|1|31|0"               // layer 0, ByLayer: the reference's layer
+      "|0|LINE|8|Red|10|0|20|2|30|0|11|1|21|2|31|0|0|ENDBLK"    // its own layer
+      "|0|BLOCK|2|OUTER|70|0|10|0|20|0|30|0|0|INSERT|8|Red|62|0|2|B|10|0|20|0|30|0|0|ENDBLK";
+  const Rendering r = renderDxf(
+      "0|LINE|8|Red|10|0|20|0|30|0|11|10|21|0|31|0"
+      "|0|LINE|8|Red|62|5|10|0|20|5|30|0|11|10|21|5|31|0"
+      "|0|LINE|8|0|420|1193046|10|0|20|6|30|0|11|1|21|6|31|0"
+      "|0|LINE|8|0|62|0|10|0|20|7|30|0|11|1|21|7|31|0"
+      "|0|INSERT|8|Green|62|6|2|B|10|100|20|0|30|0"
+      "|0|INSERT|8|Green|2|B|10|200|20|0|30|0"
+      "|0|INSERT|8|Green|62|4|2|OUTER|10|300|20|0|30|0",
+      kLayers, blocks);
+  std::map<std::string, std::string> strokeOf;
+  for (const Element* p : r.named("path")) strokeOf[p->attr("d")] = p->attr("stroke");
+  EXPECT_EQ(strokeOf["M0 0L10 0"], "#ff0000");   // ByLayer on a layer of colour 1
+  EXPECT_EQ(strokeOf["M0 5L10 5"], "#0000ff");   // its own colour 5
+  EXPECT_EQ(strokeOf["M0 6L1 6"], "#123456");    // a true colour wins
+  EXPECT_EQ(strokeOf["M0 7L1 7"], "#ffffff");    // ByBlock outside any block: white
+  EXPECT_EQ(strokeOf["M100 0L101 0"], "#ff00ff");  // ByBlock takes the reference's colour 6
+  EXPECT_EQ(strokeOf["M100 1L101 1"], "#00ff00");  // layer 0 takes the reference's layer Green
+  EXPECT_EQ(strokeOf["M100 2L101 2"], "#ff0000");
+  EXPECT_EQ(strokeOf["M200 0L201 0"], "#00ff00");  // a ByLayer reference passes its layer's colour on
+  EXPECT_EQ(strokeOf["M300 0L301 0"], "#00ffff");  // through a ByBlock reference nested in one of colour 4
+  for (const Element* p : r.named("path")) EXPECT_EQ(p->attr("vector-effect"), "non-scaling-stroke");
+}
+
+TEST(SvgRender, FrozenOffAndInvisibleEntitiesAreNotDrawn) {
+  const std::string blocks =
+      "0|BLOCK|2|B|70|0|10|0|20|0|30|0|0|LINE|8|Frozen|10|0|20|0|30|0|11|1|21|0|31|0"
+      "|0|LINE|8|0|10|0|20|1|30|0|11|1|21|1|31|0|0|ENDBLK";
+  const Rendering r = renderDxf(
+      "0|LINE|8|Frozen|10|0|20|0|30|0|11|1|21|0|31|0"
+      "|0|LINE|8|Off|10|0|20|1|30|0|11|1|21|1|31|0"
+      "|0|LINE|8|Red|60|1|10|0|20|2|30|0|11|1|21|2|31|0"
+      "|0|INSERT|8|Frozen|2|B|10|50|20|0|30|0"
+      "|0|INSERT|8|Red|2|B|10|100|20|0|30|0"
+      "|0|LINE|8|Red|10|0|20|3|30|0|11|1|21|3|31|0",
+      kLayers, blocks);
+  std::vector<std::string> drawn;
+  for (const Element* p : r.named("path")) drawn.push_back(p->attr("d"));
+  // The line on layer 0 inside the block is drawn on the reference's layer; the frozen one is not.
+  EXPECT_EQ(drawn, (std::vector<std::string>{"M100 1L101 1", "M0 3L1 3"}));
+  EXPECT_EQ(r.extents.min.x, 0.0);
+  EXPECT_EQ(r.extents.max.x, 101.0);
+}
+
+// ---- texts ----
+
+TEST(SvgRender, TextsAreEscapedPlainAndPlaced) {
+  const Rendering r = renderDxf(
+      "0|TEXT|8|0|10|1|20|2|30|0|40|2.5|1|<script>alert(1)</script> & \"q\"|50|90"
+      "|0|TEXT|8|0|10|0|20|0|30|0|11|5|21|5|31|0|40|1|1|%%c20 %%p0.1|72|1|73|2"
+      "|0|MTEXT|8|0|10|0|20|10|30|0|40|2|71|5|1|{\\H1.5x;\\C1;图纸}\\P第二行 \\S1/2;\\Pend"
+      "|0|ATTDEF|8|0|10|0|20|0|30|0|40|1|1|value|2|TAG|3|prompt|70|0",
+      kLayers);
+  EXPECT_EQ(r.svg.find("<script"), std::string::npos);
+  const std::vector<const Element*> texts = r.named("text");
+  ASSERT_EQ(texts.size(), 4u);
+  EXPECT_EQ(texts[0]->text, "<script>alert(1)</script> & \"q\"");
+  // Rotated 90 degrees about (1, 2), un-flipped: x along drawing y, glyph y down along drawing -x.
+  EXPECT_EQ(texts[0]->attr("transform"), "matrix(0 1 1 0 1 2)");
+  EXPECT_EQ(texts[0]->attr("font-size"), "2.5");
+  EXPECT_EQ(texts[0]->attr("fill"), "#ffffff");
+  EXPECT_NE(r.svg.find("Noto Sans CJK SC"), std::string::npos);
+  // Centred on its alignment point, the baseline half the height below it.
+  EXPECT_EQ(texts[1]->text, "\u230020 \u00B10.1");
+  EXPECT_EQ(texts[1]->attr("transform"), "matrix(1 0 0 -1 5 5)");
+  EXPECT_EQ(texts[1]->attr("text-anchor"), "middle");
+  EXPECT_EQ(texts[1]->attr("y"), "0.5");
+  // Multi-line text: codes stripped, one line per paragraph, attached at its middle centre.
+  const std::vector<const Element*> spans = r.named("tspan");
+  ASSERT_EQ(spans.size(), 3u);
+  EXPECT_EQ(spans[0]->text, "图纸");
+  EXPECT_EQ(spans[1]->text, "第二行 1/2");
+  EXPECT_EQ(spans[2]->text, "end");
+  EXPECT_EQ(texts[2]->attr("text-anchor"), "middle");
+  // Three lines of height 2, 10/3 apart: the block is 2 + 20/3 high, the first baseline 2 - (2 + 20/3) / 2 down.
+  EXPECT_NEAR(std::stod(spans[0]->attr("y")), 2.0 - (2.0 + 20.0 / 3.0) / 2.0, 1e-9);
+  EXPECT_NEAR(std::stod(spans[1]->attr("y")) - std::stod(spans[0]->attr("y")), 10.0 / 3.0, 1e-9);
+  // An attribute definition in a space shows its tag.
+  EXPECT_EQ(texts[3]->text, "TAG");
+  EXPECT_FALSE(r.extents.isEmpty());
+}
+
+TEST(SvgRender, XmlTextDropsWhatXmlCannotHold) {
+  std::string out;
+  headless::appendXmlText(out, std::string("a\x01<b>\xFF\xC3\xA9\xE5\x9B", 11));
+  EXPECT_EQ(out, "a&lt;b&gt;\xEF\xBF\xBD\xC3\xA9\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+// ---- curves ----
+
+TEST(SvgRender, ArcsSweepTheWayTheyTurn) {
+  const std::string blocks = "0|BLOCK|2|Q|70|0|10|0|20|0|30|0|0|ARC|8|0|10|0|20|0|30|0|40|10|50|0|51|90|0|ENDBLK";
+  const Rendering r = renderDxf(
+      "0|ARC|8|0|10|0|20|0|30|0|40|10|50|0|51|90"
+      "|0|ARC|8|0|10|0|20|0|30|0|40|10|50|0|51|90|210|0|220|0|230|-1"
+      "|0|CIRCLE|8|0|10|0|20|0|30|0|40|1"
+      "|0|INSERT|8|0|2|Q|10|0|20|0|30|0|41|-1"
+      "|0|LWPOLYLINE|8|0|100|AcDbPolyline|90|3|70|0|10|0|20|0|42|-1|10|2|20|0|10|4|20|0",
+      kLayers, blocks);
+  std::vector<std::string> d;
+  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  ASSERT_EQ(d.size(), 5u);
+  // A quarter counter-clockwise from (10, 0) to (0, 10); seen from below, the same arc runs clockwise to (-10, 0).
+  EXPECT_EQ(d[0], "M10 0A10 10 0 0 1 0 10");
+  EXPECT_EQ(d[1], "M-10 0A10 10 0 0 0 0 10");
+  // A whole circle in two halves.
+  EXPECT_EQ(d[2], "M1 0A1 1 0 0 1 -1 0A1 1 0 0 1 1 0");
+  // Mirrored by its reference the quarter runs clockwise.
+  EXPECT_EQ(d[3], "M-10 0A10 10 0 0 0 0 10");
+  // A clockwise bulge of a half circle from (0, 0) to (2, 0), then straight on.
+  EXPECT_EQ(d[4], "M0 0A1 1 0 0 0 2 0L4 0");
+}
+
+TEST(SvgRender, FilledAndFramedEntities) {
+  const Rendering r = renderDxf(
+      "0|SOLID|8|Red|10|0|20|0|30|0|11|1|21|0|31|0|12|0|22|1|32|0|13|1|23|1|33|0"
+      "|0|HATCH|8|0|100|AcDbHatch|10|0|20|0|30|0|2|SOLID|70|1|71|0|91|1|92|2|72|0|73|1|93|3"
+      "|10|0|20|0|10|4|20|0|10|4|20|4|97|0|75|0|76|1|98|0"
+      "|0|HATCH|8|0|100|AcDbHatch|10|0|20|0|30|0|2|ANSI31|70|0|71|0|91|1|92|1|93|2"
+      "|72|1|10|0|20|0|11|3|21|0|72|1|10|3|20|0|11|0|21|3|97|0|75|0|76|1|98|0"
+      "|0|3DFACE|8|0|10|0|20|0|30|0|11|1|21|0|31|0|12|1|22|1|32|0|13|0|23|1|33|0|70|2"
+      "|0|POINT|8|0|10|7|20|8|30|0",
+      kLayers);
+  const std::vector<const Element*> p = r.named("path");
+  ASSERT_EQ(p.size(), 5u);
+  EXPECT_EQ(p[0]->attr("d"), "M0 0L1 0L1 1L0 1Z");  // corners 1, 2, 4, 3
+  EXPECT_EQ(p[0]->attr("fill"), "#ff0000");
+  EXPECT_EQ(p[1]->attr("d"), "M0 0L4 0L4 4L0 0Z");
+  EXPECT_EQ(p[1]->attr("fill-opacity"), "");
+  EXPECT_EQ(p[2]->attr("fill-opacity"), "0.3");  // a pattern shows as a light fill
+  EXPECT_EQ(p[2]->attr("d"), "M0 0L3 0L0 3Z");
+  EXPECT_EQ(p[3]->attr("d"), "M0 0L1 0M1 1L0 1L0 0");  // the second edge is invisible
+  EXPECT_EQ(p[4]->attr("d"), "M7 8h0");
+}
+
+// ---- blocks ----
+
+TEST(SvgRender, NestingIsBoundedByCyclesDepthAndBudget) {
+  vktest::TempDir dir;
+  // A block that refers to itself is drawn once around the cycle.
+  auto cyclic = vktest::readDxfText(
+      dir, "c.dxf",
+      vktest::dxfDrawing("0|INSERT|8|0|2|SELF|10|0|20|0|30|0", "AC1015", "", "",
+                         "0|BLOCK|2|SELF|70|0|10|0|20|0|30|0|0|LINE|8|0|10|0|20|0|30|0|11|1|21|0|31|0"
+                         "|0|INSERT|8|0|2|SELF|10|5|20|0|30|0|0|ENDBLK"));
+  ASSERT_TRUE(cyclic);
+  EXPECT_EQ(render(*cyclic).named("path").size(), 1u);
+  // 4^8 lines through nested references: the budget stops the walk and says so.
+  auto nested = vktest::readDxfText(dir, "n.dxf", vktest::nestedBlocksDrawing(8, 4));
+  ASSERT_TRUE(nested);
+  const Rendering r = render(*nested, {1000, 64});
+  EXPECT_LE(r.named("path").size(), 1000u);
+  EXPECT_GT(r.named("path").size(), 100u);
+  EXPECT_NE(r.svg.find("work budget"), std::string::npos);
+  const Rendering shallow = render(*nested, {0, 3});
+  EXPECT_TRUE(shallow.named("path").empty());
+}
+
+TEST(SvgRender, ViewDocumentFramesTheViewAndDrawsVectorsOnTop) {
+  std::string out;
+  headless::renderVectorsSvg({{{0, 0, 0}, {3, 4, 0}, 1, false}, {{1, 1, 0}, {2, 2, 0}, 3, true}}, out);
+  std::string error;
+  const std::vector<Element> e = Xml(out).parse(error);
+  EXPECT_EQ(error, "");
+  ASSERT_EQ(e.size(), 3u);
+  EXPECT_EQ(e[1].attr("d"), "M0 0L3 4");
+  EXPECT_EQ(e[1].attr("stroke"), "#ff0000");
+  EXPECT_EQ(e[2].attr("stroke"), "#00ff00");
+  EXPECT_NE(e[2].attr("stroke-dasharray"), "");  // highlighted
+  EXPECT_EQ(headless::aciColor(7), 0xFFFFFFu);
+  EXPECT_EQ(headless::aciColor(250), 0x333333u);
+  EXPECT_EQ(headless::aciColor(10), 0xFF0000u);
+  EXPECT_EQ(headless::aciColor(30), 0xFF7F00u);
+}
+
+// ---- real drawings ----
+
+TEST(SvgRender, ExamplesRenderAsTheirGroups) {
+  for (const char* name : {"door_rev_a.dxf", "door_rev_b.dxf"}) {
+    SCOPED_TRACE(name);
+    ReadReport report;
+    auto db = Database::read(vktest::dataDir() + "/../../examples/" + name, report);
+    ASSERT_TRUE(db) << report.error;
+    Extents3d out;
+    std::string fragment;
+    renderSpaceSvg(*db, fragment, out);
+    const Rendering r = render(*db);
+    EXPECT_EQ(fragment, r.svg);
+    EXPECT_GT(r.named("path").size(), 5u);
+    EXPECT_FALSE(r.named("text").empty());
+    EXPECT_FALSE(out.isEmpty());
+  }
+}
+
+TEST(SvgRender, EveryCorpusDrawingRendersWellFormed) {
+  const std::string corpus = vktest::corpusDir();
+  if (corpus.empty()) GTEST_SKIP() << "no drawing corpus";
+  int rendered = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
+    std::string ext = entry.path().extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (!entry.is_regular_file() || (ext != ".dxf" && ext != ".dwg")) continue;
+    const std::string path = entry.path().string();
+    SCOPED_TRACE(path);
+    ReadReport report;
+    auto db = Database::read(path, report);
+    if (!db) continue;  // the reader's own tests answer for drawings it refuses
+    const Rendering r = render(*db);
+    if (r.named("g").size() != 1) ADD_FAILURE() << "no drawing group";
+    ++rendered;
+  }
+  EXPECT_GT(rendered, 100);
+}
+
+}  // namespace
