@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/database.h"
+#include "platform/headless/dxf_storage.h"
 #include "platform/headless/svg_render.h"
 #include "platform/render.h"
 #include "support/TestSupport.h"
@@ -166,9 +167,10 @@ Rendering render(const Database& db, const headless::SvgLimits& limits = {}) {
   return r;
 }
 
+// Texts of R2007 and later drawings are UTF-8.
 Rendering renderDxf(std::string_view entities, std::string_view tables = "", std::string_view blocks = "") {
   vktest::TempDir dir;
-  auto db = vktest::readDxfText(dir, "d.dxf", vktest::dxfDrawing(entities, "AC1015", "", tables, blocks));
+  auto db = vktest::readDxfText(dir, "d.dxf", vktest::dxfDrawing(entities, "AC1021", "", tables, blocks));
   if (!db) return {};
   return render(*db);
 }
