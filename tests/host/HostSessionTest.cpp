@@ -2,9 +2,12 @@
 // typed and queued, prompts answered and cancelled, LISP calls, reactors, the hook and the views.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "platform/application.h"
@@ -15,6 +18,7 @@
 #include "platform/headless/host_session.h"
 #include "platform/host.h"
 #include "platform/lisp.h"
+#include "platform/render.h"
 #include "platform/views.h"
 
 namespace {
@@ -449,6 +453,80 @@ TEST(ProductModule, LoadsRunsTheSilentLispFunctionAndUnloadsCleanly) {
             std::string::npos);
   host.shutdown();
   EXPECT_EQ(services->at("VkAcadCompareDwg"), nullptr);
+}
+
+// ---- views rendered to SVG ----
+
+// A fresh folder of the test's own, removed with what is in it.
+struct TempFolder {
+  std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("vk-host-svg-" + std::to_string(::getpid()));
+  TempFolder() { std::filesystem::create_directories(path); }
+  ~TempFolder() { std::filesystem::remove_all(path); }
+};
+
+std::string readWholeFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+std::size_t occurrences(const std::string& text, std::string_view what) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) ++n;
+  return n;
+}
+
+TEST_F(HostFixture, SvgOutWritesTheViewWithItsVectorsUntilRegeneration) {
+  const TempFolder dir;
+  headless::HeadlessDocument* d = open("two_entities.dxf");
+  ASSERT_NE(d, nullptr);
+  EXPECT_NE(type("HELP\n").find("  SVGOUT\n"), std::string::npos);
+  ASSERT_EQ(platform::grDraw({1, 2, 0}, {3, 4, 0}, 1, false), platform::RTNORM);
+
+  const std::filesystem::path file = dir.path / "view.svg";
+  EXPECT_NE(type("SVGOUT " + file.string() + "\n").find(file.string()), std::string::npos);
+  const std::string svg = readWholeFile(file);
+  // The view's area (0,0 to 10,7.5 centred in a 16:9 window) framed in SVG's y-down coordinates.
+  const platform::Extents3d area = platform::viewExtents(platform::documentWindow(d));
+  EXPECT_DOUBLE_EQ(area.max.y, 7.5);
+  EXPECT_NE(svg.find("viewBox=\""), std::string::npos);
+  EXPECT_NE(svg.find(" -7.5 "), std::string::npos);
+  EXPECT_NE(svg.find("fill=\"#212830\""), std::string::npos);
+  // The line and the circle, then the temporary vector in red, on top.
+  const std::size_t line = svg.find("d=\"M0 0L10 0\""), circle = svg.find("A2.5 2.5"),
+                    vector = svg.find("d=\"M1 2L3 4\" stroke=\"#ff0000\"");
+  ASSERT_NE(line, std::string::npos);
+  ASSERT_NE(circle, std::string::npos);
+  ASSERT_NE(vector, std::string::npos);
+  EXPECT_LT(line, vector);
+  EXPECT_LT(circle, vector);
+  EXPECT_EQ(occurrences(svg, "<g"), occurrences(svg, "</g>"));
+  EXPECT_EQ(occurrences(svg, "<svg"), 1u);
+  EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
+
+  type("REGEN\n");
+  type("SVGOUT \"" + file.string() + "\"\n");
+  EXPECT_EQ(readWholeFile(file).find("M1 2L3 4"), std::string::npos);
+}
+
+TEST_F(HostFixture, SvgOutRefusesWithoutADocumentAndKeepsOldFilesOnFailure) {
+  const TempFolder dir;
+  EXPECT_NE(type("SVGOUT x.svg\n").find("没有打开的图形。"), std::string::npos);
+  std::string out;
+  EXPECT_FALSE(platform::renderViewSvg(12345, out));
+  EXPECT_TRUE(out.empty());
+
+  open("two_entities.dxf");
+  // A folder stands where the file would go: nothing is written and the command says why.
+  const std::filesystem::path folder = dir.path / "taken.svg";
+  std::filesystem::create_directories(folder);
+  EXPECT_NE(type("SVGOUT " + folder.string() + "\n").find("无法写入 SVG 文件"), std::string::npos);
+  EXPECT_TRUE(std::filesystem::is_directory(folder));
+  // An answer left empty writes nothing.
+  type("SVGOUT\n\n");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), std::filesystem::directory_iterator()), 1);
 }
 
 }  // namespace

@@ -657,6 +657,8 @@ void appendXmlText(std::string& out, std::string_view text) {
 bool renderBlockSvg(const platform::Database& db, std::uint32_t block, std::string& out, Extents3d& extents,
                     const SvgLimits& limits) {
   if (block >= db.data().blocks.size()) return false;
+  // About what an entity takes, so that a large drawing's text grows a few times rather than a few dozen.
+  out.reserve(out.size() + 128 * db.data().blocks[block].entities.size());
   out += "<g transform=\"scale(1,-1)\" fill=\"none\" font-family=\"";
   out += kFontFamily;
   out += "\">\n";
