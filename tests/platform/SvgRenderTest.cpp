@@ -322,6 +322,28 @@ TEST(SvgRender, FilledAndFramedEntities) {
   EXPECT_EQ(p[4]->attr("d"), "M7 8h0");
 }
 
+TEST(SvgRender, PolylinesKeepTheirWidthsInDrawingUnits) {
+  const Rendering r = renderDxf(
+      "0|LWPOLYLINE|8|0|100|AcDbPolyline|90|2|70|0|43|0.5|10|0|20|0|10|3|20|0"
+      "|0|LWPOLYLINE|8|0|100|AcDbPolyline|90|3|70|0|10|0|20|0|40|0|41|2|10|4|20|0|10|6|20|0"
+      "|0|POLYLINE|8|0|66|1|10|0|20|0|30|0|40|1|41|1|70|0"
+      "|0|VERTEX|8|0|10|0|20|5|30|0|0|VERTEX|8|0|10|5|20|5|30|0|0|SEQEND|8|0",
+      kLayers);
+  const std::vector<const Element*> p = r.named("path");
+  ASSERT_EQ(p.size(), 4u);
+  EXPECT_EQ(p[0]->attr("d"), "M0 0L3 0");
+  EXPECT_EQ(p[0]->attr("stroke-width"), "0.5");
+  EXPECT_EQ(p[0]->attr("vector-effect"), "");  // the width scales with the drawing
+  // An arrow: the first segment widens from 0 to 2 (a filled outline), the second has no width.
+  EXPECT_EQ(p[1]->attr("d"), "M0 0L4 1L4 -1L0 0Z");
+  EXPECT_EQ(p[1]->attr("fill"), "#ffffff");
+  EXPECT_EQ(p[2]->attr("d"), "M4 0L6 0");
+  EXPECT_EQ(p[2]->attr("vector-effect"), "non-scaling-stroke");
+  // A 2D polyline's default width.
+  EXPECT_EQ(p[3]->attr("d"), "M0 5L5 5");
+  EXPECT_EQ(p[3]->attr("stroke-width"), "1");
+}
+
 // ---- blocks ----
 
 TEST(SvgRender, NestingIsBoundedByCyclesDepthAndBudget) {

@@ -246,21 +246,16 @@ class Renderer {
         end(s, color);
         return;
       }
-      case DbClass::Polyline: {
-        Stroke s = begin(m);
-        extents::addLwPolyline(g, s.sink);
-        end(s, color, Fill::None, widthAttribute(lwPolylineWidth(g), m));
-        return;
-      }
+      case DbClass::Polyline:
       case DbClass::Polyline2d:
+        widePolyline(g, index, m, color);
+        return;
       case DbClass::Polyline3d: {
-        const long long flags = g.integer(70);
         Stroke s = begin(m);
         extents::addPolyline(data_, index, s.sink);
         // A 3D polyline's points come without its closing segment.
-        if (e.cls == DbClass::Polyline3d && (flags & 1)) tracer_.endLoop();
-        end(s, color, Fill::None,
-            e.cls == DbClass::Polyline2d ? widthAttribute(polylineWidth(entity), m) : std::string_view());
+        if (g.integer(70) & 1) tracer_.endLoop();
+        end(s, color);
         return;
       }
       case DbClass::Leader: {
@@ -380,25 +375,83 @@ class Renderer {
     return width_;
   }
 
-  // The width a lightweight polyline is drawn with: its constant width, else the widest of its vertices'.
-  static double lwPolylineWidth(const Groups& g) {
-    const double constant = g.real(43);
-    if (constant > 0.0) return constant;
-    double widest = 0.0;
-    const extents::GroupRange r = extents::subclassRange(g, "AcDbPolyline");
-    for (std::uint32_t i = r.begin; i < r.end; ++i)
-      if (g.at(i).code == 40 || g.at(i).code == 41) widest = std::max(widest, extents::numberOf(g.at(i)));
-    return widest;
-  }
+  // A vertex of a lightweight or 2D polyline, in the polyline's plane, with the widths and bulge of the segment
+  // that starts at it.
+  struct WideVertex {
+    Point3d p;
+    double startWidth = 0.0, endWidth = 0.0, bulge = 0.0;
+  };
 
-  double polylineWidth(const platform::Entity& polyline) const {
-    double widest = std::max(polyline.real(platform::Accessor::defaultStartWidth),
-                             polyline.real(platform::Accessor::defaultEndWidth));
-    for (platform::ObjectId id : polyline.vertices()) {
-      const platform::Entity v = db_.openEntity(id);
-      widest = std::max({widest, v.real(platform::Accessor::startWidth), v.real(platform::Accessor::endWidth)});
+  // Lightweight and 2D polylines. One of a single width is one path stroked that wide (or a pixel wide without
+  // width); one whose width changes is drawn a segment at a time.
+  void widePolyline(const Groups& g, std::uint32_t index, const Matrix3d& m, std::uint32_t color) {
+    const platform::EntityRec& e = data_.entities[index];
+    const bool lightweight = e.cls == DbClass::Polyline;
+    std::vector<WideVertex> vertices;
+    double elevation = 0.0;
+    const bool closed = (g.integer(70) & 1) != 0;
+    if (lightweight) {
+      const extents::GroupRange r = extents::subclassRange(g, "AcDbPolyline");
+      double constant = 0.0;
+      for (std::uint32_t i = r.begin; i < r.end; ++i) {
+        const int code = g.at(i).code;
+        const double value = extents::numberOf(g.at(i));
+        if (code == 38) elevation = value;
+        else if (code == 43) constant = value;
+        else if (code == 10) vertices.push_back({extents::pointAt(g, i), -1.0, -1.0, 0.0});
+        else if (vertices.empty()) continue;
+        else if (code == 40) vertices.back().startWidth = value;
+        else if (code == 41) vertices.back().endWidth = value;
+        else if (code == 42) vertices.back().bulge = value;
+      }
+      for (WideVertex& v : vertices) {
+        if (v.startWidth < 0.0) v.startWidth = constant;
+        if (v.endWidth < 0.0) v.endWidth = constant;
+      }
+    } else {
+      elevation = g.point(10).z;
+      const double start = g.real(40), end = g.real(41);
+      const std::size_t last = std::min<std::size_t>(std::size_t{index} + 1 + e.subCount, data_.entities.size());
+      for (std::size_t i = std::size_t{index} + 1; i < last; ++i) {
+        const Groups v(data_, data_.entities[i]);
+        if (data_.entities[i].cls != DbClass::Vertex2d || (v.integer(70) & 16)) continue;  // spline frame points
+        vertices.push_back({v.point(10), v.real(40, start), v.real(41, end), v.real(42)});
+      }
     }
-    return widest;
+    if (vertices.empty()) return;
+    for (WideVertex& v : vertices) v.p.z = elevation;
+    const Matrix3d placement = m * platform::ocsToWcs(g.normal());
+    const double width = vertices[0].startWidth;
+    const bool uniform = std::all_of(vertices.begin(), vertices.end(), [&](const WideVertex& v) {
+      return v.startWidth == width && v.endWidth == width;
+    });
+    if (uniform || vertices.size() < 2) {
+      Stroke s = begin(m);
+      if (lightweight) extents::addLwPolyline(g, s.sink);
+      else extents::addPolyline(data_, index, s.sink);
+      end(s, color, Fill::None, widthAttribute(width, m));
+      return;
+    }
+    const std::size_t n = vertices.size();
+    for (std::size_t i = 0; i < (closed ? n : n - 1); ++i) {
+      const WideVertex& a = vertices[i];
+      const Point3d& b = vertices[(i + 1) % n].p;
+      const double dx = b.x - a.p.x, dy = b.y - a.p.y, length = std::hypot(dx, dy);
+      Stroke s = begin(placement);
+      if (a.bulge == 0.0 && length > 0.0 && (a.startWidth > 0.0 || a.endWidth > 0.0)) {
+        // A straight segment tapers from its start width to its end width: a filled quadrilateral.
+        const Vector3d half{-dy / length / 2.0, dx / length / 2.0, 0.0};
+        for (const Point3d& q : {a.p + half * a.startWidth, b + half * a.endWidth, b - half * a.endWidth,
+                                 a.p - half * a.startWidth})
+          s.sink.add(q);
+        tracer_.endLoop();
+        end(s, color, Fill::Solid);
+      } else {
+        // An arc keeps its mean width.
+        extents::addBulgeSegment(s.sink, a.p, b, a.bulge);
+        end(s, color, Fill::None, widthAttribute((a.startWidth + a.endWidth) / 2.0, placement));
+      }
+    }
   }
 
   Fill hatchFill(const platform::Entity& hatch) const {
