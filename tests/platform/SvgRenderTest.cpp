@@ -275,6 +275,21 @@ TEST(SvgRender, XmlTextDropsWhatXmlCannotHold) {
   EXPECT_EQ(out, "a&lt;b&gt;\xEF\xBF\xBD\xC3\xA9\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
+TEST(SvgRender, MultilineTextWrapsAtItsWidth) {
+  // Latin characters are taken as 0.6 of the height wide, CJK ones as 1: 6 of height 1 fill a width of 3.6.
+  const Rendering r = renderDxf(
+      "0|MTEXT|8|0|10|0|20|0|30|0|40|1|41|3.7|71|1|1|abc de fghijklm\\P一二三四五"
+      "|0|MTEXT|8|0|10|0|20|0|30|0|40|1|41|0|71|7|1|no width no wrap at all",
+      kLayers);
+  std::vector<std::string> lines;
+  for (const Element* e : r.named("tspan")) lines.push_back(e->text);
+  EXPECT_EQ(lines, (std::vector<std::string>{"abc de", "fghijk", "lm", "一二三", "四五", "no width no wrap at all"}));
+  // Attached at the bottom left, a single line stands on the insertion point; at the top left the first line
+  // hangs a height below it.
+  EXPECT_EQ(r.named("tspan").back()->attr("y"), "0");
+  EXPECT_EQ(r.named("tspan").front()->attr("y"), "1");
+}
+
 // ---- curves ----
 
 TEST(SvgRender, ArcsSweepTheWayTheyTurn) {

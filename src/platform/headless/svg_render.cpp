@@ -72,6 +72,42 @@ void appendXY(std::string& out, const Point3d& p) {
   appendNumber(out, p.y);
 }
 
+// Appends the lines of one paragraph wrapped at `width` (drawing units; 0 or less: not wrapped) for characters
+// of height h, widths estimated as the extents code estimates them: lines break after blanks and after wide (CJK)
+// characters, and within a word only when it is wider than the line.
+void wrapLine(std::string_view text, double h, double width, std::vector<std::string_view>& lines) {
+  if (!(width > 0.0)) {
+    lines.push_back(text);
+    return;
+  }
+  std::size_t lineStart = 0, breakAt = std::string_view::npos;
+  double used = 0.0, usedAtBreak = 0.0;
+  for (std::size_t i = 0; i < text.size();) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const std::size_t length = std::min<std::size_t>(lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1,
+                                                     text.size() - i);
+    const std::string_view character = text.substr(i, length);
+    const double advance = extents::estimateTextWidth(character) * h;
+    if (used + advance > width && i > lineStart && character != " ") {
+      const bool atBreak = breakAt != std::string_view::npos;
+      const std::size_t cut = atBreak ? breakAt : i;
+      std::string_view line = text.substr(lineStart, cut - lineStart);
+      while (!line.empty() && line.back() == ' ') line.remove_suffix(1);
+      lines.push_back(line);
+      used = atBreak ? used - usedAtBreak : 0.0;
+      lineStart = cut;
+      breakAt = std::string_view::npos;
+    }
+    used += advance;
+    i += length;
+    if (character == " " || advance >= h * 0.99) {
+      breakAt = i;
+      usedAtBreak = used;
+    }
+  }
+  lines.push_back(text.substr(lineStart));
+}
+
 // Writes what a sink traces as SVG path data: points continue the outline, arcs become arc commands (circular
 // ones) or short chords (elliptic ones), loops close.
 class PathTracer final : public extents::Tracer {
@@ -582,23 +618,27 @@ class Renderer {
     double spacing = t.real(Accessor::lineSpacingFactor);
     if (!(spacing > 0.0)) spacing = 1.0;
     const double step = 5.0 / 3.0 * h * spacing;
-    const std::size_t lines = static_cast<std::size_t>(std::count(shown.begin(), shown.end(), '\n')) + 1;
-    const double total = h + static_cast<double>(lines - 1) * step;
+    // Paragraphs wrap at the reference width (none without one).
+    const double width = t.real(Accessor::mtextWidth);
+    lines_.clear();
+    for (std::size_t begin = 0; begin <= shown.size();) {
+      std::size_t stop = shown.find('\n', begin);
+      if (stop == std::string::npos) stop = shown.size();
+      wrapLine(std::string_view(shown).substr(begin, stop - begin), h, width, lines_);
+      begin = stop + 1;
+    }
+    const double total = h + static_cast<double>(lines_.size() - 1) * step;
     // The first baseline below the insertion point: top rows hang from it, middle ones centre on it.
     const double first = h - total * row / 2.0;
     openText(m * Matrix3d::fromAxes(insertion, x, y, normal), h, color,
              column == 1 ? "middle" : column == 2 ? "end" : "");
     out_ += '>';
-    std::size_t begin = 0;
-    for (std::size_t line = 0; begin <= shown.size(); ++line) {
-      std::size_t stop = shown.find('\n', begin);
-      if (stop == std::string::npos) stop = shown.size();
+    for (std::size_t line = 0; line < lines_.size(); ++line) {
       out_ += "<tspan x=\"0\" y=\"";
       appendNumber(out_, first + static_cast<double>(line) * step);
       out_ += "\">";
-      appendXmlText(out_, std::string_view(shown).substr(begin, stop - begin));
+      appendXmlText(out_, lines_[line]);
       out_ += "</tspan>";
-      begin = stop + 1;
     }
     out_ += "</text>\n";
     addTextBox(g, m, DbClass::MText);
@@ -648,6 +688,7 @@ class Renderer {
   PathTracer tracer_;
   Extents3d scratch_;
   std::string width_;
+  std::vector<std::string_view> lines_;
   std::vector<std::uint32_t> stack_;
   std::size_t visits_ = 0;
   std::uint32_t layerZero_ = kNone;
