@@ -221,14 +221,17 @@ TEST(SvgRender, FrozenOffAndInvisibleEntitiesAreNotDrawn) {
       "|0|LINE|8|Red|60|1|10|0|20|2|30|0|11|1|21|2|31|0"
       "|0|INSERT|8|Frozen|2|B|10|50|20|0|30|0"
       "|0|INSERT|8|Red|2|B|10|100|20|0|30|0"
+      "|0|INSERT|8|Off|2|B|10|150|20|0|30|0"
+      "|0|INSERT|8|Off|2|C|10|150|20|0|30|0"
       "|0|LINE|8|Red|10|0|20|3|30|0|11|1|21|3|31|0",
-      kLayers, blocks);
+      kLayers, std::string(blocks) + "|0|BLOCK|2|C|70|0|10|0|20|0|30|0|0|LINE|8|Red|10|0|20|9|30|0|11|1|21|9|31|0|0|ENDBLK");
   std::vector<std::string> drawn;
   for (const Element* p : r.named("path")) drawn.push_back(p->attr("d"));
-  // The line on layer 0 inside the block is drawn on the reference's layer; the frozen one is not.
-  EXPECT_EQ(drawn, (std::vector<std::string>{"M100 1L101 1", "M0 3L1 3"}));
+  // The line on layer 0 inside the block is drawn on the reference's layer; the frozen one is not. A reference
+  // on a layer that is off still shows what its block draws on layers that are on.
+  EXPECT_EQ(drawn, (std::vector<std::string>{"M100 1L101 1", "M150 9L151 9", "M0 3L1 3"}));
   EXPECT_EQ(r.extents.min.x, 0.0);
-  EXPECT_EQ(r.extents.max.x, 101.0);
+  EXPECT_EQ(r.extents.max.x, 151.0);
 }
 
 // ---- texts ----

@@ -244,7 +244,10 @@ class Renderer {
     if (e.cls == DbClass::AttributeDefinition && inReference && (g.integer(70) & 2) == 0) return;
     std::uint32_t layer = e.layer;
     if (layer == layerZero_ && inherited.layer != kNone) layer = inherited.layer;
-    if (const platform::LayerRecord* l = layerOf(layer); l && (l->isOff || l->isFrozen)) return;
+    // A frozen layer hides all a reference shows; an off one only what is drawn on it (a reference's entities on
+    // layer "0" among them), so references on it are walked.
+    const bool throughBlock = platform::isKindOf(e.cls, DbClass::BlockReference) || platform::isKindOf(e.cls, DbClass::Dimension);
+    if (const platform::LayerRecord* l = layerOf(layer); l && (l->isFrozen || (l->isOff && !throughBlock))) return;
     const std::uint32_t color = colorOf(e, g, layer, inherited);
     const platform::Entity entity = db_.openEntity(platform::makeId(platform::IdKind::Entity, index));
     const Inherited mine{color, layer};
