@@ -272,6 +272,27 @@ TEST(SvgRender, TextsAreEscapedPlainAndPlaced) {
   EXPECT_FALSE(r.extents.isEmpty());
 }
 
+TEST(SvgRender, AttributesShowThroughTheirReference) {
+  const std::string blocks =
+      "0|BLOCK|2|A|70|2|10|0|20|0|30|0"
+      "|0|ATTDEF|8|0|10|0|20|0|30|0|40|1|1|v|2|ASKED|3|p|70|0"
+      "|0|ATTDEF|8|0|10|0|20|1|30|0|40|1|1|fixed|2|CONST|3|p|70|2|0|ENDBLK";
+  const Rendering r = renderDxf(
+      "0|INSERT|8|Green|62|1|66|1|2|A|10|10|20|0|30|0"
+      "|0|ATTRIB|8|0|62|0|10|10|20|0|30|0|40|1|1|shown|2|ASKED|70|0"
+      "|0|ATTRIB|8|0|10|10|20|2|30|0|40|1|1|hidden|2|OTHER|70|1"
+      "|0|SEQEND|8|0",
+      kLayers, blocks);
+  std::vector<std::string> texts, fills;
+  for (const Element* t : r.named("text")) {
+    texts.push_back(t->text);
+    fills.push_back(t->attr("fill"));
+  }
+  // The constant definition shows its tag; the other shows through the attribute, in the reference's colour.
+  EXPECT_EQ(texts, (std::vector<std::string>{"CONST", "shown"}));
+  EXPECT_EQ(fills, (std::vector<std::string>{"#00ff00", "#ff0000"}));
+}
+
 TEST(SvgRender, XmlTextDropsWhatXmlCannotHold) {
   std::string out;
   headless::appendXmlText(out, std::string("a\x01<b>\xFF\xC3\xA9\xE5\x9B", 11));

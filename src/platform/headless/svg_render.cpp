@@ -549,6 +549,7 @@ class Renderer {
   void text(const platform::Entity& t, const Groups& g, const Matrix3d& m, std::uint32_t color) {
     using platform::Accessor;
     const double h = t.real(Accessor::textHeight);
+    if (t.dbClass() == DbClass::Attribute && (g.integer(70) & 1)) return;  // an invisible attribute
     // An attribute definition shows its tag.
     const std::string shown = extents::plainText(
         t.dbClass() == DbClass::AttributeDefinition ? t.text(Accessor::tag) : t.text(Accessor::textString));
