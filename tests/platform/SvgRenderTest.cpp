@@ -406,6 +406,20 @@ TEST(SvgRender, NestingIsBoundedByCyclesDepthAndBudget) {
   EXPECT_TRUE(shallow.named("path").empty());
 }
 
+TEST(SvgRender, MultipleInsertsRepeatTheirBlockOverTheGrid) {
+  const std::string blocks =
+      "0|BLOCK|2|B|70|0|10|0|20|0|30|0|0|LINE|8|0|10|0|20|0|30|0|11|1|21|0|31|0|0|ENDBLK"
+      "|0|BLOCK|2|EMPTY|70|0|10|0|20|0|30|0|0|ENDBLK";
+  const Rendering r = renderDxf(
+      "0|INSERT|8|0|2|B|10|0|20|0|30|0|41|2|42|2|70|2|71|2|44|10|45|20"
+      "|0|INSERT|8|0|2|EMPTY|10|0|20|0|30|0|70|30000|71|30000|44|1|45|1",
+      kLayers, blocks);
+  std::vector<std::string> d;
+  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  // Cells are spaced in drawing units whatever the scale; a grid of nothing ends within the budget.
+  EXPECT_EQ(d, (std::vector<std::string>{"M0 0L2 0", "M10 0L12 0", "M0 20L2 20", "M10 20L12 20"}));
+}
+
 TEST(SvgRender, ViewDocumentFramesTheViewAndDrawsVectorsOnTop) {
   std::string out;
   headless::renderVectorsSvg({{{0, 0, 0}, {3, 4, 0}, 1, false}, {{1, 1, 0}, {2, 2, 0}, 3, true}}, out);

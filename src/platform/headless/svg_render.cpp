@@ -226,11 +226,13 @@ class Renderer {
   std::uint32_t colorOf(const platform::EntityRec& e, const Groups& g, std::uint32_t layer,
                         const Inherited& inherited) const {
     if (const platform::StoredTag* trueColor = g.find(420))
-      return static_cast<std::uint32_t>(extents::numberOf(*trueColor)) & 0xFFFFFF;
+      return static_cast<std::uint32_t>(platform::saturatingInteger(extents::numberOf(*trueColor)) & 0xFFFFFF);
     if (e.color == 0) return inherited.color;
     if (e.color == 256 || e.color < 0) {
       const platform::LayerRecord* l = layerOf(layer);
-      return aciColor(l ? std::abs(l->colorIndex) : 7);
+      // A layer that is off keeps its colour negated.
+      const int index = l ? l->colorIndex : 7;
+      return aciColor(index < 0 && index > -256 ? -index : index);
     }
     return aciColor(e.color);
   }
@@ -505,7 +507,7 @@ class Renderer {
     s.sink.add(c[0]);
     for (std::size_t i = 0; i < n; ++i) {
       const Point3d& next = c[(i + 1) % n];
-      if (hidden & (1LL << i)) tracer_.lift();
+      if (i < 4 && (hidden & (1LL << i))) tracer_.lift();
       s.sink.add(next);
     }
     if (hidden == 0) tracer_.endLoop();
@@ -652,7 +654,7 @@ class Renderer {
 
   void reference(const platform::Entity& r, std::uint32_t index, const Matrix3d& m, const Inherited& mine) {
     const platform::BlockRecord record = db_.blockRecord(r.blockTableRecord());
-    if (record) {
+    if (record && record.entityCount() > 0) {
       const std::uint32_t block = platform::idIndex(record.objectId());
       const Matrix3d placed = m * r.blockTransform();
       int columns = 1, rows = 1;
@@ -666,8 +668,9 @@ class Renderer {
         dx = scale.x != 0.0 ? g.real(44) / scale.x : 0.0;
         dy = scale.y != 0.0 ? g.real(45) / scale.y : 0.0;
       }
+      // Each cell counts against the budget, so that a grid of an empty block ends too.
       for (int row = 0; row < rows && !budgetSpent(); ++row)
-        for (int c = 0; c < columns && !budgetSpent(); ++c)
+        for (int c = 0; c < columns && !budgetSpent(); ++c, ++visits_)
           drawBlock(block, placed * Matrix3d::translation({c * dx, row * dy, 0.0}), mine, true);
     }
     // The reference's attributes are stored after it, in drawing coordinates of the reference's own frame.
