@@ -224,7 +224,8 @@ TEST(SvgRender, FrozenOffAndInvisibleEntitiesAreNotDrawn) {
       "|0|INSERT|8|Off|2|B|10|150|20|0|30|0"
       "|0|INSERT|8|Off|2|C|10|150|20|0|30|0"
       "|0|LINE|8|Red|10|0|20|3|30|0|11|1|21|3|31|0",
-      kLayers, std::string(blocks) + "|0|BLOCK|2|C|70|0|10|0|20|0|30|0|0|LINE|8|Red|10|0|20|9|30|0|11|1|21|9|31|0|0|ENDBLK");
+      kLayers,
+      std::string(blocks) + "|0|BLOCK|2|C|70|0|10|0|20|0|30|0|0|LINE|8|Red|10|0|20|9|30|0|11|1|21|9|31|0|0|ENDBLK");
   std::vector<std::string> drawn;
   for (const Element* p : r.named("path")) drawn.push_back(p->attr("d"));
   // The line on layer 0 inside the block is drawn on the reference's layer; the frozen one is not. A reference
@@ -307,11 +308,50 @@ TEST(SvgRender, MultilineTextWrapsAtItsWidth) {
       kLayers);
   std::vector<std::string> lines;
   for (const Element* e : r.named("tspan")) lines.push_back(e->text);
-  EXPECT_EQ(lines, (std::vector<std::string>{"abc de", "fghijk", "lm", "一二三", "四五", "no width no wrap at all"}));
+  EXPECT_EQ(lines,
+            (std::vector<std::string>{"abc de", "fghijk", "lm", "一二三", "四五", "no width no wrap at all"}));
   // Attached at the bottom left, a single line stands on the insertion point; at the top left the first line
   // hangs a height below it.
   EXPECT_EQ(r.named("tspan").back()->attr("y"), "0");
   EXPECT_EQ(r.named("tspan").front()->attr("y"), "1");
+}
+
+TEST(SvgRender, MeshesDrawTheirVisibleEdges) {
+  const Rendering r = renderDxf(
+      // A polyface mesh of two triangles sharing an edge, hidden on the second one.
+      "0|POLYLINE|8|0|66|1|10|0|20|0|30|0|70|64|71|4|72|2"
+      "|0|VERTEX|8|0|10|0|20|0|30|0|70|192|0|VERTEX|8|0|10|1|20|0|30|0|70|192"
+      "|0|VERTEX|8|0|10|1|20|1|30|0|70|192|0|VERTEX|8|0|10|0|20|1|30|0|70|192"
+      "|0|VERTEX|8|0|10|0|20|0|30|0|70|128|71|1|72|2|73|3"
+      "|0|VERTEX|8|0|10|0|20|0|30|0|70|128|71|3|72|4|73|-1|0|SEQEND|8|0"
+      // A polygon mesh of 2 by 2 vertices.
+      "|0|POLYLINE|8|0|66|1|10|0|20|0|30|0|70|16|71|2|72|2"
+      "|0|VERTEX|8|0|10|5|20|0|30|0|70|64|0|VERTEX|8|0|10|6|20|0|30|0|70|64"
+      "|0|VERTEX|8|0|10|5|20|1|30|0|70|64|0|VERTEX|8|0|10|6|20|1|30|0|70|64|0|SEQEND|8|0",
+      kLayers);
+  std::vector<std::string> d;
+  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  EXPECT_EQ(d, (std::vector<std::string>{"M0 0L1 0L1 1L0 0M1 1L0 1L0 0",
+                                         "M5 0L6 0M5 1L6 1M5 0L5 1M6 0L6 1"}));
+}
+
+TEST(SvgRender, MultileadersDrawTheirLeadersAndText) {
+  const Rendering r = renderDxf(
+      "0|MULTILEADER|8|Red|100|AcDbEntity|100|AcDbMLeader|300|CONTEXT_DATA{|40|1|10|4|20|4|30|0|41|1|290|1|304|A\\PB|"
+      "11|0|21|0|31|1|12|4|22|5|32|0|13|1|23|0|33|0|171|1|110|4|120|4|130|0|111|1|121|0|131|0|"
+      "302|LEADER{|10|4|20|4|30|0|11|1|21|0|31|0|40|0.5|304|LEADER_LINE{|10|0|20|0|30|0|10|2|20|1|30|0|305|}|303|}|"
+      "301|}|10|1|20|1|30|1",
+      kLayers);
+  std::vector<std::string> d;
+  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  // The leader line runs through its vertices to the landing point; the dog-leg goes on along its direction.
+  EXPECT_EQ(d, (std::vector<std::string>{"M0 0L2 1L4 4", "M4 4L4.5 4"}));
+  const std::vector<const Element*> spans = r.named("tspan");
+  ASSERT_EQ(spans.size(), 2u);
+  EXPECT_EQ(spans[0]->text, "A");
+  EXPECT_EQ(spans[1]->text, "B");
+  EXPECT_EQ(r.named("text")[0]->attr("transform"), "matrix(1 0 0 -1 4 5)");
+  EXPECT_EQ(r.named("text")[0]->attr("fill"), "#ff0000");
 }
 
 // ---- curves ----
@@ -359,6 +399,7 @@ TEST(SvgRender, FilledAndFramedEntities) {
   EXPECT_EQ(p[2]->attr("d"), "M0 0L3 0L0 3Z");
   EXPECT_EQ(p[3]->attr("d"), "M0 0L1 0M1 1L0 1L0 0");  // the second edge is invisible
   EXPECT_EQ(p[4]->attr("d"), "M7 8h0");
+  EXPECT_EQ(p[4]->attr("vector-effect"), "non-scaling-stroke");
 }
 
 TEST(SvgRender, PolylinesKeepTheirWidthsInDrawingUnits) {
@@ -462,7 +503,8 @@ TEST(SvgRender, EveryCorpusDrawingRendersWellFormed) {
   int rendered = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
     std::string ext = entry.path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::transform(ext.begin(), ext.end(), ext.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (!entry.is_regular_file() || (ext != ".dxf" && ext != ".dwg")) continue;
     const std::string path = entry.path().string();
     SCOPED_TRACE(path);

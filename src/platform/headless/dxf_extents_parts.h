@@ -140,6 +140,22 @@ bool addText(const Groups& g, BoxSink& sink, platform::DbClass cls);
 bool addMText(const Groups& g, BoxSink& sink);
 bool addTolerance(const Groups& g, BoxSink& sink);
 bool addMLeader(const Groups& g, BoxSink& sink);
+// What a multileader shows, read from its context data.
+struct MLeaderShape {
+  // The lines to draw: each leader line's vertices on to its leader's landing point, and the dog-legs.
+  std::vector<std::vector<platform::Point3d>> lines;
+  // Every point that frames it: the content base point, the text and block locations, the leaders' plane origin,
+  // the landing points, the leader vertices and the ends of breaks.
+  std::vector<platform::Point3d> frame;
+  bool hasText = false;
+  platform::Point3d textLocation;
+  platform::Vector3d textDirection{1, 0, 0};
+  platform::Vector3d textNormal{0, 0, 1};
+  double textHeight = 0.0, textWidth = 0.0;
+  int attachment = 1;  // 1 to 9 as multiline text's
+  std::string content;  // multiline text content, formatting codes and all
+};
+MLeaderShape readMLeader(const Groups& g);
 // The estimated width of a one-line text in units of its height, formatting codes removed.
 double estimateTextWidth(std::string_view text);
 // What a one-line text shows: its %% codes resolved (degree, diameter, plus-minus symbols).

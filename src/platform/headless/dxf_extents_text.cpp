@@ -513,56 +513,85 @@ bool addTolerance(const Groups& g, BoxSink& sink) {
   return true;
 }
 
-bool addMLeader(const Groups& g, BoxSink& sink) {
+MLeaderShape readMLeader(const Groups& g) {
   // The context data (300 CONTEXT_DATA{ ... 301 }) holds the content and the leaders: its own points are the
   // content base point (10), the text location (12), the block location (15) and the origin of the leaders'
-  // plane (110); LEADER{ } holds the landing point (10) and the ends of its breaks (12, 13), LEADER_LINE{ } the
-  // vertices (10) and the ends of its breaks (11, 12). Its other triples are directions, normals or scales.
+  // plane (110); LEADER{ } holds the landing point (10), the dog-leg's direction (11) and length (40) and the
+  // ends of its breaks (12, 13), LEADER_LINE{ } the vertices (10) and the ends of its breaks (11, 12). Its other
+  // triples are directions, normals or scales.
   enum class Level { Outside, Context, Leader, Line };
   Level level = Level::Outside;
-  bool found = false;
-  bool hasText = false;
-  Point3d textLocation;
-  Vector3d textDirection{1, 0, 0};
-  Vector3d textNormal{0, 0, 1};
-  double textHeight = 0.0, textWidth = 0.0;
-  int attachment = 1;
-  std::string content;
+  MLeaderShape shape;
+  Point3d landing;
+  Vector3d dogLeg;
+  double dogLegLength = 0.0;
+  std::size_t firstLine = 0;  // the first line of the leader being read
   for (std::uint32_t i = 0; i < g.ownCount();) {
     const StoredTag& t = g.at(i);
     std::uint32_t next = i + 1;
-    if (t.code == 300 && g.textAt(i) == "CONTEXT_DATA{") level = Level::Context;
-    else if (t.code == 302 && level == Level::Context) level = Level::Leader;
-    else if (t.code == 304 && level == Level::Leader && g.textAt(i) == "LEADER_LINE{") level = Level::Line;
-    else if (t.code == 305 && level == Level::Line) level = Level::Leader;
-    else if (t.code == 303 && level == Level::Leader) level = Level::Context;
-    else if (t.code == 301 && level == Level::Context) level = Level::Outside;
-    else if (level == Level::Context) {
+    if (t.code == 300 && g.textAt(i) == "CONTEXT_DATA{") {
+      level = Level::Context;
+    } else if (t.code == 302 && level == Level::Context) {
+      level = Level::Leader;
+      firstLine = shape.lines.size();
+      dogLegLength = 0.0;
+    } else if (t.code == 304 && level == Level::Leader && g.textAt(i) == "LEADER_LINE{") {
+      level = Level::Line;
+      shape.lines.emplace_back();
+    } else if (t.code == 305 && level == Level::Line) {
+      level = Level::Leader;
+    } else if (t.code == 303 && level == Level::Leader) {
+      // Each line of a leader runs on to its landing point, and the dog-leg from there.
+      for (std::size_t k = firstLine; k < shape.lines.size(); ++k)
+        if (!shape.lines[k].empty()) shape.lines[k].push_back(landing);
+      if (dogLegLength > 0.0 && isFinite(dogLegLength) && dogLeg.length() > 0.0)
+        shape.lines.push_back({landing, landing + dogLeg.normal() * dogLegLength});
+      level = Level::Context;
+    } else if (t.code == 301 && level == Level::Context) {
+      level = Level::Outside;
+    } else if (level == Level::Context) {
       switch (t.code) {
-        case 10: case 15: case 110: sink.add(pointAt(g, i, &next)); found = true; break;
-        case 12: textLocation = pointAt(g, i, &next); sink.add(textLocation); found = true; break;
-        case 11: textNormal = pointAt(g, i, &next).asVector(); break;
-        case 13: textDirection = pointAt(g, i, &next).asVector(); break;
-        case 41: textHeight = numberOf(t); break;
-        case 43: textWidth = numberOf(t); break;
-        case 171: attachment = clampedInt(numberOf(t), 0, 10); break;
-        case 290: hasText = t.integer != 0; break;
-        case 304: content = g.textAt(i); break;
+        case 10: case 15: case 110: shape.frame.push_back(pointAt(g, i, &next)); break;
+        case 12:
+          shape.textLocation = pointAt(g, i, &next);
+          shape.frame.push_back(shape.textLocation);
+          break;
+        case 11: shape.textNormal = pointAt(g, i, &next).asVector(); break;
+        case 13: shape.textDirection = pointAt(g, i, &next).asVector(); break;
+        case 41: shape.textHeight = numberOf(t); break;
+        case 43: shape.textWidth = numberOf(t); break;
+        case 171: shape.attachment = clampedInt(numberOf(t), 0, 10); break;
+        case 290: shape.hasText = t.integer != 0; break;
+        case 304: shape.content = g.textAt(i); break;
         default: break;
       }
+    } else if (level == Level::Leader && t.code == 11) {
+      dogLeg = pointAt(g, i, &next).asVector();
+    } else if (level == Level::Leader && t.code == 40) {
+      dogLegLength = numberOf(t);
     } else if ((level == Level::Leader && (t.code == 10 || t.code == 12 || t.code == 13)) ||
                (level == Level::Line && (t.code == 10 || t.code == 11 || t.code == 12))) {
-      sink.add(pointAt(g, i, &next));
-      found = true;
+      const Point3d p = pointAt(g, i, &next);
+      shape.frame.push_back(p);
+      if (level == Level::Leader && t.code == 10) landing = p;
+      if (level == Level::Line && t.code == 10) shape.lines.back().push_back(p);
     }
     i = next;
   }
-  if (hasText && textHeight > 0.0 && isFinite(textHeight) && !content.empty()) {
-    const TextSize size = estimateBlockSize(content, textHeight, textWidth, 1.0);
-    if (size.width > 0.0) addAttachedBox(sink, textLocation, textDirection, textNormal.length() > 0.0 ? textNormal : Vector3d{0, 0, 1},
-                                         size.width, size.height, attachment);
+  return shape;
+}
+
+bool addMLeader(const Groups& g, BoxSink& sink) {
+  const MLeaderShape shape = readMLeader(g);
+  for (const Point3d& p : shape.frame) sink.add(p);
+  if (shape.hasText && shape.textHeight > 0.0 && isFinite(shape.textHeight) && !shape.content.empty()) {
+    const TextSize size = estimateBlockSize(shape.content, shape.textHeight, shape.textWidth, 1.0);
+    if (size.width > 0.0)
+      addAttachedBox(sink, shape.textLocation, shape.textDirection,
+                     shape.textNormal.length() > 0.0 ? shape.textNormal : Vector3d{0, 0, 1}, size.width, size.height,
+                     shape.attachment);
   }
-  return found;
+  return !shape.frame.empty();
 }
 
 }  // namespace headless::extents

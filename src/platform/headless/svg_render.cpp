@@ -116,6 +116,7 @@ class PathTracer final : public extents::Tracer {
   void reset() {
     open_ = false;
     any_ = false;
+    lifted_ = false;
   }
   bool any() const { return any_; }
 
@@ -131,7 +132,8 @@ class PathTracer final : public extents::Tracer {
     to(at(from));
     const double ru = std::hypot(u.x, u.y), rv = std::hypot(v.x, v.y);
     const double cross = u.x * v.y - u.y * v.x;
-    const bool circular = ru > 0.0 && std::fabs(ru - rv) <= 1e-9 * ru && std::fabs(u.x * v.x + u.y * v.y) <= 1e-9 * ru * ru;
+    const bool circular =
+        ru > 0.0 && std::fabs(ru - rv) <= 1e-9 * ru && std::fabs(u.x * v.x + u.y * v.y) <= 1e-9 * ru * ru;
     if (circular) {
       // Increasing parameter turns counter-clockwise in the drawing when u x v points up; the drawing's group
       // keeps drawing coordinates, where SVG's positive sweep is counter-clockwise.
@@ -158,15 +160,26 @@ class PathTracer final : public extents::Tracer {
   }
 
   void endLoop() override {
+    lifted_ = false;
     if (!open_) return;
     out_ += 'Z';
     open_ = false;
   }
-  // Lifts the pen: the next point starts a new outline, the one drawn so far left open.
-  void lift() { open_ = false; }
+  // Lifts the pen: the next point starts a new outline, the one drawn so far left open; a pen put down where it
+  // was lifted draws on.
+  void lift() {
+    open_ = false;
+    lifted_ = true;
+  }
 
  private:
   void to(const Point3d& p) {
+    const bool resumed = lifted_ && any_ && p.x == current_.x && p.y == current_.y;
+    lifted_ = false;
+    if (!open_ && resumed) {
+      open_ = true;
+      return;
+    }
     if (!open_) {
       out_ += 'M';
       open_ = true;
@@ -183,6 +196,7 @@ class PathTracer final : public extents::Tracer {
   std::string& out_;
   bool open_ = false;
   bool any_ = false;
+  bool lifted_ = false;
   Point3d current_;
 };
 
@@ -248,7 +262,8 @@ class Renderer {
     if (layer == layerZero_ && inherited.layer != kNone) layer = inherited.layer;
     // A frozen layer hides all a reference shows; an off one only what is drawn on it (a reference's entities on
     // layer "0" among them), so references on it are walked.
-    const bool throughBlock = platform::isKindOf(e.cls, DbClass::BlockReference) || platform::isKindOf(e.cls, DbClass::Dimension);
+    const bool throughBlock =
+        platform::isKindOf(e.cls, DbClass::BlockReference) || platform::isKindOf(e.cls, DbClass::Dimension);
     if (const platform::LayerRecord* l = layerOf(layer); l && (l->isFrozen || (l->isOff && !throughBlock))) return;
     const std::uint32_t color = colorOf(e, g, layer, inherited);
     const platform::Entity entity = db_.openEntity(platform::makeId(platform::IdKind::Entity, index));
@@ -264,7 +279,9 @@ class Renderer {
       case DbClass::Point: {
         Stroke s = begin(m);
         s.sink.add(entity.point(platform::Accessor::position));
-        end(s, color, Fill::None, " stroke-width=\"3\" stroke-linecap=\"round\"", "h0");
+        // A dot three pixels wide at every zoom.
+        end(s, color, Fill::None,
+            " stroke-width=\"3\" stroke-linecap=\"round\" vector-effect=\"non-scaling-stroke\"", "h0");
         return;
       }
       case DbClass::Circle:
@@ -299,6 +316,10 @@ class Renderer {
         end(s, color);
         return;
       }
+      case DbClass::PolyFaceMesh:
+      case DbClass::PolygonMesh:
+        mesh(index, m, color);
+        return;
       case DbClass::Leader: {
         Stroke s = begin(m);
         for (const Point3d& p : entity.points(platform::Accessor::leaderVertices)) s.sink.add(p);
@@ -352,6 +373,9 @@ class Renderer {
         return;
       case DbClass::MText:
         mtext(entity, g, m, color);
+        return;
+      case DbClass::MLeader:
+        mleader(g, m, color);
         return;
       case DbClass::BlockReference:
       case DbClass::MInsertBlock:
@@ -495,6 +519,57 @@ class Renderer {
     }
   }
 
+  // Polyface meshes: the visible edges of their faces; polygon meshes: the lines of their grid of vertices.
+  void mesh(std::uint32_t index, const Matrix3d& m, std::uint32_t color) {
+    const platform::EntityRec& e = data_.entities[index];
+    const Groups g(data_, e);
+    const std::size_t last = std::min<std::size_t>(std::size_t{index} + 1 + e.subCount, data_.entities.size());
+    std::vector<Point3d> points;
+    Stroke s = begin(m);
+    const auto edge = [&](long long from, long long to) {
+      // Face records number their vertices from 1; a negative number hides the edge that starts there.
+      constexpr long long kLimit = 1LL << 40;
+      if (from <= 0 || to == 0 || from > kLimit || to > kLimit || to < -kLimit) return;
+      const auto a = static_cast<std::size_t>(from) - 1, b = static_cast<std::size_t>(to < 0 ? -to : to) - 1;
+      if (a >= points.size() || b >= points.size()) return;
+      tracer_.lift();
+      s.sink.add(points[a]);
+      s.sink.add(points[b]);
+    };
+    for (std::size_t i = std::size_t{index} + 1; i < last; ++i) {
+      const Groups v(data_, data_.entities[i]);
+      const long long flags = v.integer(70);
+      if (flags & 64) {
+        points.push_back(v.point(10));
+      } else if ((flags & 128) && e.cls == DbClass::PolyFaceMesh) {
+        long long corners[4];
+        int n = 0;
+        for (int code : {71, 72, 73, 74})
+          if (const long long k = v.integer(code); k != 0) corners[n++] = k;
+        for (int k = 0; k < n && n > 1; ++k) edge(corners[k], corners[(k + 1) % n]);
+      }
+    }
+    if (e.cls == DbClass::PolygonMesh) {
+      const long long flags = g.integer(70);
+      const auto count = static_cast<long long>(points.size());
+      const long long rows = std::clamp(g.integer(71), 0LL, count), columns = std::clamp(g.integer(72), 0LL, count);
+      if (rows * columns <= count) {
+        const auto at = [&](long long r, long long c) { return points[static_cast<std::size_t>(r * columns + c)]; };
+        for (long long r = 0; r < rows; ++r) {
+          tracer_.lift();
+          for (long long c = 0; c < columns; ++c) s.sink.add(at(r, c));
+          if ((flags & 32) && columns > 2) s.sink.add(at(r, 0));
+        }
+        for (long long c = 0; c < columns; ++c) {
+          tracer_.lift();
+          for (long long r = 0; r < rows; ++r) s.sink.add(at(r, c));
+          if ((flags & 1) && rows > 2) s.sink.add(at(0, c));
+        }
+      }
+    }
+    end(s, color);
+  }
+
   Fill hatchFill(const platform::Entity& hatch) const {
     if (hatch.integer(platform::Accessor::hatchObjectType) == 1) return Fill::Light;  // gradient
     return platform::equalsIgnoreCase(hatch.text(platform::Accessor::patternName), "SOLID") ? Fill::Solid
@@ -520,7 +595,8 @@ class Renderer {
     out_ += "<text transform=\"matrix(";
     double values[6] = {frame(0, 0), frame(1, 0), -frame(0, 1), -frame(1, 1), frame(0, 3), frame(1, 3)};
     // Rotations by quarter turns leave cosines of 1e-17 that only lengthen the output.
-    const double largest = std::max({std::fabs(values[0]), std::fabs(values[1]), std::fabs(values[2]), std::fabs(values[3])});
+    const double largest =
+        std::max({std::fabs(values[0]), std::fabs(values[1]), std::fabs(values[2]), std::fabs(values[3])});
     for (int i = 0; i < 4; ++i)
       if (std::fabs(values[i]) < 1e-12 * largest) values[i] = 0.0;
     for (int i = 0; i < 6; ++i) {
@@ -580,7 +656,8 @@ class Renderer {
     Matrix3d local = platform::ocsToWcs(normal) * Matrix3d::rotationZ(rotation);
     local = Matrix3d::translation(anchor.asVector()) * local;
     const double oblique = t.real(Accessor::textOblique);
-    Matrix3d shape = Matrix3d::scaling((generation & 2) ? -widthFactor : widthFactor, (generation & 4) ? -1.0 : 1.0, 1.0);
+    Matrix3d shape =
+        Matrix3d::scaling((generation & 2) ? -widthFactor : widthFactor, (generation & 4) ? -1.0 : 1.0, 1.0);
     if (extents::isFinite(oblique) && std::fabs(std::cos(oblique)) > 1e-6) shape(0, 1) = std::tan(oblique);
     const std::string_view anchorName =
         aligned ? "" : (horizontal == 1 || horizontal == 4) ? "middle" : horizontal == 2 ? "end" : "";
@@ -608,35 +685,39 @@ class Renderer {
     addTextBox(g, m, t.dbClass());
   }
 
-  void mtext(const platform::Entity& t, const Groups& g, const Matrix3d& m, std::uint32_t color) {
-    using platform::Accessor;
-    const double h = t.real(Accessor::textHeight);
-    const std::string shown = extents::plainMText(t.text(Accessor::contents));
-    if (!(h > 0.0) || shown.find_first_not_of(" \n") == std::string::npos) return;
-    const Point3d insertion = t.point(Accessor::position);
-    const Vector3d normal = t.vector(Accessor::normal).normal();
-    Vector3d x = t.vector(Accessor::direction).normal();
+  // Where a paragraph of multi-line text is placed: its insertion point, direction and plane, the height of its
+  // characters, the width it wraps at (0: none), its attachment point (1 to 9) and line spacing factor.
+  struct TextBlock {
+    Point3d insertion;
+    Vector3d direction, normal;
+    double height = 0.0, width = 0.0, spacing = 1.0;
+    int attachment = 1;
+  };
+
+  // Draws the lines of `shown` (paragraphs ended by '\n') as one <text> element; false when nothing shows.
+  bool drawTextBlock(std::string_view shown, TextBlock b, const Matrix3d& m, std::uint32_t color) {
+    const double h = b.height;
+    if (!(h > 0.0) || !extents::isFinite(h) || shown.find_first_not_of(" \n") == std::string::npos) return false;
+    const Vector3d normal = b.normal.length() > 0.0 ? b.normal.normal() : Vector3d(0, 0, 1);
+    Vector3d x = b.direction.normal();
     if (x.length() == 0.0) x = platform::arbitraryAxisX(normal);
     const Vector3d y = normal.cross(x).normal();
-    int attachment = static_cast<int>(g.integer(71, 1));
-    if (attachment < 1 || attachment > 9) attachment = 1;
-    const int column = (attachment - 1) % 3, row = (attachment - 1) / 3;
-    double spacing = t.real(Accessor::lineSpacingFactor);
-    if (!(spacing > 0.0)) spacing = 1.0;
-    const double step = 5.0 / 3.0 * h * spacing;
-    // Paragraphs wrap at the reference width (none without one).
-    const double width = t.real(Accessor::mtextWidth);
+    if (b.attachment < 1 || b.attachment > 9) b.attachment = 1;
+    const int column = (b.attachment - 1) % 3, row = (b.attachment - 1) / 3;
+    if (!(b.spacing > 0.0)) b.spacing = 1.0;
+    const double step = 5.0 / 3.0 * h * b.spacing;
+    // Paragraphs wrap at the reference width.
     lines_.clear();
     for (std::size_t begin = 0; begin <= shown.size();) {
       std::size_t stop = shown.find('\n', begin);
       if (stop == std::string::npos) stop = shown.size();
-      wrapLine(std::string_view(shown).substr(begin, stop - begin), h, width, lines_);
+      wrapLine(shown.substr(begin, stop - begin), h, b.width, lines_);
       begin = stop + 1;
     }
     const double total = h + static_cast<double>(lines_.size() - 1) * step;
     // The first baseline below the insertion point: top rows hang from it, middle ones centre on it.
     const double first = h - total * row / 2.0;
-    openText(m * Matrix3d::fromAxes(insertion, x, y, normal), h, color,
+    openText(m * Matrix3d::fromAxes(b.insertion, x, y, normal), h, color,
              column == 1 ? "middle" : column == 2 ? "end" : "");
     out_ += '>';
     for (std::size_t line = 0; line < lines_.size(); ++line) {
@@ -647,7 +728,35 @@ class Renderer {
       out_ += "</tspan>";
     }
     out_ += "</text>\n";
-    addTextBox(g, m, DbClass::MText);
+    return true;
+  }
+
+  void mtext(const platform::Entity& t, const Groups& g, const Matrix3d& m, std::uint32_t color) {
+    using platform::Accessor;
+    const TextBlock b{t.point(Accessor::position),     t.vector(Accessor::direction),
+                      t.vector(Accessor::normal),      t.real(Accessor::textHeight),
+                      t.real(Accessor::mtextWidth),    t.real(Accessor::lineSpacingFactor),
+                      static_cast<int>(g.integer(71, 1))};
+    if (drawTextBlock(extents::plainMText(t.text(Accessor::contents)), b, m, color)) addTextBox(g, m, DbClass::MText);
+  }
+
+  // Multileaders: their leader lines and dog-legs, and their text.
+  void mleader(const Groups& g, const Matrix3d& m, std::uint32_t color) {
+    const extents::MLeaderShape shape = extents::readMLeader(g);
+    for (const std::vector<Point3d>& line : shape.lines) {
+      Stroke s = begin(m);
+      for (const Point3d& p : line) s.sink.add(p);
+      end(s, color);
+    }
+    if (shape.hasText)
+      drawTextBlock(extents::plainMText(shape.content),
+                    {shape.textLocation, shape.textDirection, shape.textNormal, shape.textHeight, shape.textWidth, 1.0,
+                     shape.attachment},
+                    m, color);
+    Extents3d box;
+    extents::BoxSink sink = extents::BoxSink(box).placed(m);
+    extents::addMLeader(g, sink);
+    extents_.addExtents(box);
   }
 
   // ---- blocks ----
