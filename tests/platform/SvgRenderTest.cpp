@@ -149,6 +149,13 @@ struct Rendering {
   std::string svg;
   Extents3d extents;
   std::vector<Element> elements;
+  // The path data of every path, in drawing order.
+  std::vector<std::string> paths() const {
+    std::vector<std::string> out;
+    for (const Element& e : elements)
+      if (e.name == "path") out.push_back(e.attr("d"));
+    return out;
+  }
   std::vector<const Element*> named(const std::string& name) const {
     std::vector<const Element*> out;
     for (const Element& e : elements)
@@ -226,8 +233,7 @@ TEST(SvgRender, FrozenOffAndInvisibleEntitiesAreNotDrawn) {
       "|0|LINE|8|Red|10|0|20|3|30|0|11|1|21|3|31|0",
       kLayers,
       std::string(blocks) + "|0|BLOCK|2|C|70|0|10|0|20|0|30|0|0|LINE|8|Red|10|0|20|9|30|0|11|1|21|9|31|0|0|ENDBLK");
-  std::vector<std::string> drawn;
-  for (const Element* p : r.named("path")) drawn.push_back(p->attr("d"));
+  const std::vector<std::string> drawn = r.paths();
   // The line on layer 0 inside the block is drawn on the reference's layer; the frozen one is not. A reference
   // on a layer that is off still shows what its block draws on layers that are on.
   EXPECT_EQ(drawn, (std::vector<std::string>{"M100 1L101 1", "M150 9L151 9", "M0 3L1 3"}));
@@ -329,8 +335,7 @@ TEST(SvgRender, MeshesDrawTheirVisibleEdges) {
       "|0|VERTEX|8|0|10|5|20|0|30|0|70|64|0|VERTEX|8|0|10|6|20|0|30|0|70|64"
       "|0|VERTEX|8|0|10|5|20|1|30|0|70|64|0|VERTEX|8|0|10|6|20|1|30|0|70|64|0|SEQEND|8|0",
       kLayers);
-  std::vector<std::string> d;
-  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  const std::vector<std::string> d = r.paths();
   EXPECT_EQ(d, (std::vector<std::string>{"M0 0L1 0L1 1L0 0M1 1L0 1L0 0",
                                          "M5 0L6 0M5 1L6 1M5 0L5 1M6 0L6 1"}));
 }
@@ -342,8 +347,7 @@ TEST(SvgRender, MultileadersDrawTheirLeadersAndText) {
       "302|LEADER{|10|4|20|4|30|0|11|1|21|0|31|0|40|0.5|304|LEADER_LINE{|10|0|20|0|30|0|10|2|20|1|30|0|305|}|303|}|"
       "301|}|10|1|20|1|30|1",
       kLayers);
-  std::vector<std::string> d;
-  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  const std::vector<std::string> d = r.paths();
   // The leader line runs through its vertices to the landing point; the dog-leg goes on along its direction.
   EXPECT_EQ(d, (std::vector<std::string>{"M0 0L2 1L4 4", "M4 4L4.5 4"}));
   const std::vector<const Element*> spans = r.named("tspan");
@@ -365,8 +369,7 @@ TEST(SvgRender, ArcsSweepTheWayTheyTurn) {
       "|0|INSERT|8|0|2|Q|10|0|20|0|30|0|41|-1"
       "|0|LWPOLYLINE|8|0|100|AcDbPolyline|90|3|70|0|10|0|20|0|42|-1|10|2|20|0|10|4|20|0",
       kLayers, blocks);
-  std::vector<std::string> d;
-  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  const std::vector<std::string> d = r.paths();
   ASSERT_EQ(d.size(), 5u);
   // A quarter counter-clockwise from (10, 0) to (0, 10); seen from below, the same arc runs clockwise to (-10, 0).
   EXPECT_EQ(d[0], "M10 0A10 10 0 0 1 0 10");
@@ -455,8 +458,7 @@ TEST(SvgRender, MultipleInsertsRepeatTheirBlockOverTheGrid) {
       "0|INSERT|8|0|2|B|10|0|20|0|30|0|41|2|42|2|70|2|71|2|44|10|45|20"
       "|0|INSERT|8|0|2|EMPTY|10|0|20|0|30|0|70|30000|71|30000|44|1|45|1",
       kLayers, blocks);
-  std::vector<std::string> d;
-  for (const Element* p : r.named("path")) d.push_back(p->attr("d"));
+  const std::vector<std::string> d = r.paths();
   // Cells are spaced in drawing units whatever the scale; a grid of nothing ends within the budget.
   EXPECT_EQ(d, (std::vector<std::string>{"M0 0L2 0", "M10 0L12 0", "M0 20L2 20", "M10 20L12 20"}));
 }
