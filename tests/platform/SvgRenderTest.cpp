@@ -322,6 +322,18 @@ TEST(SvgRender, MultilineTextWrapsAtItsWidth) {
   EXPECT_EQ(r.named("tspan").front()->attr("y"), "1");
 }
 
+TEST(SvgRender, RaysRunFarWithoutWideningTheExtents) {
+  const Rendering r = renderDxf(
+      "0|LINE|8|0|10|0|20|0|30|0|11|10|21|0|31|0"
+      "|0|RAY|8|0|100|AcDbRay|10|1|20|1|30|0|11|0|21|1|31|0"
+      "|0|XLINE|8|0|100|AcDbXline|10|1|20|1|30|0|11|1|21|0|31|0",
+      kLayers);
+  // A hundred times the drawing's size, at least 10^4.
+  EXPECT_EQ(r.paths(), (std::vector<std::string>{"M0 0L10 0", "M1 1L1 10001", "M-9999 1L10001 1"}));
+  EXPECT_EQ(r.extents.max.x, 10.0);
+  EXPECT_EQ(r.extents.max.y, 0.0);
+}
+
 TEST(SvgRender, MeshesDrawTheirVisibleEdges) {
   const Rendering r = renderDxf(
       // A polyface mesh of two triangles sharing an edge, hidden on the second one.

@@ -276,6 +276,10 @@ class Renderer {
         end(s, color);
         return;
       }
+      case DbClass::Ray:
+      case DbClass::Xline:
+        endless(entity, m, color);
+        return;
       case DbClass::Point: {
         Stroke s = begin(m);
         s.sink.add(entity.point(platform::Accessor::position));
@@ -740,6 +744,23 @@ class Renderer {
     if (drawTextBlock(extents::plainMText(t.text(Accessor::contents)), b, m, color)) addTextBox(g, m, DbClass::MText);
   }
 
+  // Rays and construction lines run on for ever: drawn far beyond the drawing, and left out of its extents.
+  void endless(const platform::Entity& line, const Matrix3d& m, std::uint32_t color) {
+    if (reach_ == 0.0) {
+      const Extents3d all = db_.extents();
+      const double size = all.isEmpty() ? 0.0 : all.max.distanceTo(all.min);
+      reach_ = std::max(1e4, extents::isFinite(size) ? 100.0 * size : 0.0);
+    }
+    const Point3d base = line.point(platform::Accessor::basePoint);
+    const Vector3d along = line.vector(platform::Accessor::unitDir) * reach_;
+    Stroke s = begin(m);
+    s.sink.add(line.dbClass() == DbClass::Ray ? base : base - along);
+    s.sink.add(base + along);
+    const Extents3d kept = extents_;
+    end(s, color);
+    extents_ = kept;
+  }
+
   // Multileaders: their leader lines and dog-legs, and their text.
   void mleader(const Groups& g, const Matrix3d& m, std::uint32_t color) {
     const extents::MLeaderShape shape = extents::readMLeader(g);
@@ -805,6 +826,7 @@ class Renderer {
   Extents3d scratch_;
   std::string width_;
   std::vector<std::string_view> lines_;
+  double reach_ = 0.0;  // how far rays and construction lines are drawn, once a drawing has one
   std::vector<std::uint32_t> stack_;
   std::size_t visits_ = 0;
   std::uint32_t layerZero_ = kNone;
