@@ -1,5 +1,6 @@
 // The silent compare run.
 #include "engine/CompareRun.h"
+#include "engine/ResultPaletteHook.h"
 
 #include "comparers/RunBeside.h"
 #include "engine/CompareLog.h"
@@ -80,6 +81,7 @@ bool readSides(CComparisonState& state, const std::string& sourcePath, const std
 void compareSides(CComparisonState& state) {
   LoadRunSettings(state);
   state.viewMatchingActive = 1;
+  ClearResultPalette();
   platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
   platform::restoreStatusBar();
   state.source = CDrawingRecord::fromDatabase(*state.sideSource);

@@ -7,6 +7,7 @@ CComparisonState& CComparisonState::instance() {
 }
 
 void CComparisonState::Prepare() {
+  ++resultSerial;
   ranges.Clear();
   differences.clear();
   // The comparers go with their drawing records; the records before the databases they read.

@@ -2,6 +2,7 @@
 // comparers, the difference records and the flags that carry between commands.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +34,9 @@ class CComparisonState {
   // Every output reads these.
   std::vector<std::unique_ptr<CDiffType>> differences;
   CDiffRange ranges{&differences};
+  // Counts the results: every prepare step starts a new one, so what refers to the records (navigation,
+  // the palette's entries) can tell that they belong to an earlier result.
+  std::uint64_t resultSerial = 0;
   int paletteIndex = 0;
   std::vector<std::string> openedDrawings;  // drawings the comparison opened in the host
 

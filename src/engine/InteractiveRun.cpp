@@ -6,6 +6,7 @@
 #include "engine/CompareRun.h"
 #include "engine/ComparisonState.h"
 #include "engine/Pairing.h"
+#include "engine/ResultPaletteHook.h"
 #include "engine/RunStages.h"
 #include "platform/dialog.h"
 #include "platform/documents.h"
@@ -153,6 +154,7 @@ bool obtainPair(CComparisonState& state, std::string source, std::string destina
 std::optional<unsigned> readAndPair(CComparisonState& state) {
   LoadRunSettings(state);
   state.viewMatchingActive = 1;
+  ClearResultPalette();
   platform::setStatusBarProgressMeter("正在准备读取源文件：", 0, 100);
   platform::restoreStatusBar();
   ReadBothDrawings(state);
@@ -223,6 +225,9 @@ void RunInteractiveCompare(const std::string& sourcePath, const std::string& des
                  : platform::fmt("发现有(%d)个实体不同。请使用工具条定位到详细差异位置。", *n),
          kResultTitle);
   keepPaletteNames(state);
+  // The palette is filled here too, not only by compare-the-open-pair: every compare on open documents
+  // ends with its result listed there, ready to be double-clicked.
+  FillResultPalette(state);
 }
 
 void RunOpenOnly() {
@@ -230,6 +235,7 @@ void RunOpenOnly() {
   // The palette's copies of the names belong to the pair compared last.
   state.paletteSourceName.clear();
   state.paletteDestinationName.clear();
+  ClearResultPalette();
   obtainPair(state, "", "", true);
 }
 
@@ -262,5 +268,6 @@ void RunCompareOpenPair() {
   std::copy(destinationXyz, destinationXyz + 3, state.destinationExtentsMin);
   state.resultReady = 1;
   keepPaletteNames(state);
+  FillResultPalette(state);
   tilePair(state);
 }

@@ -187,6 +187,10 @@ class Database {
   std::vector<LayerRecord> layers() const;
   const LayerRecord* layer(ObjectId id) const;
   const LayerRecord* layer(std::string_view name) const;
+  // AcDbLayerTable::add on the table opened for write: appends the record (its id is given to it and answered
+  // in id). eInvalidInput when the name is empty, holds a character a layer name may not hold (<>/\":;?*|=`)
+  // or is already taken (without regard to case).
+  ErrorStatus addLayer(const LayerRecord& record, ObjectId& id);
 
   // Header extents ($EXTMIN/$EXTMAX) when valid, else the extents of the current space's entities.
   Extents3d extents() const;

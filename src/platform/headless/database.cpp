@@ -152,6 +152,20 @@ const LayerRecord* Database::layer(std::string_view name) const {
   return it == data_->layerIndex.end() ? nullptr : &data_->layerTable[it->second];
 }
 
+ErrorStatus Database::addLayer(const LayerRecord& record, ObjectId& id) {
+  id = ObjectId();
+  if (record.name.empty() || record.name.find_first_of("<>/\\\":;?*|=`") != std::string::npos ||
+      layer(record.name) != nullptr)
+    return ErrorStatus::eInvalidInput;
+  const auto index = static_cast<std::uint32_t>(data_->layerTable.size());
+  LayerRecord added = record;
+  added.id = makeId(IdKind::Layer, index);
+  data_->layerTable.push_back(std::move(added));
+  data_->layerIndex.emplace(toUpperAscii(record.name), index);
+  id = data_->layerTable.back().id;
+  return ErrorStatus::eOk;
+}
+
 Extents3d Database::extents() const {
   const HeaderVar* mn = data_->headerVar("$EXTMIN");
   const HeaderVar* mx = data_->headerVar("$EXTMAX");

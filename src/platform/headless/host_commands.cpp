@@ -1,11 +1,13 @@
 // The headless host's own commands: OPEN, CLOSE, QUIT, ZOOM, PAN, REGEN, SETVAR, DOCUMENT, SVGOUT, the
-// toolbar and menu-group commands and HELP.
+// toolbar and menu-group commands, PALETTE and HELP.
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 #include "platform/files.h"
 #include "platform/headless/host_session.h"
 #include "platform/headless/menu_bar.h"
+#include "platform/headless/palettes.h"
 #include "platform/host.h"
 #include "platform/render.h"
 #include "platform/text.h"
@@ -242,10 +244,37 @@ void svgOut(HostSession& session) {
   else print("视图已写入 " + path + "\n");
 }
 
+// The palette set shown last: Enter draws its tree with the items numbered; a number or a label
+// double-clicks that item.
+void palette(HostSession& session) {
+  const PaletteSet* shown = Palettes::instance().shown();
+  if (!shown) {
+    print("没有显示的选项板。\n");
+    return;
+  }
+  const platform::PaletteSetId set = shown->id;
+  const Token token = session.readToken("输入条目的编号或标签 <列出>: ", true);
+  if (token.kind != Token::Kind::Text) return;
+  // The set may have gone while the prompt waited (a module unloaded by a queued command).
+  shown = Palettes::instance().find(set);
+  if (!shown) return;
+  if (token.text.empty()) {
+    print(Palettes::render(*shown));
+    return;
+  }
+  const std::optional<platform::PaletteItemId> item = Palettes::itemNamed(*shown, unquote(token.text));
+  if (!item) {
+    print("选项板上没有这个条目：" + token.text + "\n");
+    return;
+  }
+  Palettes::instance().activate(set, *item);
+}
+
 void help(HostSession& session) {
   print("可用的命令:\n");
   for (const Command& c : session.commands())
     print("  " + c.localName + (c.owner ? "  (" + c.group + ")" : "") + "\n");
+  print("PALETTE: 回车列出显示的选项板（编号的树），输入编号或标签则双击该条目。\n");
   print("LISP: (函数名 \"参数\" ...) 调用模块定义的函数。\n");
 }
 
@@ -306,6 +335,7 @@ void HostSession::addHostCommands() {
   add("MENULOAD", kCmdModal, menuLoad);
   add("MENUUNLOAD", kCmdModal, menuUnload);
   add("SVGOUT", kCmdModal, svgOut);
+  add("PALETTE", kCmdModal, palette);
   add("HELP", kCmdModal, help);
   variables_ = {{"CMDECHO", "1"}, {"FILEDIA", "1"}, {"OSMODE", "0"}, {"PICKBOX", "3"}};
 }

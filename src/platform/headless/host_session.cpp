@@ -9,6 +9,7 @@
 #include "platform/boundary.h"
 #include "platform/headless/dialogs.h"
 #include "platform/headless/menu_bar.h"
+#include "platform/headless/palettes.h"
 #include "platform/host.h"
 #include "platform/text.h"
 
@@ -172,6 +173,7 @@ void HostSession::dropOwnedBy(Module* module) {
     std::erase_if(document->lisp, [&](const auto& f) { return f.second.owner == module; });
   std::erase_if(hooks_, [&](const Hook& h) { return h.owner == module; });
   static_cast<HostEditor*>(editor_)->dropOwnedBy(module);
+  Palettes::instance().dropOwnedBy(module);
 }
 
 void HostSession::notifyCommand(CommandEvent event, std::string_view globalName) {
@@ -203,6 +205,7 @@ void HostSession::notifyCommand(CommandEvent event, std::string_view globalName)
 void HostSession::shutdown() {
   while (!documents_.empty()) closeDocument(documents_.back().get());
   while (!modules_.empty()) unloadModule(modules_.back().get());
+  Palettes::instance().reset();
   terminal_.clear();
   posted_.clear();
   MenuBar::instance().reset();
