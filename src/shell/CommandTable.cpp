@@ -11,6 +11,8 @@
 #include "platform/documents.h"
 #include "platform/editor.h"
 #include "platform/host.h"
+#include "results/DiffNavigator.h"
+#include "results/ResultPalette.h"
 #include "shell/ComparePrompts.h"
 #include "shell/DocumentLock.h"
 #include "shell/IdArray.h"
@@ -23,14 +25,10 @@ constexpr const char* kRestoreFirst = "先还原所有实体,才能进行此操�
 constexpr const char* kNotComparing = "非比图环境，请选择要比较的图纸";
 
 CComparisonState& state() { return CComparisonState::instance(); }
+CDiffNavigator& navigator() { return CDiffNavigator::instance(); }
 
 platform::Document* documentOf(const std::unique_ptr<CDrawingRecord>& record) {
   return record ? static_cast<platform::Document*>(record->document) : nullptr;
-}
-
-// What the result presentation will do; until it is in the build the command says so and does nothing.
-void notYet(const char* what) {
-  platform::printToCommandLine(std::string("\n") + what + ": not available yet in this build\n");
 }
 
 // The views are not kept in step while points are picked in them; afterwards they are again.
@@ -122,7 +120,7 @@ void vkUniversallyCompareFile() {
 }
 
 void vkOnlyDiff() {
-  if (CompareEndedTest()) notYet("showing only the differences");
+  if (CompareEndedTest()) navigator().ToggleShow();
 }
 
 void vkCompareSet() {
@@ -134,30 +132,30 @@ void vkCompareSet() {
 }
 
 void vkPrevDiff() {
-  if (CompareEndedTest()) notYet("going to the previous difference");
+  if (CompareEndedTest()) navigator().PrevDiff();
 }
 
 void vkNextDiff() {
-  if (CompareEndedTest()) notYet("going to the next difference");
+  if (CompareEndedTest()) navigator().NextDiff();
 }
 
 void vkResultShow() {
   if (!state().source || !state().destination) return;
   if (!CompareEndedTest() || !state().viewSync) return;
-  notYet("switching between the differences and all entities");
+  navigator().ResultShow();
 }
 
 void vkShowAllDiffRect() {
   if (!CompareEndedTest() || !GuardedTest()) return;
-  notYet("the rectangles of all differences");
+  navigator().ToggleAllRectangles();
 }
 
-void vkDrawDiffRectSrc() { notYet("the rectangle of the current difference in the source drawing"); }
-void vkDrawDiffRectDes() { notYet("the rectangle of the current difference in the destination drawing"); }
-void showDiff() { notYet("showing the current difference"); }
-void showAll() { notYet("showing all differences"); }
-void vkDrawAllDiffRectSrc() { notYet("the rectangles of all differences in the source drawing"); }
-void vkDrawAllDiffRectDes() { notYet("the rectangles of all differences in the destination drawing"); }
+void vkDrawDiffRectSrc() { navigator().DrawCurrentRectangle(DrawingSide::Source); }
+void vkDrawDiffRectDes() { navigator().DrawCurrentRectangle(DrawingSide::Destination); }
+void showDiff() { navigator().ShowDiff(); }
+void showAll() { navigator().ShowAll(); }
+void vkDrawAllDiffRectSrc() { navigator().DrawAllRectangles(DrawingSide::Source); }
+void vkDrawAllDiffRectDes() { navigator().DrawAllRectangles(DrawingSide::Destination); }
 void showcc() { ShowCompareToolbar(true); }
 void hidecc() { ShowCompareToolbar(false); }
 
@@ -197,6 +195,8 @@ constexpr ShellCommand kCommands[] = {
 std::span<const ShellCommand> CommandTable() { return kCommands; }
 
 bool RegisterCommandTable() {
+  // The runs fill the result palette that the module presents.
+  SetResultPalette(&CResultPalette::instance());
   bool all = true;
   for (const ShellCommand& c : kCommands)
     all = platform::addCommand(kCommandGroup, c.localName, c.localName, c.flags, c.handler) ==
@@ -205,7 +205,11 @@ bool RegisterCommandTable() {
   return all;
 }
 
-void RemoveCommandTable() { platform::removeGroup(kCommandGroup); }
+void RemoveCommandTable() {
+  platform::removeGroup(kCommandGroup);
+  SetResultPalette(nullptr);
+  CResultPalette::instance().Destroy();
+}
 
 bool GuardedTest() {
   const CComparisonState& s = state();
@@ -238,8 +242,11 @@ void VkEndCompare() {
   s.compareEnded = 1;
   s.entitiesHidden = 0;
   s.viewSync = 0;
-  // The result palette forgets its entries; the records and the drawings stay until the next run.
+  // The result palette forgets its entries and the navigation its current record; the records and the
+  // drawings stay until the next run.
+  CResultPalette::instance().Clear();
   s.paletteIndex = 0;
+  navigator().Release();
   s.allRectangles = 0;
 }
 

@@ -15,7 +15,8 @@ struct ShellCommand {
 
 // The table in registration order; the global name of each is its local name behind an underscore.
 std::span<const ShellCommand> CommandTable();
-// Registers the table in the group; false when the host refuses a name (the rest are still tried).
+// Registers the table in the group and the result palette with the runs; false when the host refuses a
+// name (the rest are still tried). Removing takes both away, and the palette set with them.
 bool RegisterCommandTable();
 void RemoveCommandTable();
 
