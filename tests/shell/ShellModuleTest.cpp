@@ -17,6 +17,7 @@
 #include "shell/CVkAcadReactor.h"
 #include "shell/CommandTable.h"
 #include "shell/IdArray.h"
+#include "ui/CompareConfigFile.h"
 
 namespace {
 
@@ -274,16 +275,45 @@ TEST_F(ShellModule, ShowAllMakesEveryEntityOfTheCurrentDrawingVisible) {
   EXPECT_EQ(d->dbmod() & 1, 1);
 }
 
-TEST_F(ShellModule, LaterWorkRefusesOnOneLine) {
+TEST_F(ShellModule, ResultCommandsStepDrawToggleAndEndWithThePalette) {
   holdPair();
-  for (const char* name : {"VkDrawDiffRectSrc", "VkDrawDiffRectDes", "ShowDiff", "ShowAll", "VkDrawAllDiffRectSrc",
-                           "VkDrawAllDiffRectDes", "VkNextDiff"}) {
-    const std::string shown = type(std::string(name) + "\n");
-    EXPECT_NE(shown.find("not available yet"), std::string::npos) << name << ": " << shown;
-    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 3) << shown;
-  }
   // VkResultShow does nothing while the views are not kept in step.
   EXPECT_EQ(type("VkResultShow\n"), "命令: VkResultShow\n");
+  EXPECT_EQ(state.entitiesHidden, 0);
+  // Without records the steps and the rectangle commands do nothing at all.
+  for (const char* name : {"VkNextDiff", "VkPrevDiff", "VkDrawDiffRectDes", "VkDrawDiffRectSrc"})
+    EXPECT_EQ(type(std::string(name) + "\n"), std::string("命令: ") + name + "\n") << name;
+
+  // Compared as the open pair: the palette is filled, shown and its index kept.
+  CCompareConfigFile::instance().SetIsShow(0);
+  state.viewSync = 1;
+  type("VKUniversallyCompareFile\n");
+  ASSERT_EQ(state.differences.size(), 1u);
+  EXPECT_NE(state.paletteIndex, 0);
+  const std::string tree = type("PALETTE\n\n");
+  EXPECT_NE(tree.find("比图结果显示面板\n  1   范围1\n      2   "), std::string::npos) << tree;
+  // A step reports, zooms both drawings and draws the rectangle in the destination.
+  const std::string step = type("VkNextDiff\n");
+  EXPECT_NE(step.find("\n定位到第1个不同点(共1不同点),差异:" + state.differences[0]->text), std::string::npos) << step;
+  EXPECT_NE(step.find("命令: _VkDrawDiffRectDes\n"), std::string::npos) << step;
+  EXPECT_EQ(destination->view.vectors.size(), 4u);
+  EXPECT_NE(type("PALETTE 2\n").find("定位到第1个不同点"), std::string::npos);
+  // The source drawing's rectangle, in the source's view.
+  host.activate(source);
+  type("VkDrawDiffRectSrc\n");
+  EXPECT_EQ(source->view.vectors.size(), 4u);
+
+  // The result toggle hides what no record names, and the guarded commands wait for everything back.
+  type("VkResultShow\n");
+  EXPECT_EQ(state.entitiesHidden, 1);
+  EXPECT_NE(type("VkCompareSet\n").find(kRestoreFirst), std::string::npos);
+  type("VkResultShow\n");
+  EXPECT_EQ(state.entitiesHidden, 0);
+
+  type("VkEndCompare\n");
+  EXPECT_EQ(state.paletteIndex, 0);
+  EXPECT_EQ(type("PALETTE\n\n").find("范围1"), std::string::npos);
+  EXPECT_NE(type("VkNextDiff\n").find(kNotComparing), std::string::npos);
 }
 
 TEST(ShellParts, EntryPointSlotsFollowTheMessageCodes) {

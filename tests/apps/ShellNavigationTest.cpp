@@ -1,0 +1,71 @@
+// vkcompare shell after a comparison of the bundled drawings: stepping through the differences, the result
+// palette drawn and a record chosen in it, the differences-only view, and the end of the comparison.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/TestSupport.h"
+
+namespace {
+
+struct ShellNavigation : ::testing::Test {
+  vktest::TempDir dir;
+  void SetUp() override { vktest::isolateSettings(); }
+
+  // The compare command answered as a user answers it: both names in the file dialog, then OK in it and in
+  // the settings dialog; the script follows.
+  vktest::ProgramRun compareThen(const std::string& script) {
+    const std::string examples = vktest::dataDir() + "/../../examples/";
+    vktest::writeFile(dir.file("script.txt"), "VkCompareFile\nset 101 " + examples + "door_rev_a.dxf\nset 102 " +
+                                                  examples + "door_rev_b.dxf\nok\nok\n" + script);
+    return vktest::runProgram("cd " + vktest::shellQuoted(dir.path()) + " && timeout 60 " +
+                                  vktest::shellQuoted(VKCOMPARE_PATH) + " shell",
+                              dir, dir.file("script.txt"));
+  }
+};
+
+std::size_t count(const std::string& text, const std::string& part) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
+
+TEST_F(ShellNavigation, StepsReportTheDifferencesAndThePaletteLocatesAChosenRecord) {
+  const vktest::ProgramRun s = compareThen("VkNextDiff\nVkNextDiff\nVkPrevDiff\nPALETTE\n\nPALETTE 3\nPALETTE 4\nQUIT\n");
+  EXPECT_EQ(s.status, 0) << s.err;
+  const std::string& out = s.out;
+  ASSERT_NE(out.find("发现有(10)个实体不同。"), std::string::npos) << out;
+  const std::size_t first = out.find("\n定位到第1个不同点(共10不同点),差异:");
+  const std::size_t second = out.find("\n定位到第2个不同点(共10不同点),差异:");
+  const std::size_t back = out.find("\n定位到第1个不同点(共10不同点),差异:", second);
+  ASSERT_NE(first, std::string::npos) << out;
+  EXPECT_TRUE(first < second && second < back && back != std::string::npos) << out;
+  // Every step zooms both drawings and draws the rectangle in the destination.
+  EXPECT_GE(count(out, "命令: _VkDrawDiffRectDes\n"), 3u) << out;
+  EXPECT_GE(count(out, "指定窗口的角点，输入比例因子 (nX 或 nXP)，或者\n[全部(A)/上一个(P)/窗口(W)/范围(E)] <实时>: W\n"), 6u);
+  // The palette: ranges with their members below them. The third item is the second range, which locates
+  // nothing; the fourth its member, the second record.
+  const std::size_t tree = out.find("比图结果显示面板\n  1   范围1\n      2   直线图元 新增,,1,1\n  3   范围2\n");
+  ASSERT_NE(tree, std::string::npos) << out;
+  EXPECT_NE(out.find("\n  15  范围6\n      16  ", tree), std::string::npos) << out;
+  const std::size_t range = out.find("命令: PALETTE 3", tree), member = out.find("命令: PALETTE 4", tree);
+  ASSERT_NE(member, std::string::npos) << out;
+  EXPECT_EQ(out.substr(range, member - range).find("定位到"), std::string::npos) << out;
+  EXPECT_NE(out.find("\n定位到第2个不同点(共10不同点),差异:多行文字图元", member), std::string::npos) << out;
+}
+
+TEST_F(ShellNavigation, DifferencesOnlyRefusesGuardedCommandsUntilShownAgainAndTheEndEmptiesThePalette) {
+  const vktest::ProgramRun s =
+      compareThen("VkResultShow\nVKSetCompareArea\nVkResultShow\nVkEndCompare\nPALETTE\n\nVkNextDiff\nQUIT\n");
+  EXPECT_EQ(s.status, 0) << s.err;
+  const std::string& out = s.out;
+  EXPECT_EQ(count(out, "命令: ShowDiff\n"), 2u) << out;
+  EXPECT_NE(out.find("先还原所有实体,才能进行此操作"), std::string::npos) << out;
+  EXPECT_GE(count(out, "命令: ShowAll\n"), 2u) << out;
+  const std::size_t end = out.find("命令: VkEndCompare");
+  ASSERT_NE(end, std::string::npos) << out;
+  EXPECT_NE(out.find("比图结果显示面板\n  (空)\n", end), std::string::npos) << out;
+  EXPECT_NE(out.find("非比图环境，请选择要比较的图纸", end), std::string::npos) << out;
+}
+
+}  // namespace
