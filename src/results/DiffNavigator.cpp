@@ -89,39 +89,29 @@ void CDiffNavigator::locateAndReport(int count) {
   platform::printToCommandLine(platform::fmt(",差异:%s", record.text));
 }
 
-int CDiffNavigator::NextDiff() {
+int CDiffNavigator::step(int direction) {
   follow();
   const int n = static_cast<int>(state().differences.size());
   if (n == 0) return 0;
+  const int end = direction > 0 ? n - 1 : 0;
+  currentIndex_ = std::min(currentIndex_, n - 1);
   if (currentIndex_ == -1) {
+    // The first step, either way, reaches the first record; the shown number stays where it starts.
     currentIndex_ = 0;
-  } else if (currentIndex_ >= n - 1) {
-    // No wrap to the first record: the last one is located again.
-    currentIndex_ = n - 1;
-    platform::showMessageBox(platform::fmt("已到最后一个不同点(共%d不同点)", n), kBoxTitle, platform::kMbOk);
+  } else if (currentIndex_ == end) {
+    // No wrap at either end: the record is located again.
+    platform::showMessageBox(platform::fmt(direction > 0 ? "已到最后一个不同点(共%d不同点)" : "已到第一个不同点(共%d不同点)", n),
+                             kBoxTitle, platform::kMbOk);
   } else {
-    ++currentIndex_;
-    ++shownNumber_;
+    currentIndex_ += direction;
+    shownNumber_ += direction;
   }
   locateAndReport(n);
   return 1;
 }
 
-int CDiffNavigator::PrevDiff() {
-  follow();
-  const int n = static_cast<int>(state().differences.size());
-  if (n == 0) return 0;
-  if (currentIndex_ == -1) {
-    currentIndex_ = 0;
-  } else if (currentIndex_ <= 0) {
-    platform::showMessageBox(platform::fmt("已到第一个不同点(共%d不同点)", n), kBoxTitle, platform::kMbOk);
-  } else {
-    --currentIndex_;
-    --shownNumber_;
-  }
-  locateAndReport(n);
-  return 1;
-}
+int CDiffNavigator::NextDiff() { return step(1); }
+int CDiffNavigator::PrevDiff() { return step(-1); }
 
 bool CDiffNavigator::LocateAt(std::size_t index) {
   follow();

@@ -72,6 +72,8 @@ class CDiffNavigator {
   void follow();
   void reset();
   void locateAndReport(int count);
+  // One step forward (1) or back (-1).
+  int step(int direction);
 
   std::uint64_t result_ = 0;
   // The start of the shown number is 1: it moves with the index and stays one ahead of it, so the first
