@@ -1,4 +1,15 @@
 // Navigation through the records, their rectangles and the show toggles.
+//
+// How the parts fit:
+// - The offsets added to a record's extents are the state's source and destination offsets, the drawings'
+//   base points as the run read them: the comparers see each drawing from its base point.
+// - The rectangles, the current one and those of all records, are temporary vectors: no entity is added to
+//   the compared drawings, so no layer is made for them (CreateLayer stands ready for marks that would be
+//   added to a drawing).
+// - The rectangles of all records are drawn plain in the colour of their kind, the current one highlighted.
+// - Differences only (ShowDiff) hides entities in the drawing itself and remembers them; ShowAll shows
+//   exactly those again, VKShowAll every entity. While entities are hidden the entities-hidden flag is set,
+//   so the guarded commands ask for everything to be shown first.
 #include "results/DiffNavigator.h"
 
 #include <algorithm>

@@ -1,6 +1,10 @@
 // The result palette's tree, filled from the ranges of the comparison state.
 #include "results/ResultPalette.h"
 
+#include <string>
+
+#include "platform/boundary.h"
+#include "platform/host.h"
 #include "results/DiffNavigator.h"
 
 namespace {
@@ -37,8 +41,17 @@ CResultPalette& CResultPalette::instance() {
 }
 
 platform::PaletteSetId CResultPalette::createSet() {
+  // A double-click is a call from the host: what it throws ends here, with the reason on the command line.
   set_ = platform::createPaletteSet(kResultPaletteTitle, [](platform::PaletteItemId item) {
-    CResultPalette::instance().Activate(item);
+    RunGuarded(
+        false,
+        [item] {
+          CResultPalette::instance().Activate(item);
+          return true;
+        },
+        [](const char* reason) {
+          platform::printToCommandLine(std::string("\n") + kResultPaletteTitle + ": " + reason + "\n");
+        });
   });
   return set_;
 }
