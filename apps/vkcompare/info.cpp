@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "commands.h"
-#include "json.h"
 #include "platform/database.h"
 #include "platform/boundary.h"
+#include "results.h"
 
 namespace vkcompare {
 
@@ -62,44 +62,27 @@ DrawingInfo collect(const platform::Database& db) {
 }
 
 std::string toJson(const platform::Database& db, const DrawingInfo& info, const platform::ReadReport& report) {
-  std::string out = "{\n  \"file\": ";
-  appendJsonString(out, db.fileName());
-  out += ",\n  \"format\": ";
-  appendJsonString(out, db.format());
-  out += ",\n  \"version\": ";
-  appendJsonString(out, db.version());
-  out += ",\n  \"codepage\": ";
-  appendJsonString(out, db.codepage());
-  out += ",\n  \"tilemode\": " + std::to_string(db.tilemode());
-  out += ",\n  \"current_space\": ";
-  appendJsonString(out, info.currentSpace);
-  out += ",\n  \"layers\": " + std::to_string(info.layers);
-  out += ",\n  \"blocks\": " + std::to_string(info.blocks);
-  out += ",\n  \"named_blocks\": " + std::to_string(info.namedBlocks);
-  out += ",\n  \"entities\": " + std::to_string(info.entities);
-  out += ",\n  \"spaces\": {";
-  for (std::size_t i = 0; i < info.spaces.size(); ++i) {
-    const Space& s = info.spaces[i];
-    out += i ? ",\n    " : "\n    ";
-    appendJsonString(out, s.name);
-    out += ": {";
-    std::size_t k = 0;
-    for (const auto& [name, count] : s.counts) {
-      out += k++ ? ", " : "";
-      appendJsonString(out, name);
-      out += ": " + std::to_string(count);
-    }
-    out += "}";
+  Json spaces = Json::object();
+  for (const Space& s : info.spaces) {
+    Json counts = Json::object();
+    for (const auto& [name, count] : s.counts) counts[name] = count;
+    spaces[s.name] = std::move(counts);
   }
-  out += info.spaces.empty() ? "}" : "\n  }";
-  out += ",\n  \"warnings\": [";
-  for (std::size_t i = 0; i < report.warnings.size(); ++i) {
-    out += i ? ",\n    " : "\n    ";
-    appendJsonString(out, report.warnings[i]);
-  }
-  out += report.warnings.empty() ? "]" : "\n  ]";
-  out += "\n}\n";
-  return out;
+  const Json document = {
+      {"file", db.fileName()},
+      {"format", std::string(db.format())},
+      {"version", std::string(db.version())},
+      {"codepage", std::string(db.codepage())},
+      {"tilemode", db.tilemode()},
+      {"current_space", info.currentSpace},
+      {"layers", info.layers},
+      {"blocks", info.blocks},
+      {"named_blocks", info.namedBlocks},
+      {"entities", info.entities},
+      {"spaces", std::move(spaces)},
+      {"warnings", report.warnings},
+  };
+  return JsonText(document);
 }
 
 void printTable(const platform::Database& db, const DrawingInfo& info) {

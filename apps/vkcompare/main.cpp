@@ -7,12 +7,15 @@
 
 #include "commands.h"
 #include "platform/boundary.h"
+#include "platform/files.h"
 #include "shell/version.h"
 
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: vkcompare [--log-dir DIR] SOURCE DESTINATION\n"
+    "Usage: vkcompare [--log-dir DIR] [--json FILE|-] [--list] SOURCE DESTINATION\n"
+    "       vkcompare [--log-dir DIR] [--json FILE|-] [--list] FOLDER_A FOLDER_B\n"
+    "       vkcompare git-diff PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE\n"
     "       vkcompare info [--json] FILE\n"
     "       vkcompare shell [--module PATH] [--release N] [SOURCE DESTINATION]\n"
     "       vkcompare comparers\n"
@@ -20,8 +23,12 @@ constexpr const char* kUsage =
     "\n"
     "Compares the current space of SOURCE with that of DESTINATION (DXF or DWG drawings), prints the\n"
     "outcome and writes a log of every difference. Exit status: 0 identical, 1 differences found, 2 trouble.\n"
+    "Given two folders, compares the drawings they share by relative path (in parallel), names those only in\n"
+    "one of them, prints a line per pair and a total; exit status 2 when any pair could not be compared.\n"
     "\n"
     "Commands:\n"
+    "  git-diff       git's diff driver for drawings (diff.vkcompare.command): a header and the records;\n"
+    "                 exit status 0 unless the driver itself failed\n"
     "  info FILE      what a drawing holds: version, code page, spaces, layers, blocks, entity counts\n"
     "                 (--json: one JSON object)\n"
     "  comparers      which comparer class each entity class is compared by, in the factory's order\n"
@@ -32,6 +39,10 @@ constexpr const char* kUsage =
     "\n"
     "Options:\n"
     "  --log-dir DIR  write the comparison log into DIR (default: the current folder)\n"
+    "  --json FILE    also write the result as a JSON document (schema vkcompare-result/1) to FILE, whole\n"
+    "                 or not at all; \"-\" writes it to stdout and what the run prints to stderr\n"
+    "  --list         also print the records one a line: kind, source and destination handles, text\n"
+    "                 (coloured by kind on a terminal)\n"
     "  --help         show this help and exit\n"
     "  --version      show the version and exit\n";
 
@@ -52,12 +63,24 @@ int run(int argc, char** argv) {
   if (arg == "info") return vkcompare::runInfo(argc - 2, argv + 2);
   if (arg == "comparers") return vkcompare::runComparers();
   if (arg == "shell") return vkcompare::runShell(argc - 2, argv + 2);
+  if (arg == "git-diff") return vkcompare::runGitDiff(argc - 2, argv + 2);
   std::vector<std::string> files;
-  std::string logFolder;
+  vkcompare::Outputs outputs;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
-    if (a == "--log-dir" && i + 1 < argc) {
-      logFolder = argv[++i];
+    if ((a == "--log-dir" || a == "--json" || a == "--html") && i + 1 >= argc) {
+      std::fprintf(stderr, "vkcompare: %s needs a value\n\n%s", a.c_str(), kUsage);
+      return 2;
+    }
+    if (a == "--log-dir") {
+      outputs.logFolder = argv[++i];
+    } else if (a == "--json") {
+      outputs.jsonPath = argv[++i];
+    } else if (a == "--list") {
+      outputs.list = true;
+    } else if (a == "--html") {
+      std::fprintf(stderr, "vkcompare: --html: the HTML report is not available yet in this build\n");
+      return 2;
     } else if (!a.empty() && a[0] == '-' && a != "-") {
       std::fprintf(stderr, "vkcompare: unknown option '%s'\n\n%s", a.c_str(), kUsage);
       return 2;
@@ -69,7 +92,10 @@ int run(int argc, char** argv) {
     std::fprintf(stderr, "vkcompare: give two drawings, the source and the destination\n\n%s", kUsage);
     return 2;
   }
-  return vkcompare::runCompare(files[0], files[1], logFolder);
+  const bool folderA = platform::fileKind(files[0]) == platform::FileKind::Folder;
+  const bool folderB = platform::fileKind(files[1]) == platform::FileKind::Folder;
+  if (folderA && folderB) return vkcompare::runFolders(files[0], files[1], outputs);
+  return vkcompare::runCompare(files[0], files[1], outputs);
 }
 
 }  // namespace

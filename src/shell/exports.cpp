@@ -40,6 +40,10 @@ extern "C" void I_VkVisbleTooBar(int& visible) {
 
 extern "C" int I_VkCompareFiles_Silent(const char* sourcePath, const char* destinationPath, double*, double*, double*,
                                        double*, double*, double*) {
+  return CompareFilesSilent(sourcePath, destinationPath);
+}
+
+int CompareFilesSilent(const char* sourcePath, const char* destinationPath, ResultSinks outputs) {
   const char* source = sourcePath ? sourcePath : "";
   const char* destination = destinationPath ? destinationPath : "";
   CComparisonState& state = CComparisonState::instance();
@@ -52,7 +56,7 @@ extern "C" int I_VkCompareFiles_Silent(const char* sourcePath, const char* desti
           // Deliberately 1, not -1 as the interactive export answers.
           return 1;
         }
-        return RunSilentCompare(source, destination);
+        return RunSilentCompare(source, destination, outputs);
       },
       [&](const char* reason) {
         state.ReleaseDrawings();

@@ -1,6 +1,8 @@
 // The C functions the module exports to other modules of the host's process.
 #pragma once
 
+#include "engine/ResultSink.h"
+
 extern "C" {
 
 // The entry point the host calls with its application messages (platform/application.h).
@@ -38,3 +40,7 @@ int VkLastLogWritten();
 // Null or "" gives logs back to the module's own rule (beside its installation).
 void VkSetLogFolder(const char* folder);
 }
+
+// I_VkCompareFiles_Silent with further outputs, for front ends linked with the module: each output is
+// published at the end of the run, unless the run was cut short by a throw (then the state holds the reason).
+int CompareFilesSilent(const char* sourcePath, const char* destinationPath, ResultSinks outputs = {});

@@ -9,41 +9,12 @@
 #include <utility>
 #include <vector>
 
+#include "VkcompareFixture.h"
 #include "support/TestSupport.h"
 
 namespace {
 
 using Result = vktest::ProgramRun;
-using vktest::shellQuoted;
-
-struct VkcompareFixture : ::testing::Test {
-  vktest::TempDir dir;
-  void SetUp() override { vktest::isolateSettings(); }
-
-  // Runs vkcompare in the test's folder with the arguments (each quoted), stdin closed, after the shell
-  // command prefix.
-  Result run(const std::vector<std::string>& args, const std::string& prefix = "") {
-    std::string cmd = prefix + "cd " + shellQuoted(dir.path()) + " && timeout 60 " + shellQuoted(VKCOMPARE_PATH);
-    for (const std::string& a : args) cmd += " " + shellQuoted(a);
-    return vktest::runProgram(cmd, dir);
-  }
-  std::string data(const char* name) const { return vktest::dataDir() + "/" + name; }
-  // The records of the one log in the test's folder, without its first line; the log is then removed.
-  std::string records() {
-    std::string text;
-    for (const auto& e : std::filesystem::directory_iterator(dir.path()))
-      if (e.path().extension() == ".ini") {
-        text = vktest::readFile(e.path().string());
-        std::filesystem::remove(e.path());
-      }
-    return text.substr(std::min(text.size(), text.find('\n')));
-  }
-  int logs() const {
-    int n = 0;
-    for (const auto& e : std::filesystem::directory_iterator(dir.path())) n += e.path().extension() == ".ini";
-    return n;
-  }
-};
 
 TEST_F(VkcompareFixture, ExitStatusesSayIdenticalDifferentOrTrouble) {
   const Result same = run({data("two_entities.dxf"), data("two_entities.dxf")});
