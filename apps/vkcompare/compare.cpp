@@ -29,7 +29,7 @@ int compareFiles(const std::string& source, const std::string& destination, cons
   VkSetLogFolder(outputs.logFolder.empty() ? currentFolder().c_str() : outputs.logFolder.c_str());
 
   CJsonOutput json;
-  CListOutput list(text, ::isatty(::fileno(text)) != 0);
+  CListOutput list(::isatty(::fileno(text)) != 0);
   std::vector<CResultSink*> sinks;
   if (!outputs.jsonPath.empty()) sinks.push_back(&json);
   if (outputs.list) sinks.push_back(&list);

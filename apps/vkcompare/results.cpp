@@ -1,9 +1,10 @@
 // The result document and the list of records, read from the comparison state.
 #include "results.h"
 
-#include <cinttypes>
+#include <cstdio>
 
 #include "platform/files.h"
+#include "platform/headless/console.h"
 #include "results/Locate.h"
 
 namespace vkcompare {
@@ -140,10 +141,10 @@ std::string ListLine(int kind, const Json& sourceHandle, const Json& destination
 }
 
 void CListOutput::publish(const CComparisonState& state) {
+  headless::Console& console = headless::Console::instance();
+  if (!console.atLineStart()) console.print("\n");
   for (const auto& r : state.differences)
-    std::fputs(ListLine(r->kind, HandleValue(r->sourceHandle), HandleValue(r->destinationHandle), r->text, colour).c_str(),
-               stream);
-  std::fflush(stream);
+    console.print(ListLine(r->kind, HandleValue(r->sourceHandle), HandleValue(r->destinationHandle), r->text, colour));
 }
 
 }  // namespace vkcompare

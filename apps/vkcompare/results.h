@@ -1,7 +1,6 @@
 // The outputs vkcompare adds to a silent run: the result as a JSON document, and the records as a list.
 #pragma once
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -46,14 +45,13 @@ class CJsonOutput : public CResultSink {
 std::string ListLine(int kind, const Json& sourceHandle, const Json& destinationHandle, const std::string& text,
                      bool colour);
 
-// Prints the records one a line, as they are sorted.
+// Prints the records one a line, as they are sorted, on the host's command line after the run's own lines.
 class CListOutput : public CResultSink {
  public:
-  CListOutput(std::FILE* stream, bool colour) : stream(stream), colour(colour) {}
+  explicit CListOutput(bool colour) : colour(colour) {}
   void publish(const CComparisonState& state) override;
 
  private:
-  std::FILE* stream;
   bool colour;
 };
 
