@@ -226,7 +226,8 @@ int runFolders(const std::string& sourceFolder, const std::string& destinationFo
     } else if (pair.status == 1) {
       ++different;
       std::snprintf(head, sizeof head, "%-10s ", "different");
-      line = head + pair.relative + ": " + std::to_string(doc.value("count", 0)) + " records\n";
+      const int count = doc.value("count", 0);
+      line = head + pair.relative + ": " + std::to_string(count) + (count == 1 ? " record\n" : " records\n");
       if (outputs.list)
         for (const Json& r : doc.value("records", Json::array()))
           line += "  " + ListLine(r.value("kind_number", 0), r.value("source_handle", Json()),

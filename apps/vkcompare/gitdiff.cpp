@@ -84,8 +84,14 @@ int gitDiff(int argc, char** argv) {
   }
   const std::string path = argv[0], oldFile = argv[1], oldHex = argv[2], newFile = argv[4], newHex = argv[5];
   std::printf("diff --vkcompare a/%s b/%s\n", path.c_str(), path.c_str());
-  std::printf("--- %s%s (%s)\n", oldFile == kNoFile ? "" : "a/", oldFile == kNoFile ? kNoFile : path.c_str(), oldHex.c_str());
-  std::printf("+++ %s%s (%s)\n", newFile == kNoFile ? "" : "b/", newFile == kNoFile ? kNoFile : path.c_str(), newHex.c_str());
+  // A missing side is /dev/null, its blob id "." (or zeros).
+  const auto side = [&path](const char* marker, const char* prefix, const std::string& file, const std::string& hex) {
+    const std::string blob = hex.empty() || hex == "." ? "" : " (" + hex + ")";
+    if (file == kNoFile) std::printf("%s %s%s\n", marker, kNoFile, blob.c_str());
+    else std::printf("%s %s%s%s\n", marker, prefix, path.c_str(), blob.c_str());
+  };
+  side("---", "a/", oldFile, oldHex);
+  side("+++", "b/", newFile, newHex);
   std::fflush(stdout);
   if (oldFile == kNoFile && newFile == kNoFile) std::printf("neither side holds a drawing\n");
   else if (oldFile == kNoFile) std::printf("new drawing: %s\n", entityCount(newFile).c_str());

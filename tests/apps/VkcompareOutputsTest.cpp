@@ -50,7 +50,8 @@ std::string violation(const Json& value, const Json& schema, const Json& root, c
   if (value.is_object()) {
     for (const Json& name : schema.value("required", Json::array()))
       if (!value.contains(name.get<std::string>())) return at + ": lacks " + name.get<std::string>();
-    for (const auto& [name, sub] : schema.value("properties", Json::object()).items())
+    const Json properties = schema.value("properties", Json::object());
+    for (const auto& [name, sub] : properties.items())
       if (value.contains(name))
         if (std::string v = violation(value[name], sub, root, at + "/" + name); !v.empty()) return v;
   }
@@ -153,8 +154,11 @@ TEST_F(OutputsFixture, JsonOfTheExamplesHoldsEveryRecordInOrder) {
     EXPECT_EQ(text.rfind(rec["description"].get<std::string>(), 0), 0u);
     ASSERT_FALSE(rec["messages"].empty());
     // An added or deleted record says so; a changed one names what differs, and has both entities.
-    if (kind == "added") EXPECT_EQ(rec["messages"], Json::array({"新增"}));
-    if (kind == "deleted") EXPECT_EQ(rec["messages"], Json::array({"删除"}));
+    if (kind == "added") {
+      EXPECT_EQ(rec["messages"], Json::array({"新增"}));
+    } else if (kind == "deleted") {
+      EXPECT_EQ(rec["messages"], Json::array({"删除"}));
+    }
     EXPECT_EQ(rec["source_handle"].is_string(), kind != "added");
     EXPECT_EQ(rec["destination_handle"].is_string(), kind != "deleted");
     std::string joined;
@@ -192,7 +196,7 @@ TEST_F(OutputsFixture, JsonOfARefusedRunCarriesTheError) {
   EXPECT_EQ(doc["exit_status"], 2);
   EXPECT_NE(doc["error"].get<std::string>().find(dir.file("nowhere.dxf") + ": cannot open the file"), std::string::npos);
   EXPECT_TRUE(doc["records"].empty());
-  EXPECT_NE(r.err.find("源图形文件无效"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("目标图形文件无效"), std::string::npos) << r.err;
 
   // A document that cannot be written is trouble, and leaves nothing behind.
   const Result unwritable = run({"--json", dir.file("no/such/folder.json"), data("two_entities.dxf"),
@@ -421,9 +425,10 @@ TEST_F(OutputsFixture, GitDiffShowsRecordsThroughTheDriver) {
   EXPECT_NE(diff.out.find("diff --vkcompare a/part.dxf b/part.dxf\n--- a/part.dxf ("), std::string::npos) << diff.out;
   EXPECT_NE(diff.out.find("\nchanged "), std::string::npos) << diff.out;
   EXPECT_NE(diff.out.find("颜色不相同,\n1 record: 1 changed, 0 added, 0 deleted\n"), std::string::npos) << diff.out;
-  EXPECT_NE(diff.out.find("--- /dev/null ("), std::string::npos) << diff.out;
+  EXPECT_NE(diff.out.find("--- /dev/null\n+++ b/new.dxf ("), std::string::npos) << diff.out;
   EXPECT_NE(diff.out.find("new drawing: "), std::string::npos) << diff.out;
-  EXPECT_NE(diff.out.find("+++ /dev/null ("), std::string::npos) << diff.out;
+  EXPECT_NE(diff.out.find("--- a/gone.DXF (") , std::string::npos) << diff.out;
+  EXPECT_NE(diff.out.find("+++ /dev/null\n"), std::string::npos) << diff.out;
   EXPECT_NE(diff.out.find("deleted drawing: 2 entities in its current space\n"), std::string::npos) << diff.out;
   // The comparison's log stays out of the working tree.
   const Result status = sh("status --porcelain --untracked-files=all");
