@@ -236,6 +236,18 @@ TEST_F(OutputsFixture, ListPrintsOneLineARecordAfterTheRunsOwnLines) {
   ASSERT_EQ(doc["records"].size(), 10u);
   EXPECT_NE(listed.out.find("发现有(10)个实体不同。请使用工具条定位到详细差异位置。\n" + expected), std::string::npos)
       << listed.out;
+
+  // On a terminal each line takes its kind's rectangle colour: changed green, added red, deleted yellow.
+  if (std::system("script -qec true /dev/null > /dev/null 2>&1") != 0) GTEST_SKIP() << "no script(1) for a terminal";
+  const std::string inner = vktest::shellQuoted(VKCOMPARE_PATH) + " --list " + vktest::shellQuoted(example("door_rev_a.dxf")) +
+                            " " + vktest::shellQuoted(example("door_rev_b.dxf"));
+  const Result terminal = vktest::runProgram(
+      "cd " + vktest::shellQuoted(dir.path()) + " && script -qec " + vktest::shellQuoted(inner) + " /dev/null", dir);
+  for (const Json& rec : doc["records"]) {
+    const std::string kind = rec["kind"];
+    const std::string colour = kind == "changed" ? "\x1b[32m" : kind == "added" ? "\x1b[31m" : "\x1b[33m";
+    EXPECT_NE(terminal.out.find(colour + kind), std::string::npos) << kind << ": " << terminal.out;
+  }
 }
 
 // Two folders of drawings: the source and a copy with one drawing edited, one removed and one added.
