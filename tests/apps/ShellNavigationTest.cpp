@@ -35,6 +35,8 @@ TEST_F(ShellNavigation, StepsReportTheDifferencesAndThePaletteLocatesAChosenReco
   EXPECT_EQ(s.status, 0) << s.err;
   const std::string& out = s.out;
   ASSERT_NE(out.find("发现有(10)个实体不同。"), std::string::npos) << out;
+  // The result's message box stands on a line of its own after the count of the destination's entities.
+  EXPECT_NE(out.find("个\n[图纸比较结果] 发现有(10)个实体不同。"), std::string::npos) << out;
   const std::size_t first = out.find("\n定位到第1个不同点(共10不同点),差异:");
   const std::size_t second = out.find("\n定位到第2个不同点(共10不同点),差异:");
   const std::size_t back = out.find("\n定位到第1个不同点(共10不同点),差异:", second);

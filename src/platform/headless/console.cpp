@@ -40,10 +40,9 @@ int Console::messageBox(std::string_view text, std::string_view title, unsigned 
     answer = (style & 0xF) == platform::kMbYesNo ? platform::kIdYes : platform::kIdOk;
   }
   boxes_.push_back({std::string(text), std::string(title), style, answer});
-  // The box is shown on a line of its own; the line it interrupts is ended.
-  if (!atLineStart_) print("\n");
+  // On the terminal the box stands on a line of its own; the command line's transcript does not show it.
   if (echo_) {
-    std::fprintf(echo_, "[%.*s] %.*s\n", static_cast<int>(title.size()), title.data(), static_cast<int>(text.size()),
+    std::fprintf(echo_, "%s[%.*s] %.*s\n", atLineStart_ ? "" : "\n", static_cast<int>(title.size()), title.data(), static_cast<int>(text.size()),
                  text.data());
     std::fflush(echo_);
   }
