@@ -1,5 +1,6 @@
 // vkcompare shell after a comparison of the bundled drawings: stepping through the differences, the result
-// palette drawn and a record chosen in it, the differences-only view, and the end of the comparison.
+// palette drawn and a record chosen in it, the differences-only view, the end of the comparison; and the
+// open pair compared again with base points and an area.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -71,3 +72,33 @@ TEST_F(ShellNavigation, DifferencesOnlyRefusesGuardedCommandsUntilShownAgainAndT
 }
 
 }  // namespace
+
+TEST_F(ShellNavigation, BasePointsAndAreaMakeAMovedCopyCompareEqual) {
+  // Three lines, and a copy moved by (100, 50) with one more line far off.
+  std::string original, moved;
+  for (int i = 0; i < 3; ++i) {
+    const auto line = [i](double dx, double dy) {
+      return "0|LINE|8|0|10|" + std::to_string(dx) + "|20|" + std::to_string(dy + i * 5) + "|30|0|11|" +
+             std::to_string(dx + 10) + "|21|" + std::to_string(dy + i * 5) + "|31|0|";
+    };
+    original += line(0, 0);
+    moved += line(100, 50);
+  }
+  vktest::writeFile(dir.file("a.dxf"), vktest::dxfDrawing(original.substr(0, original.size() - 1)));
+  vktest::writeFile(dir.file("b.dxf"), vktest::dxfDrawing(moved + "0|LINE|8|0|10|300|20|300|30|0|11|310|21|300|31|0"));
+  vktest::writeFile(dir.file("script.txt"),
+                    "VKOpenDwgFiles\nset 101 " + dir.file("a.dxf") + "\nset 102 " + dir.file("b.dxf") +
+                        "\nok\n"
+                        "VKSetCompareBasePt\n\n100,50\nVKUniversallyCompareFile\nok\n"
+                        "VKSetCompareArea\n-1,-1\n11,11\n-1,-1\n11,11\nVKUniversallyCompareFile\nok\nQUIT\n");
+  const vktest::ProgramRun s = vktest::runProgram(
+      "cd " + vktest::shellQuoted(dir.path()) + " && timeout 60 " + vktest::shellQuoted(VKCOMPARE_PATH) + " shell",
+      dir, dir.file("script.txt"));
+  EXPECT_EQ(s.status, 0) << s.err;
+  // The base points leave only the far line; the area then leaves it out too.
+  const std::size_t based = s.out.find("[图纸比较结果] 发现有(1)个实体不同。请在左侧 比图结果显示面板 上双击，进行定位。");
+  const std::size_t equal = s.out.find("[图纸比较结果] 文件完全相同\n", based);
+  EXPECT_NE(based, std::string::npos) << s.out;
+  EXPECT_NE(equal, std::string::npos) << s.out;
+  EXPECT_NE(s.out.find("指定比较基点<原点>：100,50\n"), std::string::npos) << s.out;
+}
