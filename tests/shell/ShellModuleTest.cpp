@@ -17,6 +17,7 @@
 #include "shell/CVkAcadReactor.h"
 #include "shell/CommandTable.h"
 #include "shell/IdArray.h"
+#include "LoadedModule.h"
 #include "ui/CompareConfigFile.h"
 
 namespace {
@@ -31,37 +32,11 @@ constexpr const char* kRestoreFirst = "先还原所有实体,才能进行此操�
 const std::vector<std::string> kGuarded = {"VKSetCompareArea", "VKSetCompareBasePt", "VKUniversallyCompareFile",
                                            "VkCompareSet", "VkShowAllDiffRect"};
 
-struct ShellModule : ::testing::Test {
-  HostSession& host = HostSession::instance();
-  headless::Console& console = headless::Console::instance();
-  CComparisonState& state = CComparisonState::instance();
-  headless::Module* module = nullptr;
+struct ShellModule : LoadedModule {
   headless::HeadlessDocument* source = nullptr;
   headless::HeadlessDocument* destination = nullptr;
 
-  void SetUp() override {
-    host.shutdown();
-    console.setEcho(nullptr);
-    console.reset();
-    const std::string folder = ::testing::TempDir() + "vk_shell_module";
-    std::filesystem::create_directories(folder);
-    ::setenv("APPDATA", folder.c_str(), 1);
-    resetState();
-    std::string error;
-    module = host.loadModule(VK_MODULE_PATH, error);
-    ASSERT_NE(module, nullptr) << error;
-  }
-  void TearDown() override {
-    resetState();
-    host.shutdown();
-    console.reset();
-  }
-  void resetState() {
-    state.ReleaseDrawings();
-    state.Prepare();
-    state.openedDrawings.clear();
-    state.compareEnded = state.entitiesHidden = state.viewSync = state.allRectangles = state.resultReady = 0;
-  }
+  void SetUp() override { load("vk_shell_module"); }
   headless::HeadlessDocument* open(const std::string& name) {
     std::string error;
     headless::HeadlessDocument* d = host.openDocument(kData + "/" + name, error);
@@ -78,11 +53,6 @@ struct ShellModule : ::testing::Test {
       (*record)->fileName = document->fileName();
     }
     console.takeTranscript();
-  }
-  std::string type(std::string_view text) {
-    console.takeTranscript();
-    host.execute(text);
-    return console.takeTranscript();
   }
 };
 

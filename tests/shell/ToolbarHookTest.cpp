@@ -15,6 +15,7 @@
 #include "results/ViewMatching.h"
 #include "shell/exports.h"
 #include "shell/ToolbarHookIn.h"
+#include "LoadedModule.h"
 
 namespace {
 
@@ -22,44 +23,17 @@ using headless::HostSession;
 
 const std::string kData = VK_TEST_DATA_DIR;
 
-struct ToolbarHook : ::testing::Test {
-  HostSession& host = HostSession::instance();
-  headless::Console& console = headless::Console::instance();
-  CComparisonState& state = CComparisonState::instance();
-  headless::Module* module = nullptr;
-
+struct ToolbarHook : LoadedModule {
   void SetUp() override {
-    host.shutdown();
-    console.setEcho(nullptr);
-    console.reset();
-    const std::string folder = ::testing::TempDir() + "vk_toolbar_hook";
-    std::filesystem::create_directories(folder);
-    ::setenv("APPDATA", folder.c_str(), 1);
-    resetState();
+    CViewMatching::instance().Forget();
     // Dialogs read their answers from the lines typed, as in the shell.
     headless::Dialogs::instance().setTerminalInput([this](std::string_view prompt) { return host.readLine(prompt); });
-    std::string error;
-    module = host.loadModule(VK_MODULE_PATH, error);
-    ASSERT_NE(module, nullptr) << error;
+    load("vk_toolbar_hook");
   }
   void TearDown() override {
-    resetState();
-    host.shutdown();
-    headless::Dialogs::instance().reset();
-    console.reset();
-  }
-  void resetState() {
-    state.ReleaseDrawings();
-    state.Prepare();
-    state.openedDrawings.clear();
-    state.compareEnded = state.entitiesHidden = state.viewSync = state.allRectangles = state.resultReady = 0;
-    state.sourceOffset = state.destinationOffset = {};
+    LoadedModule::TearDown();
     CViewMatching::instance().Forget();
-  }
-  std::string type(std::string_view text) {
-    console.takeTranscript();
-    host.execute(text);
-    return console.takeTranscript();
+    headless::Dialogs::instance().reset();
   }
   static std::optional<platform::ToolbarInfo> toolbar() {
     for (platform::ToolbarId id : platform::toolbars("Acad"))
