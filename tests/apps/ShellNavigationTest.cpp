@@ -102,3 +102,18 @@ TEST_F(ShellNavigation, BasePointsAndAreaMakeAMovedCopyCompareEqual) {
   EXPECT_NE(equal, std::string::npos) << s.out;
   EXPECT_NE(s.out.find("指定比较基点<原点>：100,50\n"), std::string::npos) << s.out;
 }
+
+TEST_F(ShellNavigation, LispCallComparesTheNamedDrawings) {
+  const std::string examples = vktest::dataDir() + "/../../examples/";
+  // LISP functions are defined in a drawing's document: one is open first.
+  vktest::writeFile(dir.file("script.txt"), "OPEN " + vktest::dataDir() + "/two_entities.dxf\n(lsp_CompareFile \"" + examples + "door_rev_a.dxf\" \"" + examples +
+                                                "door_rev_b.dxf\")\nok\nQUIT\n");
+  const vktest::ProgramRun s = vktest::runProgram(
+      "cd " + vktest::shellQuoted(dir.path()) + " && timeout 60 " + vktest::shellQuoted(VKCOMPARE_PATH) + " shell",
+      dir, dir.file("script.txt"));
+  EXPECT_EQ(s.status, 0) << s.err;
+  // Both names given: no file dialog, straight to the comparison.
+  EXPECT_EQ(s.out.find("Morvane比图文件选择"), std::string::npos) << s.out;
+  EXPECT_NE(s.out.find("[图纸比较结果] 发现有(10)个实体不同。请使用工具条定位到详细差异位置。"), std::string::npos)
+      << s.out;
+}
