@@ -17,6 +17,7 @@ struct Outputs {
   std::string logFolder;  // "" means the current folder
   std::string jsonPath;   // "" none, "-" standard output
   bool list = false;      // the records on standard output, one a line
+  std::string htmlPath;   // "" none: the HTML report
 };
 
 // vkcompare SOURCE DESTINATION: the silent comparison.

@@ -8,7 +8,9 @@
 
 #include "commands.h"
 #include "engine/ComparisonState.h"
+#include "html_report.h"
 #include "platform/boundary.h"
+#include "platform/files.h"
 #include "platform/headless/console.h"
 #include "results.h"
 #include "shell/exports.h"
@@ -29,10 +31,12 @@ int compareFiles(const std::string& source, const std::string& destination, cons
   VkSetLogFolder(outputs.logFolder.empty() ? currentFolder().c_str() : outputs.logFolder.c_str());
 
   CJsonOutput json;
+  CHtmlOutput html;
   CListOutput list(::isatty(::fileno(text)) != 0);
   std::vector<CResultSink*> sinks;
   if (!outputs.jsonPath.empty()) sinks.push_back(&json);
   if (outputs.list) sinks.push_back(&list);
+  if (!outputs.htmlPath.empty()) sinks.push_back(&html);
   CompareFilesSilent(source.c_str(), destination.c_str(), sinks);
   if (!console.transcript().empty() && console.transcript().back() != '\n') std::fputc('\n', text);
   std::fflush(text);
@@ -51,6 +55,14 @@ int compareFiles(const std::string& source, const std::string& destination, cons
     const Json document = json.published ? json.document : ResultDocument(CComparisonState::instance());
     std::string reason;
     if (!WriteJson(outputs.jsonPath, document, reason)) {
+      std::fprintf(stderr, "vkcompare: %s\n", reason.c_str());
+      status = 2;
+    }
+  }
+  if (!outputs.htmlPath.empty()) {
+    const std::string page = html.published ? html.page : HtmlReport(CComparisonState::instance(), ReportDate());
+    std::string reason;
+    if (!platform::writeWholeFile(outputs.htmlPath, page, &reason)) {
       std::fprintf(stderr, "vkcompare: %s\n", reason.c_str());
       status = 2;
     }

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: vkcompare [--log-dir DIR] [--json FILE|-] [--list] SOURCE DESTINATION\n"
+    "Usage: vkcompare [--log-dir DIR] [--json FILE|-] [--html FILE] [--list] SOURCE DESTINATION\n"
     "       vkcompare [--log-dir DIR] [--json FILE|-] [--list] FOLDER_A FOLDER_B\n"
     "       vkcompare git-diff PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE\n"
     "       vkcompare info [--json] FILE\n"
@@ -41,6 +41,9 @@ constexpr const char* kUsage =
     "  --log-dir DIR  write the comparison log into DIR (default: the current folder)\n"
     "  --json FILE    also write the result as a JSON document (schema vkcompare-result/1) to FILE, whole\n"
     "                 or not at all; \"-\" writes it to stdout and what the run prints to stderr\n"
+    "  --html FILE    also write a report page to FILE, whole or not at all: both drawings side by side with\n"
+    "                 the differences framed, the ranges and their records, stepping and zoom; it needs\n"
+    "                 nothing but a browser\n"
     "  --list         also print the records one a line: kind, source and destination handles, text\n"
     "                 (coloured by kind on a terminal)\n"
     "  --help         show this help and exit\n"
@@ -79,8 +82,7 @@ int run(int argc, char** argv) {
     } else if (a == "--list") {
       outputs.list = true;
     } else if (a == "--html") {
-      std::fprintf(stderr, "vkcompare: --html: the HTML report is not available yet in this build\n");
-      return 2;
+      outputs.htmlPath = argv[++i];
     } else if (!a.empty() && a[0] == '-' && a != "-") {
       std::fprintf(stderr, "vkcompare: unknown option '%s'\n\n%s", a.c_str(), kUsage);
       return 2;
@@ -94,6 +96,10 @@ int run(int argc, char** argv) {
   }
   const bool folderA = platform::fileKind(files[0]) == platform::FileKind::Folder;
   const bool folderB = platform::fileKind(files[1]) == platform::FileKind::Folder;
+  if (folderA && folderB && !outputs.htmlPath.empty()) {
+    std::fprintf(stderr, "vkcompare: --html: reports of two folders are not available yet in this build\n");
+    return 2;
+  }
   if (folderA && folderB) return vkcompare::runFolders(files[0], files[1], outputs);
   return vkcompare::runCompare(files[0], files[1], outputs);
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 
 #include "platform/headless/dxf_extents_parts.h"
 #include "platform/render.h"
@@ -223,9 +224,17 @@ class Renderer {
     if (block >= data_.blocks.size()) return;
     if (std::find(stack_.begin(), stack_.end(), block) != stack_.end() || stack_.size() >= limits_.depth) return;
     stack_.push_back(block);
+    // Each entity of the space itself is a group tagged with its handle, so that a page can find it.
+    const bool topLevel = stack_.size() == 1;
     for (std::uint32_t index : data_.blocks[block].entities) {
       if (visits_ >= limits_.visits) break;
+      if (topLevel) {
+        char tag[40];
+        std::snprintf(tag, sizeof tag, "<g data-h=\"%llX\">\n", static_cast<unsigned long long>(data_.entities[index].handle));
+        out_ += tag;
+      }
       entity(index, m, inherited, inReference);
+      if (topLevel) out_ += "</g>\n";
     }
     stack_.pop_back();
   }

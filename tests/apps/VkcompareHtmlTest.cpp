@@ -1,0 +1,215 @@
+// vkcompare --html, run as a program: the page's markup and data, what a drawing's text can and cannot do to
+// it, and the page in a headless browser (skipped where there is none): loading, stepping, the views' windows.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "VkcompareFixture.h"
+#include "support/TestSupport.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+constexpr const char* kInjected = "<script>window.__pwned=1</script>";
+
+std::size_t occurrences(const std::string& text, const std::string& what) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) ++n;
+  return n;
+}
+
+// The data the page's script reads, parsed back: the "<\/" the page writes for "</" read as JSON reads it.
+Json pageData(const std::string& page) {
+  const std::string open = "<script type=\"application/json\" id=\"vk-data\">";
+  const std::size_t begin = page.find(open);
+  if (begin == std::string::npos) return nullptr;
+  const std::size_t end = page.find("</script>", begin);
+  if (end == std::string::npos) return nullptr;
+  return Json::parse(page.substr(begin + open.size(), end - begin - open.size()), nullptr, false);
+}
+
+// The viewBox of the view with this id in a page or a dumped DOM, as a window: min x, min y, max x, max y.
+std::vector<double> viewWindow(const std::string& dom, const std::string& id) {
+  std::smatch m;
+  const std::regex svg("<svg id=\"" + id + "\"[^>]*viewBox=\"([^\"]*)\"");
+  if (!std::regex_search(dom, m, svg)) return {};
+  std::istringstream in(m[1].str());
+  double x = 0, y = 0, w = 0, h = 0;
+  if (!(in >> x >> y >> w >> h)) return {};
+  return {x, -y - h, x + w, -y};
+}
+
+std::vector<double> windowOf(const Json& w) {
+  return {w["min"][0].get<double>(), w["min"][1].get<double>(), w["max"][0].get<double>(), w["max"][1].get<double>()};
+}
+
+::testing::AssertionResult sameWindow(const std::vector<double>& a, const std::vector<double>& b) {
+  if (a.size() != 4 || b.size() != 4) return ::testing::AssertionFailure() << "no window";
+  for (int i = 0; i < 4; ++i)
+    if (std::fabs(a[i] - b[i]) > 1e-6 * std::max(1.0, std::fabs(b[i])))
+      return ::testing::AssertionFailure() << "corner " << i << ": " << a[i] << " against " << b[i];
+  return ::testing::AssertionSuccess();
+}
+
+// The browser the page is tried in, "" when the machine has none.
+std::string browser() {
+  for (const char* path : {"/usr/bin/chromium", "/usr/bin/chromium-browser"})
+    if (fs::exists(path)) return path;
+  return "";
+}
+
+struct VkcompareHtml : VkcompareFixture {
+  std::string example(const char* name) const { return vktest::dataDir() + "/../../examples/" + name; }
+
+  // The DOM of the page after its script ran, opened at the fragment.
+  std::string dom(const std::string& page, const std::string& fragment) {
+    const std::string cmd = vktest::shellQuoted(browser()) + " --headless --no-sandbox --disable-gpu --no-first-run" +
+                            " --user-data-dir=" + vktest::shellQuoted(dir.file("profile")) +
+                            " --virtual-time-budget=5000 --dump-dom " +
+                            vktest::shellQuoted("file://" + page + fragment) + " 2>/dev/null";
+    return vktest::runProgram("timeout 120 " + cmd, dir).out;
+  }
+
+  // Writes a drawing of a line, and one of the same line and a text of this value.
+  void textDrawings(const std::string& value) {
+    const std::string line = "0|LINE|5|100|8|0|10|0|20|0|30|0|11|10|21|0|31|0";
+    vktest::writeFile(dir.file("a.dxf"), vktest::dxfDrawing(line));
+    vktest::writeFile(dir.file("b.dxf"), vktest::dxfDrawing(line + "|0|TEXT|5|101|8|0|10|0|20|5|30|0|40|2.5|1|" + value));
+  }
+};
+
+TEST_F(VkcompareHtml, ReportOfTheExamplesHoldsBothDrawingsAndEveryRecord) {
+  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
+                      example("door_rev_b.dxf")});
+  ASSERT_EQ(r.status, 1) << r.err;
+  EXPECT_NE(r.out.find("发现有(10)个实体不同"), std::string::npos) << r.out;  // the run prints what it always did
+  const std::string page = vktest::readFile(dir.file("report.html"));
+  const Json result = Json::parse(vktest::readFile(dir.file("result.json")));
+  const Json data = pageData(page);
+  ASSERT_TRUE(data.is_object()) << "the page's data does not parse";
+
+  // The data is the JSON output's result: the same records, texts and windows, in the same order.
+  ASSERT_EQ(data["result"]["records"].size(), 10u);
+  EXPECT_EQ(data["result"]["records"], result["records"]);
+  EXPECT_EQ(data["result"]["ranges"], result["ranges"]);
+  EXPECT_EQ(data["count_text"], "发现有(10)个实体不同。");
+  EXPECT_NE(page.find("<span class=\"count\" id=\"count\">发现有(10)个实体不同。</span>"), std::string::npos);
+
+  // The tree lists each record once, by its index and text; each record has one rectangle, in the
+  // destination view unless deleted, in its kind's colour.
+  for (const Json& rec : result["records"]) {
+    const std::string i = std::to_string(rec["index"].get<int>());
+    EXPECT_EQ(occurrences(page, "data-i=\"" + i + "\""), 1u) << i;
+    EXPECT_EQ(occurrences(page, "<rect id=\"r" + i + "\""), 1u) << i;
+  }
+  EXPECT_EQ(occurrences(page, "<li class=\"m k"), 10u);
+  const std::size_t destinationView = page.find("<svg id=\"svgD\"");
+  ASSERT_NE(destinationView, std::string::npos);
+  ASSERT_NE(page.find("<svg id=\"svgS\""), std::string::npos);
+  for (const Json& rec : result["records"]) {
+    const std::size_t at = page.find("<rect id=\"r" + std::to_string(rec["index"].get<int>()) + "\"");
+    const std::string kind = rec["kind"];
+    EXPECT_EQ(at > destinationView, kind != "deleted") << rec["text"];
+    const std::string colour = kind == "changed" ? "#00ff00" : kind == "added" ? "#ff0000" : "#ffff00";
+    EXPECT_EQ(page.substr(at, page.find("/>", at) - at).find("stroke=\"" + colour + "\"") != std::string::npos, true)
+        << rec["text"];
+  }
+  // Every named entity's group carries its handle, so that the page can show the differences only.
+  for (const Json& rec : result["records"])
+    for (const char* side : {"source_handle", "destination_handle"})
+      if (rec[side].is_string())
+        EXPECT_NE(page.find("<g data-h=\"" + rec[side].get<std::string>() + "\">"), std::string::npos) << rec["text"];
+  // Nothing is fetched from elsewhere.
+  EXPECT_EQ(page.find("src="), std::string::npos);
+  EXPECT_EQ(page.find("href="), std::string::npos);
+  EXPECT_EQ(page.find("@import"), std::string::npos);
+}
+
+TEST_F(VkcompareHtml, StatusFollowsTheRunAndAnUnwritableReportGivesTwo) {
+  const std::string a = vktest::dataDir() + "/two_entities.dxf";
+  auto r = run({"--html", "same.html", a, a});
+  EXPECT_EQ(r.status, 0) << r.err;
+  const std::string same = vktest::readFile(dir.file("same.html"));
+  EXPECT_NE(same.find("id=\"count\">文件完全相同<"), std::string::npos);
+  EXPECT_EQ(pageData(same)["result"]["records"].size(), 0u);
+
+  r = run({"--html", dir.file("no/such/folder/report.html"), a, vktest::dataDir() + "/two_entities_recoloured.dxf"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("no/such/folder/report.html"), std::string::npos) << r.err;
+  EXPECT_FALSE(fs::exists(dir.file("no")));
+
+  // A run that fails still reports, with its reason.
+  r = run({"--html", "missing.html", a, dir.file("missing.dxf")});
+  EXPECT_EQ(r.status, 2);
+  const std::string missing = vktest::readFile(dir.file("missing.html"));
+  EXPECT_NE(missing.find("比较失败"), std::string::npos);
+
+  // Two folders: refused clearly, nothing compared.
+  fs::create_directory(dir.file("A"));
+  fs::create_directory(dir.file("B"));
+  r = run({"--html", "f.html", "A", "B"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("--html"), std::string::npos) << r.err;
+}
+
+TEST_F(VkcompareHtml, DrawingTextsStayText) {
+  textDrawings(std::string(kInjected) + "\"'&<!--");
+  const auto r = run({"--html", "report.html", "a.dxf", "b.dxf"});
+  ASSERT_EQ(r.status, 1) << r.err;
+  const std::string page = vktest::readFile(dir.file("report.html"));
+  // The page's own three scripts are the only elements the text could have opened or closed.
+  EXPECT_EQ(occurrences(page, "</script>"), 3u);
+  EXPECT_EQ(occurrences(page, "<!--"), 0u);
+  EXPECT_NE(page.find("&lt;script&gt;window.__pwned=1&lt;/script&gt;&quot;&#39;&amp;&lt;!--"), std::string::npos);
+  const Json data = pageData(page);
+  ASSERT_TRUE(data.is_object());
+  ASSERT_EQ(data["result"]["records"].size(), 1u);
+  EXPECT_NE(data["result"]["records"][0]["text"].get<std::string>().find(kInjected), std::string::npos);
+
+  if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
+  const std::string shown = dom(dir.file("report.html"), "#next=1");
+  EXPECT_NE(shown.find("data-ready=\"1\""), std::string::npos) << shown.substr(0, 2000);
+  EXPECT_NE(shown.find("data-current=\"0\""), std::string::npos);
+  // Had the text become markup, the browser would hold a script element of it (written with its own end tag).
+  EXPECT_EQ(shown.find(kInjected), std::string::npos);
+  EXPECT_NE(shown.find("&lt;script&gt;window.__pwned=1&lt;/script&gt;"), std::string::npos);
+  EXPECT_NE(shown.find("<pre id=\"errors\" hidden=\"\"></pre>"), std::string::npos);
+}
+
+TEST_F(VkcompareHtml, BrowserStepsAsTheNavigatorAndZoomsBothViews) {
+  if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
+  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
+                      example("door_rev_b.dxf")});
+  ASSERT_EQ(r.status, 1) << r.err;
+  const Json records = Json::parse(vktest::readFile(dir.file("result.json")))["records"];
+  ASSERT_EQ(records.size(), 10u);
+
+  // Three steps from the start reach the third record; both views show its windows; the script ran cleanly.
+  std::string shown = dom(dir.file("report.html"), "#next=3");
+  ASSERT_NE(shown.find("data-ready=\"1\""), std::string::npos) << shown.substr(0, 3000);
+  EXPECT_NE(shown.find("<pre id=\"errors\" hidden=\"\"></pre>"), std::string::npos);
+  EXPECT_NE(shown.find("data-current=\"2\""), std::string::npos);
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgS"), windowOf(records[2]["locate"]["source"])));
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[2]["locate"]["destination"])));
+  EXPECT_NE(shown.find("class=\"m k" + std::to_string(records[2]["kind_number"].get<int>()) + " cur\" data-i=\"2\""),
+            std::string::npos);
+  EXPECT_EQ(occurrences(shown, "已到"), 0u);
+  for (const Json& rec : records) EXPECT_NE(shown.find(rec["text"].get<std::string>()), std::string::npos) << rec["text"];
+
+  // No wrap: stepping past the last record stays on it and says so.
+  shown = dom(dir.file("report.html"), "#next=12");
+  EXPECT_NE(shown.find("data-current=\"9\""), std::string::npos);
+  EXPECT_NE(shown.find("已到最后一个不同点(共10不同点)"), std::string::npos);
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[9]["locate"]["destination"])));
+}
+
+}  // namespace
