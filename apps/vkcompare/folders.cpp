@@ -18,6 +18,7 @@
 
 #include "commands.h"
 #include "engine/ComparisonState.h"
+#include "html_report.h"
 #include "platform/files.h"
 #include "results.h"
 
@@ -71,6 +72,7 @@ struct Pair {
   std::string relative;
   std::string source, destination;
   std::string jsonPath, outputPath;
+  std::string htmlPath;  // its report page, "" for none
   int status = 2;     // the child's exit status; 2 when it did not exit
   std::string ended;  // how it ended when it did not exit normally
   Json document;
@@ -78,8 +80,9 @@ struct Pair {
 
 // Starts `vkcompare --log-dir LOGS --json PAIR.json SOURCE DESTINATION` with its output in a file.
 pid_t start(const Pair& pair, const std::string& logFolder) {
-  std::vector<std::string> args = {"vkcompare", "--log-dir", logFolder, "--json", pair.jsonPath, pair.source,
-                                   pair.destination};
+  std::vector<std::string> args = {"vkcompare", "--log-dir", logFolder, "--json", pair.jsonPath};
+  if (!pair.htmlPath.empty()) args.insert(args.end(), {"--html", pair.htmlPath});
+  args.insert(args.end(), {pair.source, pair.destination});
   std::vector<char*> argv;
   for (std::string& a : args) argv.push_back(a.data());
   argv.push_back(nullptr);
@@ -202,6 +205,11 @@ int runFolders(const std::string& sourceFolder, const std::string& destinationFo
     const std::string stem = work.path + "/" + std::to_string(pairs.size());
     pair.jsonPath = stem + ".json";
     pair.outputPath = stem + ".out";
+    // Each pair's report mirrors its relative path below the report folder.
+    if (!outputs.htmlPath.empty()) {
+      pair.htmlPath = (fs::path(outputs.htmlPath) / (relative + ".html")).string();
+      platform::CreateFolderPath(fs::path(pair.htmlPath).parent_path().string());
+    }
     pairs.push_back(std::move(pair));
   }
 
@@ -211,6 +219,7 @@ int runFolders(const std::string& sourceFolder, const std::string& destinationFo
   // What the pairs say, in the order of their paths; the drawings only in one folder among them.
   int identical = 0, different = 0, trouble = 0;
   std::map<std::string, std::string> lines;  // relative path -> its line (and its records)
+  std::map<std::string, IndexEntry> index;   // relative path -> its line of the index page
   // With the JSON on standard output, the lines go to stderr.
   std::FILE* const text = outputs.jsonPath == "-" ? stderr : stdout;
   const bool colour = ::isatty(::fileno(text)) != 0;
@@ -239,17 +248,39 @@ int runFolders(const std::string& sourceFolder, const std::string& destinationFo
       line = head + pair.relative + ": " + (reason.is_string() ? reason.get<std::string>() : "the comparison failed") + "\n";
     }
     lines[pair.relative] = line;
+    const std::string outcome = pair.status == 0 ? "identical" : pair.status == 1 ? "different" : "trouble";
+    const std::string summary = line.substr(0, line.find('\n')).substr(11);
+    const bool written = !pair.htmlPath.empty() && fs::exists(pair.htmlPath);
+    index[pair.relative] = {pair.relative, summary, written ? pair.relative + ".html" : "", outcome};
   }
-  for (const std::string& relative : onlySource) lines[relative] = "deleted    " + relative + ": only in " + sourceFolder + "\n";
-  for (const std::string& relative : onlyDestination)
+  for (const std::string& relative : onlySource) {
+    lines[relative] = "deleted    " + relative + ": only in " + sourceFolder + "\n";
+    index[relative] = {relative, "only in " + sourceFolder, "", "deleted"};
+  }
+  for (const std::string& relative : onlyDestination) {
     lines[relative] = "added      " + relative + ": only in " + destinationFolder + "\n";
+    index[relative] = {relative, "only in " + destinationFolder, "", "added"};
+  }
   for (const auto& [relative, line] : lines) std::fputs(line.c_str(), text);
-  std::fprintf(text, "%zu pairs: %d identical, %d different, %d could not be compared; %zu only in %s, %zu only in %s\n",
-              pairs.size(), identical, different, trouble, onlySource.size(), sourceFolder.c_str(),
-              onlyDestination.size(), destinationFolder.c_str());
+  char total[512];
+  std::snprintf(total, sizeof total, "%zu pairs: %d identical, %d different, %d could not be compared; %zu only in %s, %zu only in %s",
+                pairs.size(), identical, different, trouble, onlySource.size(), sourceFolder.c_str(),
+                onlyDestination.size(), destinationFolder.c_str());
+  std::fprintf(text, "%s\n", total);
   std::fflush(text);
 
-  const int status = trouble ? 2 : different || !onlySource.empty() || !onlyDestination.empty() ? 1 : 0;
+  int status = trouble ? 2 : different || !onlySource.empty() || !onlyDestination.empty() ? 1 : 0;
+  if (!outputs.htmlPath.empty()) {
+    std::vector<IndexEntry> entries;
+    for (auto& [relative, entry] : index) entries.push_back(std::move(entry));
+    platform::CreateFolderPath(outputs.htmlPath);
+    std::string reason;
+    const std::string page = FolderIndexPage(sourceFolder, destinationFolder, entries, total, ReportDate());
+    if (!platform::writeWholeFile((fs::path(outputs.htmlPath) / "index.html").string(), page, &reason)) {
+      std::fprintf(stderr, "vkcompare: %s\n", reason.c_str());
+      status = 2;
+    }
+  }
   if (!outputs.jsonPath.empty()) {
     Json all = Json::array();
     for (Pair& pair : pairs) {

@@ -2,6 +2,7 @@
 #include "html_report.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <ctime>
 
@@ -209,6 +210,8 @@ R.forEach(function(r){if(r.source_handle)named.s.add(r.source_handle);if(r.desti
 var h=/^#(next|record)=(\d+)$/.exec(location.hash);
 if(h){if(h[1]==='next'){for(var s=0;s<+h[2];s++)step(1);}else if(+h[2]<n)locate(+h[2]);}
 document.body.setAttribute('data-ready','1');
+// How long the page took to be ready, from the start of its loading.
+document.body.setAttribute('data-ready-ms',String(Math.round(performance.now())));
 })();
 )JS";
 
@@ -244,6 +247,40 @@ std::string ScriptSafeJson(std::string_view json) {
       out += json[i];
     }
   }
+  return out;
+}
+
+std::string FolderIndexPage(const std::string& sourceFolder, const std::string& destinationFolder,
+                            const std::vector<IndexEntry>& entries, const std::string& total, const std::string& date) {
+  std::string out =
+      "<!DOCTYPE html>\n<html lang=\"zh\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
+      HtmlEscape(sourceFolder + " ↔ " + destinationFolder) +
+      "</title>\n<style>body{font:13px/1.5 \"Noto Sans CJK SC\",sans-serif;background:#1b2027;color:#dde;margin:12px}"
+      "a{color:#9cf}td{padding:1px 10px}.different td:first-child{color:#ffd479}.trouble td:first-child{color:#ff6b6b}"
+      ".deleted td:first-child{color:#ffff00}.added td:first-child{color:#ff4040}</style>\n</head>\n<body>\n<h1>" +
+      HtmlEscape(sourceFolder) + " ↔ " + HtmlEscape(destinationFolder) + "</h1>\n<p id=\"date\">" + HtmlEscape(date) +
+      "</p>\n<table>\n";
+  for (const IndexEntry& e : entries) {
+    out += "<tr class=\"" + HtmlEscape(e.outcome) + "\"><td>" + HtmlEscape(e.outcome) + "</td><td>";
+    if (e.report.empty()) {
+      out += HtmlEscape(e.relative);
+    } else {
+      // The link is a relative URL: every byte but the unreserved ones and '/' percent-encoded.
+      std::string href;
+      for (unsigned char c : e.report) {
+        if (std::isalnum(c) || c == '-' || c == '_' || c == '.' || c == '~' || c == '/') {
+          href += static_cast<char>(c);
+        } else {
+          char hex[4];
+          std::snprintf(hex, sizeof hex, "%%%02X", c);
+          href += hex;
+        }
+      }
+      out += "<a href=\"" + href + "\">" + HtmlEscape(e.relative) + "</a>";
+    }
+    out += "</td><td>" + HtmlEscape(e.summary) + "</td></tr>\n";
+  }
+  out += "</table>\n<p id=\"total\">" + HtmlEscape(total) + "</p>\n</body>\n</html>\n";
   return out;
 }
 

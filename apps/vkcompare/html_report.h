@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "engine/ResultSink.h"
 
@@ -20,6 +21,18 @@ std::string HtmlReport(const CComparisonState& state, const std::string& date);
 
 // The current time in UTC as "YYYY-MM-DD HH:MM:SS UTC".
 std::string ReportDate();
+
+// One line of a folder comparison's index page: a drawing's relative path, its summary, and the report of
+// the pair, relative to the index ("" when the drawing is only in one folder).
+struct IndexEntry {
+  std::string relative;
+  std::string summary;
+  std::string report;
+  std::string outcome;  // "identical", "different", "trouble", "deleted", "added"
+};
+// The index page of the reports of two folders' pairs, a line an entry in the order given.
+std::string FolderIndexPage(const std::string& sourceFolder, const std::string& destinationFolder,
+                            const std::vector<IndexEntry>& entries, const std::string& total, const std::string& date);
 
 // Makes the page while the run's drawings are at hand, for writing once the run is over.
 class CHtmlOutput : public CResultSink {

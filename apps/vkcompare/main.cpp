@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kUsage =
     "Usage: vkcompare [--log-dir DIR] [--json FILE|-] [--html FILE] [--list] SOURCE DESTINATION\n"
-    "       vkcompare [--log-dir DIR] [--json FILE|-] [--list] FOLDER_A FOLDER_B\n"
+    "       vkcompare [--log-dir DIR] [--json FILE|-] [--html DIR] [--list] FOLDER_A FOLDER_B\n"
     "       vkcompare git-diff PATH OLD-FILE OLD-HEX OLD-MODE NEW-FILE NEW-HEX NEW-MODE\n"
     "       vkcompare info [--json] FILE\n"
     "       vkcompare shell [--module PATH] [--release N] [SOURCE DESTINATION]\n"
@@ -43,7 +43,8 @@ constexpr const char* kUsage =
     "                 or not at all; \"-\" writes it to stdout and what the run prints to stderr\n"
     "  --html FILE    also write a report page to FILE, whole or not at all: both drawings side by side with\n"
     "                 the differences framed, the ranges and their records, stepping and zoom; it needs\n"
-    "                 nothing but a browser\n"
+    "                 nothing but a browser; with two folders, DIR gets a report a pair (at its relative\n"
+    "                 path, .html added) and index.html\n"
     "  --list         also print the records one a line: kind, source and destination handles, text\n"
     "                 (coloured by kind on a terminal)\n"
     "  --help         show this help and exit\n"
@@ -96,10 +97,6 @@ int run(int argc, char** argv) {
   }
   const bool folderA = platform::fileKind(files[0]) == platform::FileKind::Folder;
   const bool folderB = platform::fileKind(files[1]) == platform::FileKind::Folder;
-  if (folderA && folderB && !outputs.htmlPath.empty()) {
-    std::fprintf(stderr, "vkcompare: --html: reports of two folders are not available yet in this build\n");
-    return 2;
-  }
   if (folderA && folderB) return vkcompare::runFolders(files[0], files[1], outputs);
   return vkcompare::runCompare(files[0], files[1], outputs);
 }

@@ -157,12 +157,40 @@ TEST_F(VkcompareHtml, StatusFollowsTheRunAndAnUnwritableReportGivesTwo) {
   const std::string missing = vktest::readFile(dir.file("missing.html"));
   EXPECT_NE(missing.find("比较失败"), std::string::npos);
 
-  // Two folders: refused clearly, nothing compared.
-  fs::create_directory(dir.file("A"));
-  fs::create_directory(dir.file("B"));
-  r = run({"--html", "f.html", "A", "B"});
+}
+
+TEST_F(VkcompareHtml, FoldersGetAReportAPairAndAnIndex) {
+  const std::string a = vktest::readFile(vktest::dataDir() + "/two_entities.dxf");
+  fs::create_directories(dir.file("A/sub"));
+  fs::create_directories(dir.file("B/sub"));
+  vktest::writeFile(dir.file("A/sub/edited <1>.dxf"), a);
+  vktest::writeFile(dir.file("B/sub/edited <1>.dxf"), vktest::readFile(vktest::dataDir() + "/two_entities_recoloured.dxf"));
+  vktest::writeFile(dir.file("A/same.dxf"), a);
+  vktest::writeFile(dir.file("B/same.dxf"), a);
+  vktest::writeFile(dir.file("A/gone.dxf"), a);
+  auto r = run({"--html", "out", "A", "B"});
+  EXPECT_EQ(r.status, 1) << r.err;
+
+  // Each pair's report at its relative path; the index links them with their summaries, in path order.
+  const std::string edited = vktest::readFile(dir.file("out/sub/edited <1>.dxf.html"));
+  EXPECT_EQ(pageData(edited)["result"]["records"].size(), 1u);
+  EXPECT_EQ(pageData(vktest::readFile(dir.file("out/same.dxf.html")))["result"]["records"].size(), 0u);
+  EXPECT_FALSE(fs::exists(dir.file("out/gone.dxf.html")));
+  const std::string index = vktest::readFile(dir.file("out/index.html"));
+  const std::size_t gone = index.find("<td>deleted</td><td>gone.dxf</td><td>only in A</td>");
+  const std::size_t same = index.find("<td>identical</td><td><a href=\"same.dxf.html\">same.dxf</a></td>");
+  const std::size_t sub = index.find("<td>different</td><td><a href=\"sub/edited%20%3C1%3E.dxf.html\">sub/edited &lt;1&gt;.dxf</a>"
+                                     "</td><td>sub/edited &lt;1&gt;.dxf: 1 record</td>");
+  ASSERT_NE(gone, std::string::npos) << index;
+  ASSERT_NE(same, std::string::npos) << index;
+  ASSERT_NE(sub, std::string::npos) << index;
+  EXPECT_TRUE(gone < same && same < sub);
+  EXPECT_NE(index.find("2 pairs: 1 identical, 1 different"), std::string::npos);
+
+  // An index that cannot be written is trouble.
+  r = run({"--html", "A/same.dxf/out", "A", "B"});
   EXPECT_EQ(r.status, 2);
-  EXPECT_NE(r.err.find("--html"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("A/same.dxf/out/index.html"), std::string::npos) << r.err;
 }
 
 TEST_F(VkcompareHtml, DrawingTextsAndFileNamesStayText) {
