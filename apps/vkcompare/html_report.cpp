@@ -206,9 +206,12 @@ R.forEach(function(r){if(r.source_handle)named.s.add(r.source_handle);if(r.desti
   });
   window.addEventListener('mouseup',function(){drag=null;});
 });
-// #next=K steps K times at load, #record=I locates record I: links to a record, and a way to test the page.
-var h=/^#(next|record)=(\d+)$/.exec(location.hash);
-if(h){if(h[1]==='next'){for(var s=0;s<+h[2];s++)step(1);}else if(+h[2]<n)locate(+h[2]);}
+// #next=K steps K times at load, #record=I locates record I, #keys=npn presses those keys: links to a
+// record, and a way to try the page.
+var h=/^#(next|record|keys)=(\d+|[np]+)$/.exec(location.hash);
+if(h&&h[1]==='next'){for(var s=0;s<+h[2];s++)step(1);}
+else if(h&&h[1]==='record'&&+h[2]<n)locate(+h[2]);
+else if(h&&h[1]==='keys')h[2].split('').forEach(function(k){document.dispatchEvent(new KeyboardEvent('keydown',{key:k}));});
 document.body.setAttribute('data-ready','1');
 // How long the page took to be ready, from the start of its loading.
 document.body.setAttribute('data-ready-ms',String(Math.round(performance.now())));

@@ -245,6 +245,22 @@ TEST_F(VkcompareHtml, BrowserStepsAsTheNavigatorAndZoomsBothViews) {
   EXPECT_NE(shown.find("data-current=\"9\""), std::string::npos);
   EXPECT_NE(shown.find("<span id=\"msg\">已到最后一个不同点(共10不同点)</span>"), std::string::npos);
   EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[9]["locate"]["destination"])));
+
+  // The keys: the first step back also reaches the first record; one more back stays and says so.
+  shown = dom(dir.file("report.html"), "#keys=p");
+  EXPECT_NE(shown.find("data-current=\"0\""), std::string::npos);
+  EXPECT_NE(shown.find("<span id=\"msg\"></span>"), std::string::npos);
+  shown = dom(dir.file("report.html"), "#keys=nnnpp");
+  EXPECT_NE(shown.find("data-current=\"0\""), std::string::npos);
+  EXPECT_NE(shown.find("<span id=\"msg\"></span>"), std::string::npos);
+  shown = dom(dir.file("report.html"), "#keys=np");
+  EXPECT_NE(shown.find("data-current=\"0\""), std::string::npos);
+  EXPECT_NE(shown.find("<span id=\"msg\">已到第一个不同点(共10不同点)</span>"), std::string::npos);
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgS"), windowOf(records[0]["locate"]["source"])));
+  // A link to a record locates it.
+  shown = dom(dir.file("report.html"), "#record=7");
+  EXPECT_NE(shown.find("data-current=\"7\""), std::string::npos);
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[7]["locate"]["destination"])));
 }
 
 }  // namespace
