@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "platform/headless/svg_render.h"
 #include "platform/render.h"
 #include "results.h"
 #include "results/Locate.h"
@@ -221,18 +222,10 @@ document.body.setAttribute('data-ready-ms',String(Math.round(performance.now()))
 }  // namespace
 
 std::string HtmlEscape(std::string_view text) {
+  // What XML text needs is what HTML text and quoted attributes need; bytes that are not UTF-8 become U+FFFD.
   std::string out;
   out.reserve(text.size());
-  for (char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&#39;"; break;
-      default: out += c;
-    }
-  }
+  headless::appendXmlText(out, text);
   return out;
 }
 

@@ -204,7 +204,7 @@ TEST_F(VkcompareHtml, DrawingTextsAndFileNamesStayText) {
   EXPECT_EQ(occurrences(page, "</script>"), 3u);
   EXPECT_EQ(occurrences(page, "<!--"), 0u);
   EXPECT_NE(page.find(">&lt;script&gt;window.__pwned=1&lt;/script&gt;&quot;&apos;&amp;&lt;!--<"), std::string::npos);
-  EXPECT_NE(page.find("id=\"destination-name\">&lt;!--x&#39;&amp;&quot;&lt;i&lt;/script&gt;b.dxf<"), std::string::npos);
+  EXPECT_NE(page.find("id=\"destination-name\">&lt;!--x&apos;&amp;&quot;&lt;i&lt;/script&gt;b.dxf<"), std::string::npos);
   const Json data = pageData(page);
   ASSERT_TRUE(data.is_object());
   ASSERT_EQ(data["result"]["records"].size(), 1u);
