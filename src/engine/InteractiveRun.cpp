@@ -7,6 +7,7 @@
 #include "engine/ComparisonState.h"
 #include "engine/Pairing.h"
 #include "engine/ResultPaletteHook.h"
+#include "engine/ViewMatcherHook.h"
 #include "engine/RunStages.h"
 #include "platform/dialog.h"
 #include "platform/documents.h"
@@ -224,6 +225,7 @@ void RunInteractiveCompare(const std::string& sourcePath, const std::string& des
   inform(*n == 0 ? std::string("文件完全相同。")
                  : platform::fmt("发现有(%d)个实体不同。请使用工具条定位到详细差异位置。", *n),
          kResultTitle);
+  MatchComparedViews();
   keepPaletteNames(state);
   // The palette is filled here too, not only by compare-the-open-pair: every compare on open documents
   // ends with its result listed there, ready to be double-clicked.
@@ -266,6 +268,7 @@ void RunCompareOpenPair() {
   const double destinationXyz[3] = {destinationMin.x, destinationMin.y, destinationMin.z};
   std::copy(sourceXyz, sourceXyz + 3, state.sourceExtentsMin);
   std::copy(destinationXyz, destinationXyz + 3, state.destinationExtentsMin);
+  MatchComparedViews();
   state.resultReady = 1;
   keepPaletteNames(state);
   FillResultPalette(state);

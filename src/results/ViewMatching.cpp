@@ -53,3 +53,8 @@ bool CViewMatching::MatchViews(platform::WindowId view) {
   seen_.erase(fromSource ? destinationView : sourceView);
   return true;
 }
+
+bool CViewMatching::MatchDestinationToSource() {
+  Forget();
+  return MatchViews(viewOf(CComparisonState::instance().source));
+}

@@ -23,6 +23,9 @@ class CViewMatching {
   // Zooms the other compared drawing to the window this view shows; false (nothing sent) when the view is
   // not one of the two compared views.
   bool MatchViews(platform::WindowId view);
+  // The end of a run: the destination's view is zoomed to the window the source's view shows, and the
+  // views seen so far are forgotten (they belonged to the drawings before this run).
+  bool MatchDestinationToSource();
   // Forgets every view (a new pair of drawings).
   void Forget() { seen_.clear(); }
 

@@ -7,12 +7,14 @@
 
 #include "engine/CompareRun.h"
 #include "engine/ComparisonState.h"
+#include "engine/ViewMatcherHook.h"
 #include "platform/commands.h"
 #include "platform/documents.h"
 #include "platform/editor.h"
 #include "platform/host.h"
 #include "results/DiffNavigator.h"
 #include "results/ResultPalette.h"
+#include "results/ViewMatching.h"
 #include "shell/ComparePrompts.h"
 #include "shell/DocumentLock.h"
 #include "shell/IdArray.h"
@@ -197,6 +199,7 @@ std::span<const ShellCommand> CommandTable() { return kCommands; }
 bool RegisterCommandTable() {
   // The runs fill the result palette that the module presents.
   SetResultPalette(&CResultPalette::instance());
+  SetViewMatcher([] { CViewMatching::instance().MatchDestinationToSource(); });
   bool all = true;
   for (const ShellCommand& c : kCommands)
     all = platform::addCommand(kCommandGroup, c.localName, c.localName, c.flags, c.handler) ==
@@ -208,6 +211,7 @@ bool RegisterCommandTable() {
 void RemoveCommandTable() {
   platform::removeGroup(kCommandGroup);
   SetResultPalette(nullptr);
+  SetViewMatcher(nullptr);
   CResultPalette::instance().Destroy();
 }
 

@@ -42,9 +42,9 @@ struct ToolbarHook : LoadedModule {
   }
   // The comparison of the two test drawings, run as a user runs it: the file dialog and the settings dialog
   // answered on the command line.
-  void comparePair() {
-    const std::string shown = type("VkCompareFile\nset 101 " + kData + "/two_entities.dxf\nset 102 " + kData +
-         "/two_entities_recoloured.dxf\nok\nok\n");
+  void comparePair(const std::string& source = kData + "/two_entities.dxf",
+                   const std::string& destination = kData + "/two_entities_recoloured.dxf") {
+    const std::string shown = type("VkCompareFile\nset 101 " + source + "\nset 102 " + destination + "\nok\nok\n");
     ASSERT_TRUE(state.source && state.destination) << shown;
     ASSERT_NE(state.source->document, state.destination->document);
   }
@@ -164,6 +164,24 @@ TEST_F(ToolbarHook, TheViewsStayInStepAfterAWheelZoomOrAPan) {
   EXPECT_TRUE(source.queue.empty());
   host.runQueued();
   EXPECT_FALSE(platform::viewChanged(still, platform::viewState(source.view.window)));
+}
+
+TEST_F(ToolbarHook, ARunEndsWithTheDestinationOnTheSourcesWindow) {
+  // Two drawings of different extents: each opens on a window of its own.
+  comparePair(kData + "/two_entities.dxf", kData + "/../../examples/door_rev_a.dxf");
+  headless::HeadlessDocument& source = documentOf(state.source);
+  headless::HeadlessDocument& destination = documentOf(state.destination);
+  host.runQueued();
+  expectSameWindow(source.view.extents(), destination.view.extents());
+  // Compare-the-open-pair matches them again, whatever the destination showed before.
+  state.viewSync = 0;
+  host.wheel(destination, 3);
+  host.runQueued();
+  ASSERT_NEAR(destination.view.height, source.view.height / (1.25 * 1.25 * 1.25), 1e-9);
+  type("VKUniversallyCompareFile\nok\n");
+  ASSERT_EQ(state.resultReady, 1);
+  host.runQueued();
+  expectSameWindow(source.view.extents(), destination.view.extents());
 }
 
 TEST_F(ToolbarHook, TheOffsetsPlaceTheMatchedWindow) {
