@@ -18,6 +18,7 @@ struct Outputs {
   std::string jsonPath;   // "" none, "-" standard output
   bool list = false;      // the records on standard output, one a line
   std::string htmlPath;   // "" none: the HTML report
+  unsigned jobs = 0;      // folders: the most pairs compared at once; 0 for as many as there are cores
 };
 
 // vkcompare SOURCE DESTINATION: the silent comparison.

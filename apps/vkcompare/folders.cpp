@@ -1,11 +1,13 @@
 // vkcompare FOLDER_A FOLDER_B: the drawings of two folders paired by relative path, each pair compared by a
 // child process of vkcompare (the comparison state is one per process), as many at once as there are cores.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -138,8 +140,20 @@ void collect(Pair& pair) {
   pair.status = 2;
 }
 
-// Runs every pair, at most `jobs` at once; false when a child could not be started.
-void runAll(std::vector<Pair>& pairs, const std::string& logRoot, unsigned jobs) {
+// How the pairs shared the machine: the most compared at once, and the time the children used against the
+// time the whole took (their ratio is the cores kept busy).
+struct Workload {
+  std::size_t mostAtOnce = 0;
+  double cpuSeconds = 0.0;
+  double wallSeconds = 0.0;
+};
+
+double seconds(const timeval& t) { return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6; }
+
+// Runs every pair, at most `jobs` at once.
+Workload runAll(std::vector<Pair>& pairs, const std::string& logRoot, unsigned jobs) {
+  Workload workload;
+  const auto began = std::chrono::steady_clock::now();
   std::map<pid_t, std::size_t> running;
   std::size_t next = 0;
   while (next < pairs.size() || !running.empty()) {
@@ -153,9 +167,11 @@ void runAll(std::vector<Pair>& pairs, const std::string& logRoot, unsigned jobs)
       else running[pid] = next;
       ++next;
     }
+    workload.mostAtOnce = std::max(workload.mostAtOnce, running.size());
     if (running.empty()) continue;
     int status = 0;
-    const pid_t pid = ::waitpid(-1, &status, 0);
+    rusage used{};
+    const pid_t pid = ::wait4(-1, &status, 0, &used);
     if (pid < 0) {
       if (errno == EINTR) continue;
       break;
@@ -164,6 +180,7 @@ void runAll(std::vector<Pair>& pairs, const std::string& logRoot, unsigned jobs)
     if (found == running.end()) continue;
     Pair& pair = pairs[found->second];
     running.erase(found);
+    workload.cpuSeconds += seconds(used.ru_utime) + seconds(used.ru_stime);
     if (WIFEXITED(status)) {
       pair.status = WEXITSTATUS(status);
       if (pair.status > 2) pair.ended = "ended with exit status " + std::to_string(pair.status);
@@ -171,6 +188,8 @@ void runAll(std::vector<Pair>& pairs, const std::string& logRoot, unsigned jobs)
       pair.ended = "killed by signal " + std::to_string(WTERMSIG(status));
     }
   }
+  workload.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+  return workload;
 }
 
 }  // namespace
@@ -213,8 +232,8 @@ int runFolders(const std::string& sourceFolder, const std::string& destinationFo
     pairs.push_back(std::move(pair));
   }
 
-  const unsigned jobs = std::max(1u, std::thread::hardware_concurrency());
-  runAll(pairs, outputs.logFolder.empty() ? currentFolder() : outputs.logFolder, jobs);
+  const unsigned jobs = outputs.jobs ? outputs.jobs : std::max(1u, std::thread::hardware_concurrency());
+  const Workload workload = runAll(pairs, outputs.logFolder.empty() ? currentFolder() : outputs.logFolder, jobs);
 
   // What the pairs say, in the order of their paths; the drawings only in one folder among them.
   int identical = 0, different = 0, trouble = 0;
@@ -294,7 +313,11 @@ int runFolders(const std::string& sourceFolder, const std::string& destinationFo
                            {"exit_status", status},
                            {"pairs", std::move(all)},
                            {"only_in_source", onlySource},
-                           {"only_in_destination", onlyDestination}};
+                           {"only_in_destination", onlyDestination},
+                           {"workload", {{"jobs", jobs},
+                                         {"most_at_once", workload.mostAtOnce},
+                                         {"cpu_seconds", workload.cpuSeconds},
+                                         {"wall_seconds", workload.wallSeconds}}}};
     std::string reason;
     if (!WriteJson(outputs.jsonPath, document, reason)) {
       std::fprintf(stderr, "vkcompare: %s\n", reason.c_str());

@@ -1,5 +1,7 @@
 // vkcompare: the command line of the headless host.
+#include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -45,6 +47,7 @@ constexpr const char* kUsage =
     "                 the differences framed, the ranges and their records, stepping and zoom; it needs\n"
     "                 nothing but a browser; with two folders, DIR gets a report a pair (at its relative\n"
     "                 path, .html added) and index.html\n"
+    "  --jobs N       with two folders, compare at most N pairs at once (default: one per core)\n"
     "  --list         also print the records one a line: kind, source and destination handles, text\n"
     "                 (coloured by kind on a terminal)\n"
     "  --help         show this help and exit\n"
@@ -72,7 +75,7 @@ int run(int argc, char** argv) {
   vkcompare::Outputs outputs;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
-    if ((a == "--log-dir" || a == "--json" || a == "--html") && i + 1 >= argc) {
+    if ((a == "--log-dir" || a == "--json" || a == "--html" || a == "--jobs") && i + 1 >= argc) {
       std::fprintf(stderr, "vkcompare: %s needs a value\n\n%s", a.c_str(), kUsage);
       return 2;
     }
@@ -84,6 +87,15 @@ int run(int argc, char** argv) {
       outputs.list = true;
     } else if (a == "--html") {
       outputs.htmlPath = argv[++i];
+    } else if (a == "--jobs") {
+      const std::string n = argv[++i];
+      char* end = nullptr;
+      const unsigned long jobs = std::strtoul(n.c_str(), &end, 10);
+      if (n.empty() || !std::isdigit(static_cast<unsigned char>(n[0])) || *end != '\0' || jobs == 0 || jobs > 256) {
+        std::fprintf(stderr, "vkcompare: --jobs wants a number from 1 to 256, not '%s'\n", n.c_str());
+        return 2;
+      }
+      outputs.jobs = static_cast<unsigned>(jobs);
     } else if (!a.empty() && a[0] == '-' && a != "-") {
       std::fprintf(stderr, "vkcompare: unknown option '%s'\n\n%s", a.c_str(), kUsage);
       return 2;

@@ -2,12 +2,14 @@
 // list of records, folder comparisons and the git diff driver.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "VkcompareFixture.h"
@@ -211,6 +213,12 @@ TEST_F(OutputsFixture, JsonOfARefusedRunCarriesTheError) {
   const Result dangling = run({data("two_entities.dxf"), data("two_entities.dxf"), "--json"});
   EXPECT_EQ(dangling.status, 2);
   EXPECT_NE(dangling.err.find("--json needs a value"), std::string::npos) << dangling.err;
+  for (const char* jobs : {"0", "-1", "2x", "", "999"}) {
+    const Result bad = run({"--jobs", jobs, data("two_entities.dxf"), data("two_entities.dxf")});
+    EXPECT_EQ(bad.status, 2) << jobs;
+    EXPECT_NE(bad.err.find("--jobs wants a number from 1 to 256, not '" + std::string(jobs) + "'"), std::string::npos)
+        << bad.err;
+  }
 }
 
 TEST_F(OutputsFixture, ListPrintsOneLineARecordAfterTheRunsOwnLines) {
@@ -350,7 +358,9 @@ TEST_F(OutputsFixture, CorpusFolderAgainstAnEditedCopy) {
   const std::string a = corpus + "/dxf", copy = dir.file("copy"), edited = dir.file("edited");
   fs::copy(a, copy, fs::copy_options::recursive);
   fs::copy(a, edited, fs::copy_options::recursive);
-  const Result baseline = run({"--log-dir", dir.file("logs"), a, copy});
+  // The baseline one pair at a time, the edited copy on every core: the way they run changes nothing of what
+  // they report.
+  const Result baseline = run({"--jobs", "1", "--json", dir.file("baseline.json"), "--log-dir", dir.file("logs"), a, copy});
   ASSERT_NE(baseline.status, -1) << baseline.err;
   const std::string changed[] = {"R2000/zcad_entities.dxf", "R2018/ezdxf_colors.dxf"};
   const std::string removed[] = {"R12/ezdxf_Leica_Disto_S910.dxf", "R2013/ezdxf_groups.dxf"};
@@ -359,8 +369,16 @@ TEST_F(OutputsFixture, CorpusFolderAgainstAnEditedCopy) {
   for (const std::string& r : removed) fs::remove(edited + "/" + r);
   fs::create_directories(edited + "/new");
   fs::copy_file(example("door_rev_a.dxf"), edited + "/new/door.dxf");
-  const Result r = run({"--log-dir", dir.file("logs"), a, edited});
+  const Result r = run({"--json", dir.file("edited.json"), "--log-dir", dir.file("logs"), a, edited});
   EXPECT_GE(r.status, 1) << r.err;
+  const Json serial = readJson(dir.file("baseline.json")), parallel = readJson(dir.file("edited.json"));
+  ASSERT_TRUE(serial.is_object() && parallel.is_object());
+  EXPECT_EQ(serial["workload"]["jobs"], 1);
+  EXPECT_EQ(serial["workload"]["most_at_once"], 1);
+  const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+  EXPECT_EQ(parallel["workload"]["jobs"], cores);
+  EXPECT_EQ(parallel["workload"]["most_at_once"], std::min<std::size_t>(cores, parallel["pairs"].size()));
+  EXPECT_GT(parallel["workload"]["cpu_seconds"].get<double>(), 0.0);
 
   // Line by line, keyed by path: what the baseline said, and what the edited copy must say instead.
   const auto lines = [](const std::string& out) {
