@@ -1,5 +1,5 @@
 // The headless host's SVG renderer: the entities of a block record drawn as the host shows them, temporary
-// vectors, colours of the host's colour index.
+// vectors, colours of the host's colour index, and the text helpers the other pictures share.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/database.h"
+#include "platform/headless/drawing_walk.h"
 #include "platform/headless/host_session.h"
 
 namespace headless {
@@ -22,12 +23,14 @@ void appendRgb(std::string& out, std::uint32_t rgb);
 // characters XML cannot hold dropped, malformed UTF-8 as U+FFFD.
 void appendXmlText(std::string& out, std::string_view text);
 
-struct SvgLimits {
-  // Entities visited at most, nested ones included (0: a share growing with the drawing's size).
-  std::size_t visits = 0;
-  // Block references nested deeper than this are not drawn.
-  std::size_t depth = 64;
-};
+// The length of the well-formed UTF-8 sequence at byte i of `text` (1 for ASCII), 0 when it is not one (a stray
+// byte, a surrogate, a non-character, an overlong or cut-off sequence).
+std::size_t utf8SequenceAt(std::string_view text, std::size_t i);
+
+// Appends a number with ten significant digits, plenty for a picture; what is not finite is written as 0.
+void appendNumber(std::string& out, double v);
+
+using SvgLimits = WalkLimits;
 
 // Appends an SVG group of the entities of block record `block` (model space, a layout or a block) as the host
 // shows them; `extents` grows by what is drawn. False when `block` names no block record.
