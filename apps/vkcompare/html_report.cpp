@@ -25,57 +25,37 @@ const char* rectangleRgb(int colourIndex) {
   }
 }
 
-void appendNumber(std::string& out, double v) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.10g", v);
-  out += text;
-}
-
 Json windowArray(const DrawingWindow& w) { return Json::array({w.minX, w.minY, w.maxX, w.maxY}); }
 
-// One side's picture: the drawing on the host's background, then every rectangle placed on this side.
-void appendView(std::string& out, const char* id, const platform::Database* db, const CComparisonState& state,
-                bool sourceSide, Json& viewWindow) {
-  std::string drawing;
+// One side's view: a canvas, and the drawing's display list for the page's script to draw on it; the window the
+// view starts at (the drawing with a margin) and the rectangles of the records placed on this side go to `data`.
+void appendView(std::string& out, const char* side, const platform::Database* db, const CComparisonState& state,
+                Json& data) {
+  const bool sourceSide = side[0] == 's';
+  std::string list;
   platform::Extents3d drawn;
-  if (db) platform::renderSpaceSvg(*db, drawing, drawn);
+  if (db) platform::renderSpaceDisplayList(*db, list, drawn);
+  else list = "{\"origin\":[0,0],\"complete\":true,\"colors\":[],\"handles\":[],\"prims\":[],\"geom\":[],\"texts\":[]}";
   DrawingWindow w{0, 0, 100, 100};
   if (!drawn.isEmpty()) {
     const double margin = std::max({drawn.max.x - drawn.min.x, drawn.max.y - drawn.min.y, 1e-6}) * 0.05;
     w = {drawn.min.x - margin, drawn.min.y - margin, drawn.max.x + margin, drawn.max.y + margin};
   }
-  viewWindow = windowArray(w);
-  out += "<svg id=\"";
-  out += id;
-  out += "\" class=\"view\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"";
-  appendNumber(out, w.minX);
-  out += ' ';
-  appendNumber(out, -w.maxY);
-  out += ' ';
-  appendNumber(out, w.maxX - w.minX);
-  out += ' ';
-  appendNumber(out, w.maxY - w.minY);
-  out += "\">\n";
-  out += drawing;
-  out += "<g class=\"rects\" transform=\"scale(1,-1)\" fill=\"none\">\n";
+  data["views"][sourceSide ? "source" : "destination"] = windowArray(w);
   for (std::size_t i = 0; i < state.differences.size(); ++i) {
     const CDiffType& r = *state.differences[i];
     const int colour = RectangleColour(r.kind);
     if (colour == 0 || (r.kind == kDiffDeleted) != sourceSide) continue;
     const DrawingWindow box = DifferenceRectangle(r, sourceSide ? state.sourceOffset : state.destinationOffset);
-    out += "<rect id=\"r" + std::to_string(i) + "\" class=\"rc\" x=\"";
-    appendNumber(out, box.minX);
-    out += "\" y=\"";
-    appendNumber(out, box.minY);
-    out += "\" width=\"";
-    appendNumber(out, box.maxX - box.minX);
-    out += "\" height=\"";
-    appendNumber(out, box.maxY - box.minY);
-    out += "\" stroke=\"";
-    out += rectangleRgb(colour);
-    out += "\" vector-effect=\"non-scaling-stroke\"/>\n";
+    data["rectangles"].push_back({i, side, rectangleRgb(colour), box.minX, box.minY, box.maxX, box.maxY});
   }
-  out += "</g>\n</svg>\n";
+  out += "<canvas id=\"view";
+  out += sourceSide ? 'S' : 'D';
+  out += "\" class=\"view\"></canvas>\n<script type=\"application/json\" id=\"vk-list-";
+  out += side;
+  out += "\">";
+  out += list;
+  out += "</script>\n";
 }
 
 // The result tree: each range with its members, each member a record's text; records no range holds last.
@@ -139,30 +119,147 @@ main{flex:1;display:flex;min-height:0}
 #tree li.cur{background:#3b4654;color:#fff}
 .pane{flex:1;display:flex;flex-direction:column;min-width:0}
 .pane h2{margin:0;padding:2px 8px;font-size:12px;font-weight:normal;background:#262d36;white-space:nowrap;overflow:hidden;text-overflow:ellipsis}
-svg.view{flex:1;width:100%;min-height:0;background:#212830;cursor:grab;display:block;overflow:hidden}
-svg.view .rc{opacity:.35;stroke-width:1}
-svg.view .rc.cur{opacity:1;stroke-width:3}
-body.only svg.view g[data-h]{display:none}
-body.only svg.view g[data-h].named{display:inline}
+canvas.view{flex:1;width:100%;min-height:0;cursor:grab;display:block}
 )CSS";
 
 constexpr const char* kScript = R"JS(
 (function(){
 'use strict';
 var D=JSON.parse(document.getElementById('vk-data').textContent);
-var R=D.result.records,n=R.length,cur=-1;
+var R=D.result.records,n=R.length,cur=-1,only=false;
 var so=D.result.offsets.source,de=D.result.offsets.destination,dx=de[0]-so[0],dy=de[1]-so[1];
-var svg={s:document.getElementById('svgS'),d:document.getElementById('svgD')};
 var win={s:D.views.source.slice(),d:D.views.destination.slice()};
 var msg=document.getElementById('msg'),pos=document.getElementById('pos');
-function show(k){var w=win[k];svg[k].setAttribute('viewBox',w[0]+' '+(-w[3])+' '+(w[2]-w[0])+' '+(w[3]-w[1]));}
+var dpr=window.devicePixelRatio||1,queued=false,FONT='100px '+D.font;
+// A view draws its drawing's display list on its canvas. Its primitives are filed in a grid of cells, so that a
+// window finds its own quickly; primitives over many cells are kept aside and tried in every window.
+function makeView(k,id){
+  var c=document.getElementById(id),L=JSON.parse(document.getElementById('vk-list-'+k).textContent);
+  var P=new Float64Array(L.prims),np=P.length/9,i,j,r,q;
+  var x0=Infinity,y0=Infinity,x1=-Infinity,y1=-Infinity;
+  for(i=0;i<np;i++){j=i*9;x0=Math.min(x0,P[j+5]);y0=Math.min(y0,P[j+6]);x1=Math.max(x1,P[j+7]);y1=Math.max(y1,P[j+8]);}
+  var gs=Math.max(1,Math.min(512,Math.ceil(Math.sqrt(np/4)))),cw=(x1-x0)/gs||1,ch=(y1-y0)/gs||1;
+  var v={k:k,c:c,ctx:c.getContext('2d'),P:P,G:new Float64Array(L.geom),T:L.texts,np:np,ox:L.origin[0],oy:L.origin[1],
+         colors:L.colors,named:new Uint8Array(L.handles.length),seen:new Uint32Array(np),frame:0,
+         gs:gs,x0:x0,y0:y0,cw:cw,ch:ch,big:[],rects:[]};
+  function span(i){j=i*9;return [v.col(P[j+5]),v.col(P[j+7]),v.row(P[j+6]),v.row(P[j+8])];}
+  v.col=function(x){return Math.max(0,Math.min(gs-1,Math.floor((x-x0)/cw)));};
+  v.row=function(y){return Math.max(0,Math.min(gs-1,Math.floor((y-y0)/ch)));};
+  var first=new Int32Array(gs*gs+1),s;
+  for(i=0;i<np;i++){s=span(i);if((s[1]-s[0]+1)*(s[3]-s[2]+1)>16)continue;
+    for(r=s[2];r<=s[3];r++)for(q=s[0];q<=s[1];q++)first[r*gs+q+1]++;}
+  for(i=0;i<gs*gs;i++)first[i+1]+=first[i];
+  var at=first.slice(0,gs*gs),cells=new Int32Array(first[gs*gs]);
+  for(i=0;i<np;i++){s=span(i);if((s[1]-s[0]+1)*(s[3]-s[2]+1)>16){v.big.push(i);continue;}
+    for(r=s[2];r<=s[3];r++)for(q=s[0];q<=s[1];q++)cells[at[r*gs+q]++]=i;}
+  v.first=first;v.cells=cells;
+  // The entities the records name, for showing the differences only.
+  var index=new Map();L.handles.forEach(function(h,e){index.set(h,e);});
+  R.forEach(function(rec){var h=rec[k==='s'?'source_handle':'destination_handle'];if(h&&index.has(h))v.named[index.get(h)]=1;});
+  return v;
+}
+var V={s:makeView('s','viewS'),d:makeView('d','viewD')};
+D.rectangles.forEach(function(r){V[r[1]].rects.push(r);});
+// Where a view's window lies on its canvas: the window fits the canvas, centred.
+function fit(v){
+  var w=win[v.k],W=v.c.width,H=v.c.height,s=Math.min(W/(w[2]-w[0]),H/(w[3]-w[1]));
+  return {s:s,cx:(w[0]+w[2])/2,cy:(w[1]+w[3])/2,W:W,H:H};
+}
+function trace(ctx,G,i,e){
+  while(i<e){var o=G[i];
+    if(o===0){ctx.moveTo(G[i+1],G[i+2]);i+=3;}
+    else if(o===1){ctx.lineTo(G[i+1],G[i+2]);i+=3;}
+    else if(o===2){ctx.arc(G[i+1],G[i+2],G[i+3],G[i+4],G[i+5],G[i+6]===0);i+=7;}
+    else{ctx.closePath();i++;}
+  }
+}
+function draw(v){
+  var t0=performance.now(),ctx=v.ctx,P=v.P,G=v.G,f=fit(v),s=f.s,i,j,e;
+  ctx.setTransform(1,0,0,1,0,0);ctx.globalAlpha=1;ctx.fillStyle=D.background;ctx.fillRect(0,0,f.W,f.H);
+  if(!(s>0)||!isFinite(s))return;
+  // Drawing coordinates relative to the list's origin; y runs up.
+  var cx=f.cx-v.ox,cy=f.cy-v.oy,hw=f.W/2/s,hh=f.H/2/s,wx0=cx-hw,wx1=cx+hw,wy0=cy-hh,wy1=cy+hh;
+  var tx=f.W/2-cx*s,ty=f.H/2+cy*s,px=1/s;
+  var strokes=[],dots=[],tiny=[],fills=[],wide=[],texts=[],boxes=[];
+  function take(p){
+    j=p*9;
+    if(P[j+7]<wx0||P[j+5]>wx1||P[j+8]<wy0||P[j+6]>wy1||(only&&!v.named[P[j+1]]))return;
+    var kind=P[j],colour=P[j+2];
+    if(P[j+7]-P[j+5]<px&&P[j+8]-P[j+6]<px&&kind!==3){(tiny[colour]||(tiny[colour]=[])).push(p);return;}
+    if(kind===0){if(P[j+3]>0)wide.push(p);else(strokes[colour]||(strokes[colour]=[])).push(p);}
+    else if(kind===3)dots.push(p);
+    else if(kind===4){e=P[j+4];var h=G[e+6]*s*Math.hypot(G[e+2],G[e+3]);if(h<4)boxes.push(p);else texts.push(p);}
+    else fills.push(p);
+  }
+  v.frame++;
+  var c0=v.col(wx0),c1=v.col(wx1),r0=v.row(wy0),r1=v.row(wy1);
+  if((c1-c0+1)*(r1-r0+1)>=v.gs*v.gs/2){for(i=0;i<v.np;i++)take(i);}
+  else{
+    for(var r=r0;r<=r1;r++)for(var q=c0;q<=c1;q++){
+      var b=r*v.gs+q;for(i=v.first[b];i<v.first[b+1];i++){var p=v.cells[i];if(v.seen[p]!==v.frame){v.seen[p]=v.frame;take(p);}}
+    }
+    v.big.forEach(take);
+  }
+  function end(p){return p+1<v.np?P[p*9+13]:G.length;}
+  ctx.setTransform(s,0,0,-s,tx,ty);ctx.lineJoin='round';ctx.lineCap='round';
+  fills.forEach(function(p){
+    j=p*9;ctx.beginPath();trace(ctx,G,P[j+4],end(p));ctx.fillStyle=v.colors[P[j+2]];ctx.globalAlpha=P[j]===2?0.3:1;ctx.fill('evenodd');
+  });
+  ctx.globalAlpha=1;ctx.lineWidth=px;
+  strokes.forEach(function(list,colour){
+    ctx.beginPath();for(var k=0;k<list.length;k++){var p=list[k];trace(ctx,G,P[p*9+4],end(p));}
+    ctx.strokeStyle=v.colors[colour];ctx.stroke();
+  });
+  wide.forEach(function(p){
+    j=p*9;ctx.beginPath();trace(ctx,G,P[j+4],end(p));ctx.lineWidth=Math.max(P[j+3],px);ctx.strokeStyle=v.colors[P[j+2]];ctx.stroke();
+  });
+  ctx.globalAlpha=0.5;
+  boxes.forEach(function(p){j=p*9;ctx.fillStyle=v.colors[P[j+2]];ctx.fillRect(P[j+5],P[j+6],P[j+7]-P[j+5],P[j+8]-P[j+6]);});
+  ctx.globalAlpha=1;ctx.font=FONT;ctx.textBaseline='alphabetic';
+  texts.forEach(function(p){
+    j=p*9;e=P[j+4];var h=G[e+6],k=100/h,lines=G[e+9];
+    ctx.save();ctx.transform(G[e],G[e+1],G[e+2],G[e+3],G[e+4],G[e+5]);ctx.scale(1/k,1/k);
+    ctx.textAlign=G[e+7]===1?'center':G[e+7]===2?'right':'left';ctx.fillStyle=v.colors[P[j+2]];
+    for(var l=0;l<lines;l++){
+      var text=v.T[G[e+11+2*l]],y=G[e+10+2*l]*k,fitted=G[e+8];
+      if(fitted>0){var m=ctx.measureText(text).width;ctx.save();if(m>0)ctx.scale(fitted*k/m,1);ctx.fillText(text,0,y);ctx.restore();}
+      else ctx.fillText(text,0,y);
+    }
+    ctx.restore();
+  });
+  // Points, and what is smaller than a pixel, in pixels.
+  ctx.setTransform(1,0,0,1,0,0);
+  tiny.forEach(function(list,colour){
+    ctx.fillStyle=v.colors[colour];ctx.beginPath();
+    for(var k=0;k<list.length;k++){j=list[k]*9;ctx.rect(Math.floor(((P[j+5]+P[j+7])/2)*s+tx),Math.floor(ty-((P[j+6]+P[j+8])/2)*s),1,1);}
+    ctx.fill();
+  });
+  dots.forEach(function(p){
+    j=p*9;ctx.fillStyle=v.colors[P[j+2]];ctx.beginPath();ctx.arc(P[j+5]*s+tx,ty-P[j+6]*s,1.5*dpr,0,2*Math.PI);ctx.fill();
+  });
+  // The records' rectangles: all faintly, the current one bold and on top.
+  ctx.setTransform(s,0,0,-s,tx,ty);
+  var current=null;
+  v.rects.forEach(function(r){
+    if(r[0]===cur){current=r;return;}
+    ctx.globalAlpha=0.35;ctx.lineWidth=px;ctx.strokeStyle=r[2];ctx.strokeRect(r[3]-v.ox,r[4]-v.oy,r[5]-r[3],r[6]-r[4]);
+  });
+  if(current){ctx.globalAlpha=1;ctx.lineWidth=3*px;ctx.strokeStyle=current[2];
+    ctx.strokeRect(current[3]-v.ox,current[4]-v.oy,current[5]-current[3],current[6]-current[4]);}
+  ctx.globalAlpha=1;
+  v.c.setAttribute('data-draw-ms',(performance.now()-t0).toFixed(1));
+}
+function redraw(){queued=false;draw(V.s);draw(V.d);}
+function schedule(){if(!queued){queued=true;requestAnimationFrame(redraw);}}
+// The window each view shows is kept on it as data-window (min x, min y, max x, max y).
+function show(k){V[k].c.setAttribute('data-window',win[k].join(' '));schedule();}
 function other(k){var s=k==='s'?1:-1,w=win[k],o=k==='s'?'d':'s';win[o]=[w[0]+s*dx,w[1]+s*dy,w[2]+s*dx,w[3]+s*dy];show(o);}
+function size(){['s','d'].forEach(function(k){var c=V[k].c;c.width=Math.max(1,Math.round(c.clientWidth*dpr));c.height=Math.max(1,Math.round(c.clientHeight*dpr));});}
 function arr(p){return [p.min[0],p.min[1],p.max[0],p.max[1]];}
 function locate(i){
   var r=R[i];cur=i;
   win.s=arr(r.locate.source);win.d=arr(r.locate.destination);show('s');show('d');
-  var old=document.querySelectorAll('.cur');for(var j=0;j<old.length;j++)old[j].classList.remove('cur');
-  var rc=document.getElementById('r'+i);if(rc){rc.classList.add('cur');rc.parentNode.appendChild(rc);}
+  var old=document.querySelectorAll('#tree .cur');for(var j=0;j<old.length;j++)old[j].classList.remove('cur');
   var li=document.querySelector('#tree li[data-i="'+i+'"]');if(li){li.classList.add('cur');if(li.scrollIntoView)li.scrollIntoView({block:'nearest'});}
   pos.textContent=(i+1)+'/'+n+'  '+r.text;
   document.body.setAttribute('data-current',String(i));
@@ -179,7 +276,7 @@ function step(d){
 }
 document.getElementById('next').onclick=function(){step(1);};
 document.getElementById('prev').onclick=function(){step(-1);};
-document.getElementById('only').onchange=function(e){document.body.classList.toggle('only',e.target.checked);};
+document.getElementById('only').onchange=function(e){only=e.target.checked;document.body.classList.toggle('only',only);schedule();};
 document.addEventListener('keydown',function(e){
   if(e.ctrlKey||e.altKey||e.metaKey)return;
   if(e.key==='n'||e.key==='ArrowRight'||e.key==='ArrowDown'){step(1);e.preventDefault();}
@@ -188,33 +285,34 @@ document.addEventListener('keydown',function(e){
 document.getElementById('tree').addEventListener('click',function(e){
   var li=e.target.closest('li[data-i]');if(li){msg.textContent='';locate(+li.getAttribute('data-i'));}
 });
-// The entities the records name, for showing the differences only.
-var named={s:new Set(),d:new Set()};
-R.forEach(function(r){if(r.source_handle)named.s.add(r.source_handle);if(r.destination_handle)named.d.add(r.destination_handle);});
+// The wheel zooms about the pointer and dragging pans; the other view follows.
+var drag=null;
 ['s','d'].forEach(function(k){
-  var gs=svg[k].querySelectorAll('g[data-h]');
-  for(var j=0;j<gs.length;j++)if(named[k].has(gs[j].getAttribute('data-h')))gs[j].classList.add('named');
-  var el=svg[k],drag=null;
-  function at(e){var p=el.createSVGPoint();p.x=e.clientX;p.y=e.clientY;var m=el.getScreenCTM();return m?p.matrixTransform(m.inverse()):p;}
+  var v=V[k],el=v.c;
+  function at(e){var b=el.getBoundingClientRect(),f=fit(v);
+    return [f.cx+((e.clientX-b.left)*dpr-f.W/2)/f.s,f.cy-((e.clientY-b.top)*dpr-f.H/2)/f.s];}
   el.addEventListener('wheel',function(e){
-    e.preventDefault();var p=at(e),x=p.x,y=-p.y,f=e.deltaY>0?1.25:0.8,w=win[k];
+    e.preventDefault();var p=at(e),x=p[0],y=p[1],f=e.deltaY>0?1.25:0.8,w=win[k];
     win[k]=[x+(w[0]-x)*f,y+(w[1]-y)*f,x+(w[2]-x)*f,y+(w[3]-y)*f];show(k);other(k);
   },{passive:false});
-  el.addEventListener('mousedown',function(e){drag={p:at(e),w:win[k].slice()};e.preventDefault();});
-  window.addEventListener('mousemove',function(e){
-    if(!drag)return;win[k]=drag.w;show(k);var p=at(e),mx=p.x-drag.p.x,my=-(p.y-drag.p.y);
-    win[k]=[drag.w[0]-mx,drag.w[1]-my,drag.w[2]-mx,drag.w[3]-my];show(k);other(k);
-  });
-  window.addEventListener('mouseup',function(){drag=null;});
+  el.addEventListener('mousedown',function(e){drag={k:k,x:e.clientX,y:e.clientY,w:win[k].slice(),s:fit(v).s};e.preventDefault();});
 });
+window.addEventListener('mousemove',function(e){
+  if(!drag)return;var mx=(e.clientX-drag.x)*dpr/drag.s,my=(e.clientY-drag.y)*dpr/drag.s,w=drag.w;
+  win[drag.k]=[w[0]-mx,w[1]+my,w[2]-mx,w[3]+my];show(drag.k);other(drag.k);
+});
+window.addEventListener('mouseup',function(){drag=null;});
+window.addEventListener('resize',function(){size();schedule();});
+size();show('s');show('d');
 // #next=K steps K times at load, #record=I locates record I, #keys=npn presses those keys: links to a
 // record, and a way to try the page.
 var h=/^#(next|record|keys)=(\d+|[np]+)$/.exec(location.hash);
 if(h&&h[1]==='next'){for(var s=0;s<+h[2];s++)step(1);}
 else if(h&&h[1]==='record'&&+h[2]<n)locate(+h[2]);
 else if(h&&h[1]==='keys')h[2].split('').forEach(function(k){document.dispatchEvent(new KeyboardEvent('keydown',{key:k}));});
+redraw();
 document.body.setAttribute('data-ready','1');
-// How long the page took to be ready, from the start of its loading.
+// How long the page took to be ready, its first drawing included, from the start of its loading.
 document.body.setAttribute('data-ready-ms',String(Math.round(performance.now())));
 })();
 )JS";
@@ -290,13 +388,17 @@ std::string ReportDate() {
 }
 
 std::string HtmlReport(const CComparisonState& state, const std::string& date) {
-  Json data = {{"result", ResultDocument(state)}, {"count_text", countText(state)}, {"date", date}};
+  Json data = {{"result", ResultDocument(state)},
+               {"count_text", countText(state)},
+               {"date", date},
+               {"font", platform::kDrawingFontFamily},
+               {"background", platform::kDrawingBackground},
+               {"views", Json::object()},
+               {"rectangles", Json::array()}};
   std::string views;
-  Json sourceWindow, destinationWindow;
-  appendView(views, "svgS", state.sideSource.get(), state, true, sourceWindow);
+  appendView(views, "s", state.sideSource.get(), state, data);
   std::string destination;
-  appendView(destination, "svgD", state.sideDestination.get(), state, false, destinationWindow);
-  data["views"] = {{"source", sourceWindow}, {"destination", destinationWindow}};
+  appendView(destination, "d", state.sideDestination.get(), state, data);
 
   std::string out;
   out.reserve(views.size() + destination.size() + 64 * 1024);

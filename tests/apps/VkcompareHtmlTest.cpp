@@ -1,17 +1,21 @@
 // vkcompare --html, run as a program: the page's markup and data, what a drawing's text can and cannot do to
-// it, and the page in a headless browser (skipped where there is none): loading, stepping, the views' windows.
+// it, and the page in a headless browser (skipped where there is none): loading, stepping, the views' windows
+// under the wheel and dragging, showing the differences only.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "VkcompareFixture.h"
+#include "support/DevTools.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -27,9 +31,10 @@ std::size_t occurrences(const std::string& text, const std::string& what) {
   return n;
 }
 
-// The data the page's script reads, parsed back: the "<\/" the page writes for "</" read as JSON reads it.
-Json pageData(const std::string& page) {
-  const std::string open = "<script type=\"application/json\" id=\"vk-data\">";
+// The data the page's script reads, parsed back: the "<\/" the page writes for "</" read as JSON reads it;
+// "vk-data" the result, "vk-list-s" and "vk-list-d" the two drawings' display lists.
+Json pageData(const std::string& page, const std::string& id = "vk-data") {
+  const std::string open = "<script type=\"application/json\" id=\"" + id + "\">";
   const std::size_t begin = page.find(open);
   if (begin == std::string::npos) return nullptr;
   const std::size_t end = page.find("</script>", begin);
@@ -37,15 +42,25 @@ Json pageData(const std::string& page) {
   return Json::parse(page.substr(begin + open.size(), end - begin - open.size()), nullptr, false);
 }
 
-// The viewBox of the view with this id in a page or a dumped DOM, as a window: min x, min y, max x, max y.
+// A window as the page keeps it on a view (data-window): min x, min y, max x, max y.
+std::vector<double> parseWindow(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<double> w(4);
+  for (double& v : w)
+    if (!(in >> v)) return {};
+  return w;
+}
+
+// The window of the view with this id in a dumped DOM.
 std::vector<double> viewWindow(const std::string& dom, const std::string& id) {
   std::smatch m;
-  const std::regex svg("<svg id=\"" + id + "\"[^>]*viewBox=\"([^\"]*)\"");
-  if (!std::regex_search(dom, m, svg)) return {};
-  std::istringstream in(m[1].str());
-  double x = 0, y = 0, w = 0, h = 0;
-  if (!(in >> x >> y >> w >> h)) return {};
-  return {x, -y - h, x + w, -y};
+  const std::regex canvas("<canvas id=\"" + id + "\"[^>]*data-window=\"([^\"]*)\"");
+  if (!std::regex_search(dom, m, canvas)) return {};
+  return parseWindow(m[1].str());
+}
+
+std::vector<double> moved(const std::vector<double>& w, double dx, double dy) {
+  return {w[0] + dx, w[1] + dy, w[2] + dx, w[3] + dy};
 }
 
 std::vector<double> windowOf(const Json& w) {
@@ -60,12 +75,9 @@ std::vector<double> windowOf(const Json& w) {
   return ::testing::AssertionSuccess();
 }
 
-// The browser the page is tried in, "" when the machine has none.
-std::string browser() {
-  for (const char* path : {"/usr/bin/chromium", "/usr/bin/chromium-browser"})
-    if (fs::exists(path)) return path;
-  return "";
-}
+std::string browser() { return vktest::chromiumPath(); }
+
+constexpr const char* kReady = "document.body && document.body.getAttribute('data-ready') === '1'";
 
 struct VkcompareHtml : VkcompareFixture {
   std::string example(const char* name) const { return vktest::dataDir() + "/../../examples/" + name; }
@@ -111,25 +123,33 @@ TEST_F(VkcompareHtml, ReportOfTheExamplesHoldsBothDrawingsAndEveryRecord) {
   for (const Json& rec : result["records"]) {
     const std::string i = std::to_string(rec["index"].get<int>());
     EXPECT_EQ(occurrences(page, "data-i=\"" + i + "\""), 1u) << i;
-    EXPECT_EQ(occurrences(page, "<rect id=\"r" + i + "\""), 1u) << i;
   }
   EXPECT_EQ(occurrences(page, "<li class=\"m k"), 10u);
-  const std::size_t destinationView = page.find("<svg id=\"svgD\"");
-  ASSERT_NE(destinationView, std::string::npos);
-  ASSERT_NE(page.find("<svg id=\"svgS\""), std::string::npos);
+  EXPECT_NE(page.find("<canvas id=\"viewS\""), std::string::npos);
+  EXPECT_NE(page.find("<canvas id=\"viewD\""), std::string::npos);
+  ASSERT_EQ(data["rectangles"].size(), 10u);
   for (const Json& rec : result["records"]) {
-    const std::size_t at = page.find("<rect id=\"r" + std::to_string(rec["index"].get<int>()) + "\"");
+    const int index = rec["index"].get<int>();
     const std::string kind = rec["kind"];
-    EXPECT_EQ(at > destinationView, kind != "deleted") << rec["text"];
     const std::string colour = kind == "changed" ? "#00ff00" : kind == "added" ? "#ff0000" : "#ffff00";
-    EXPECT_EQ(page.substr(at, page.find("/>", at) - at).find("stroke=\"" + colour + "\"") != std::string::npos, true)
-        << rec["text"];
+    std::size_t found = 0;
+    for (const Json& r : data["rectangles"]) {
+      if (r[0] != index) continue;
+      ++found;
+      EXPECT_EQ(r[1], kind == "deleted" ? "s" : "d") << rec["text"];
+      EXPECT_EQ(r[2], colour) << rec["text"];
+    }
+    EXPECT_EQ(found, 1u) << rec["text"];
   }
-  // Every named entity's group carries its handle, so that the page can show the differences only.
+  // Every named entity is in its drawing's display list by its handle, so that the page can show the
+  // differences only.
+  const Json lists[2] = {pageData(page, "vk-list-s"), pageData(page, "vk-list-d")};
   for (const Json& rec : result["records"]) {
-    for (const char* side : {"source_handle", "destination_handle"}) {
-      if (!rec[side].is_string()) continue;
-      EXPECT_NE(page.find("<g data-h=\"" + rec[side].get<std::string>() + "\">"), std::string::npos) << rec["text"];
+    for (int side = 0; side < 2; ++side) {
+      const Json& handle = rec[side == 0 ? "source_handle" : "destination_handle"];
+      if (!handle.is_string()) continue;
+      const Json& handles = lists[side]["handles"];
+      EXPECT_NE(std::find(handles.begin(), handles.end(), handle), handles.end()) << rec["text"];
     }
   }
   // Nothing is fetched from elsewhere.
@@ -200,8 +220,9 @@ TEST_F(VkcompareHtml, DrawingTextsAndFileNamesStayText) {
   const auto r = run({"--html", "report.html", "a.dxf", destination});
   ASSERT_EQ(r.status, 1) << r.err;
   const std::string page = vktest::readFile(dir.file("report.html"));
-  // The page's own three scripts are the only elements a text could have opened or closed.
-  EXPECT_EQ(occurrences(page, "</script>"), 3u);
+  // The page's own five scripts (one holding each drawing) are the only elements a text could have opened or
+  // closed.
+  EXPECT_EQ(occurrences(page, "</script>"), 5u);
   EXPECT_EQ(occurrences(page, "<!--"), 0u);
   EXPECT_NE(page.find(">&lt;script&gt;window.__pwned=1&lt;/script&gt;&quot;&apos;&amp;&lt;!--<"), std::string::npos);
   EXPECT_NE(page.find("id=\"destination-name\">&lt;!--x&apos;&amp;&quot;&lt;i&lt;/script&gt;b.dxf<"), std::string::npos);
@@ -209,6 +230,10 @@ TEST_F(VkcompareHtml, DrawingTextsAndFileNamesStayText) {
   ASSERT_TRUE(data.is_object());
   ASSERT_EQ(data["result"]["records"].size(), 1u);
   EXPECT_NE(data["result"]["destination"].get<std::string>().find(destination), std::string::npos);
+  // The destination's text is in its display list as it is, for the canvas to draw as text.
+  const Json list = pageData(page, "vk-list-d");
+  ASSERT_TRUE(list.is_object());
+  EXPECT_EQ(list["texts"], Json::array({std::string(kInjected) + "\"'&<!--"}));
 
   if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
   const std::string shown = dom(dir.file("report.html"), "#next=1");
@@ -233,8 +258,8 @@ TEST_F(VkcompareHtml, BrowserStepsAsTheNavigatorAndZoomsBothViews) {
   ASSERT_NE(shown.find("data-ready=\"1\""), std::string::npos) << shown.substr(0, 3000);
   EXPECT_NE(shown.find("<pre id=\"errors\" hidden=\"\"></pre>"), std::string::npos);
   EXPECT_NE(shown.find("data-current=\"2\""), std::string::npos);
-  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgS"), windowOf(records[2]["locate"]["source"])));
-  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[2]["locate"]["destination"])));
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "viewS"), windowOf(records[2]["locate"]["source"])));
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "viewD"), windowOf(records[2]["locate"]["destination"])));
   EXPECT_NE(shown.find("class=\"m k" + std::to_string(records[2]["kind_number"].get<int>()) + " cur\" data-i=\"2\""),
             std::string::npos);
   EXPECT_NE(shown.find("<span id=\"msg\"></span>"), std::string::npos);
@@ -244,7 +269,7 @@ TEST_F(VkcompareHtml, BrowserStepsAsTheNavigatorAndZoomsBothViews) {
   shown = dom(dir.file("report.html"), "#next=12");
   EXPECT_NE(shown.find("data-current=\"9\""), std::string::npos);
   EXPECT_NE(shown.find("<span id=\"msg\">已到最后一个不同点(共10不同点)</span>"), std::string::npos);
-  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[9]["locate"]["destination"])));
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "viewD"), windowOf(records[9]["locate"]["destination"])));
 
   // The keys: the first step back also reaches the first record; one more back stays and says so.
   shown = dom(dir.file("report.html"), "#keys=p");
@@ -256,11 +281,159 @@ TEST_F(VkcompareHtml, BrowserStepsAsTheNavigatorAndZoomsBothViews) {
   shown = dom(dir.file("report.html"), "#keys=np");
   EXPECT_NE(shown.find("data-current=\"0\""), std::string::npos);
   EXPECT_NE(shown.find("<span id=\"msg\">已到第一个不同点(共10不同点)</span>"), std::string::npos);
-  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgS"), windowOf(records[0]["locate"]["source"])));
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "viewS"), windowOf(records[0]["locate"]["source"])));
   // A link to a record locates it.
   shown = dom(dir.file("report.html"), "#record=7");
   EXPECT_NE(shown.find("data-current=\"7\""), std::string::npos);
-  EXPECT_TRUE(sameWindow(viewWindow(shown, "svgD"), windowOf(records[7]["locate"]["destination"])));
+  EXPECT_TRUE(sameWindow(viewWindow(shown, "viewD"), windowOf(records[7]["locate"]["destination"])));
+}
+
+
+// ---- real input, through the DevTools protocol ----
+
+// A page of the examples' report open in a browser, with what the tests read of it.
+struct OpenReport {
+  vktest::Browser browser;
+  explicit OpenReport(const std::string& profile) : browser(browser_path(), profile, 1400, 900) {}
+  static std::string browser_path() { return vktest::chromiumPath(); }
+
+  std::vector<double> window(const char* id) {
+    const Json w = browser.evaluate(std::string("document.getElementById('") + id + "').getAttribute('data-window')");
+    return w.is_string() ? parseWindow(w.get<std::string>()) : std::vector<double>{};
+  }
+  // The view's place in the page (CSS pixels, which are the canvas's pixels here): left, top, width, height.
+  std::vector<double> box(const char* id) {
+    const Json b = browser.evaluate(std::string("(function(){var b=document.getElementById('") + id +
+                                    "').getBoundingClientRect();return [b.left,b.top,b.width,b.height];})()");
+    return b.is_array() ? b.get<std::vector<double>>() : std::vector<double>(4, 0.0);
+  }
+  // Pixels of a view's canvas that differ from the drawing background, in the 5 x 5 square about (x, y).
+  int inked(const char* id, int x, int y) {
+    const Json n = browser.evaluate(
+        std::string("(function(){var d=document.getElementById('") + id + "').getContext('2d').getImageData(" +
+        std::to_string(x - 2) + "," + std::to_string(y - 2) +
+        ",5,5).data,n=0;for(var i=0;i<d.length;i+=4)if(d[i]!==0x21||d[i+1]!==0x28||d[i+2]!==0x30)n++;return n;})()");
+    return n.is_number() ? n.get<int>() : -1;
+  }
+};
+
+// Where a drawing point lies on a view showing `w` in a box of this size: the window fits the box, centred.
+struct Placement {
+  double scale, cx, cy, width, height;
+  Placement(const std::vector<double>& w, const std::vector<double>& box)
+      : scale(std::min(box[2] / (w[2] - w[0]), box[3] / (w[3] - w[1]))),
+        cx((w[0] + w[2]) / 2),
+        cy((w[1] + w[3]) / 2),
+        width(box[2]),
+        height(box[3]) {}
+  double px(double x) const { return width / 2 + (x - cx) * scale; }
+  double py(double y) const { return height / 2 - (y - cy) * scale; }
+  double x(double px) const { return cx + (px - width / 2) / scale; }
+  double y(double py) const { return cy - (py - height / 2) / scale; }
+};
+
+TEST_F(VkcompareHtml, BrowserWheelAndDragKeepBothViewsOnTheSameWindow) {
+  if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
+  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
+                      example("door_rev_b.dxf")});
+  ASSERT_EQ(r.status, 1) << r.err;
+  // The views' windows differ by the drawings' offsets (the base points; a run of vkcompare has them at 0).
+  const Json offsets = Json::parse(vktest::readFile(dir.file("result.json")))["offsets"];
+  const double dx = offsets["destination"][0].get<double>() - offsets["source"][0].get<double>();
+  const double dy = offsets["destination"][1].get<double>() - offsets["source"][1].get<double>();
+
+  OpenReport page(dir.file("profile"));
+  ASSERT_TRUE(page.browser.ok()) << page.browser.error();
+  ASSERT_TRUE(page.browser.open("file://" + dir.file("report.html"), kReady)) << page.browser.error();
+  const std::vector<double> start = page.window("viewS"), box = page.box("viewS");
+  ASSERT_EQ(start.size(), 4u);
+  EXPECT_TRUE(sameWindow(page.window("viewD"), moved(start, dx, dy)));
+
+  // The wheel turned forward over the source view zooms in about the pointer: the drawing point under it stays.
+  const double px = box[2] * 0.3, py = box[3] * 0.6;
+  const Placement before(start, box);
+  page.browser.wheel(box[0] + px, box[1] + py, -120);
+  page.browser.settle();
+  const std::vector<double> zoomed = page.window("viewS");
+  ASSERT_EQ(zoomed.size(), 4u);
+  EXPECT_NEAR(zoomed[2] - zoomed[0], 0.8 * (start[2] - start[0]), 1e-9 * (start[2] - start[0]));
+  const Placement after(zoomed, box);
+  EXPECT_NEAR(after.x(px), before.x(px), 1e-6 * (start[2] - start[0]));
+  EXPECT_NEAR(after.y(py), before.y(py), 1e-6 * (start[2] - start[0]));
+  EXPECT_TRUE(sameWindow(page.window("viewD"), moved(zoomed, dx, dy)));
+
+  // Dragging the destination view right and down by (60, 30) pixels moves what it shows with the pointer;
+  // the source view follows.
+  const std::vector<double> dbox = page.box("viewD");
+  page.browser.drag(dbox[0] + 200, dbox[1] + 200, dbox[0] + 260, dbox[1] + 230);
+  page.browser.settle();
+  const std::vector<double> panned = page.window("viewD");
+  EXPECT_TRUE(sameWindow(panned, moved(zoomed, dx - 60 / after.scale, dy + 30 / after.scale)));
+  EXPECT_TRUE(sameWindow(page.window("viewS"), moved(panned, -dx, -dy)));
+  EXPECT_EQ(page.browser.evaluate("window.__errors.length"), 0) << page.browser.evaluate("window.__errors").dump();
+  EXPECT_TRUE(page.browser.ok()) << page.browser.error();
+}
+
+TEST_F(VkcompareHtml, BrowserShowsOnlyTheDifferencesWhenSwitched) {
+  if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
+  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
+                      example("door_rev_b.dxf")});
+  ASSERT_EQ(r.status, 1) << r.err;
+  const std::string html = vktest::readFile(dir.file("report.html"));
+  const Json data = pageData(html), list = pageData(html, "vk-list-s");
+  ASSERT_TRUE(list.is_object());
+  std::set<std::string> named;
+  for (const Json& rec : data["result"]["records"])
+    if (rec["source_handle"].is_string()) named.insert(rec["source_handle"].get<std::string>());
+
+  OpenReport page(dir.file("profile"));
+  ASSERT_TRUE(page.browser.ok()) << page.browser.error();
+  ASSERT_TRUE(page.browser.open("file://" + dir.file("report.html"), kReady)) << page.browser.error();
+  const Placement view(page.window("viewS"), page.box("viewS"));
+
+  // The middle of the first straight segment of a line of each sort in the source view, far from every
+  // other primitive's box and from every rectangle.
+  const std::vector<double> prims = list["prims"], geom = list["geom"];
+  const double ox = list["origin"][0], oy = list["origin"][1], clearance = 4 / view.scale;
+  const auto clear = [&](double x, double y, std::size_t self) {
+    for (std::size_t j = 0; j + 9 <= prims.size(); j += 9)
+      if (j != self && x > prims[j + 5] - clearance && x < prims[j + 7] + clearance && y > prims[j + 6] - clearance &&
+          y < prims[j + 8] + clearance)
+        return false;
+    for (const Json& rc : data["rectangles"])
+      if (rc[1] == "s" && x + ox > rc[3].get<double>() - clearance && x + ox < rc[5].get<double>() + clearance &&
+          y + oy > rc[4].get<double>() - clearance && y + oy < rc[6].get<double>() + clearance)
+        return false;
+    return true;
+  };
+  std::vector<double> plain, differing;  // pixel x, y
+  for (std::size_t j = 0; j + 9 <= prims.size(); j += 9) {
+    const auto g = static_cast<std::size_t>(prims[j + 4]);
+    if (prims[j] != 0 || g + 6 > geom.size() || geom[g] != 0 || geom[g + 3] != 1) continue;
+    const double x = (geom[g + 1] + geom[g + 4]) / 2, y = (geom[g + 2] + geom[g + 5]) / 2;
+    const bool isNamed = named.count(list["handles"][static_cast<std::size_t>(prims[j + 1])].get<std::string>()) > 0;
+    std::vector<double>& chosen = isNamed ? differing : plain;
+    if (chosen.empty() && clear(x, y, j)) chosen = {view.px(x + ox), view.py(y + oy)};
+  }
+  ASSERT_FALSE(plain.empty()) << "no line of an unchanged entity stands alone in the source view";
+  ASSERT_FALSE(differing.empty()) << "no line of a differing entity stands alone in the source view";
+  const auto at = [](double v) { return static_cast<int>(std::floor(v)); };
+  EXPECT_GT(page.inked("viewS", at(plain[0]), at(plain[1])), 0);
+  EXPECT_GT(page.inked("viewS", at(differing[0]), at(differing[1])), 0);
+
+  // A click on the switch: the unchanged entity is gone, the differing one stays; a second click brings it back.
+  const Json box = page.browser.evaluate(
+      "(function(){var b=document.getElementById('only').getBoundingClientRect();return [b.left+b.width/2,b.top+b.height/2];})()");
+  ASSERT_TRUE(box.is_array());
+  page.browser.click(box[0], box[1]);
+  page.browser.settle();
+  EXPECT_EQ(page.browser.evaluate("document.getElementById('only').checked"), true);
+  EXPECT_EQ(page.inked("viewS", at(plain[0]), at(plain[1])), 0);
+  EXPECT_GT(page.inked("viewS", at(differing[0]), at(differing[1])), 0);
+  page.browser.click(box[0], box[1]);
+  page.browser.settle();
+  EXPECT_GT(page.inked("viewS", at(plain[0]), at(plain[1])), 0);
+  EXPECT_TRUE(page.browser.ok()) << page.browser.error();
 }
 
 }  // namespace
