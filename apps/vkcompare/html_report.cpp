@@ -130,29 +130,32 @@ var R=D.result.records,n=R.length,cur=-1,only=false;
 var so=D.result.offsets.source,de=D.result.offsets.destination,dx=de[0]-so[0],dy=de[1]-so[1];
 var win={s:D.views.source.slice(),d:D.views.destination.slice()};
 var msg=document.getElementById('msg'),pos=document.getElementById('pos');
-var dpr=window.devicePixelRatio||1,queued=false,FONT='100px '+D.font;
+var dpr=window.devicePixelRatio||1,queued=false,zooming=false,rest=0,FONT='100px '+D.font;
 // A view draws its drawing's display list on its canvas. Its primitives are filed in a grid of cells, so that a
 // window finds its own quickly; primitives over many cells are kept aside and tried in every window.
 function makeView(k,id){
   var c=document.getElementById(id),L=JSON.parse(document.getElementById('vk-list-'+k).textContent);
-  var P=new Float64Array(L.prims),np=P.length/9,i,j,r,q;
+  var P=new Float64Array(L.prims),np=P.length/9,i,j,r,q,entity=0,at=0;
   var x0=Infinity,y0=Infinity,x1=-Infinity,y1=-Infinity;
-  for(i=0;i<np;i++){j=i*9;x0=Math.min(x0,P[j+5]);y0=Math.min(y0,P[j+6]);x1=Math.max(x1,P[j+7]);y1=Math.max(y1,P[j+8]);}
+  // In place, each primitive's entity, where its numbers start and its box's far corner, from the steps and
+  // sizes the list holds.
+  for(i=0;i<np;i++){j=i*9;entity+=P[j+1];P[j+1]=entity;var count=P[j+4];P[j+4]=at;at+=count;P[j+7]+=P[j+5];P[j+8]+=P[j+6];
+    x0=Math.min(x0,P[j+5]);y0=Math.min(y0,P[j+6]);x1=Math.max(x1,P[j+7]);y1=Math.max(y1,P[j+8]);}
   var gs=Math.max(1,Math.min(512,Math.ceil(Math.sqrt(np/4)))),cw=(x1-x0)/gs||1,ch=(y1-y0)/gs||1;
   var v={k:k,c:c,ctx:c.getContext('2d'),P:P,G:new Float64Array(L.geom),T:L.texts,np:np,ox:L.origin[0],oy:L.origin[1],
          colors:L.colors,named:new Uint8Array(L.handles.length),seen:new Uint32Array(np),frame:0,
          gs:gs,x0:x0,y0:y0,cw:cw,ch:ch,big:[],rects:[]};
-  function span(i){j=i*9;return [v.col(P[j+5]),v.col(P[j+7]),v.row(P[j+6]),v.row(P[j+8])];}
   v.col=function(x){return Math.max(0,Math.min(gs-1,Math.floor((x-x0)/cw)));};
   v.row=function(y){return Math.max(0,Math.min(gs-1,Math.floor((y-y0)/ch)));};
-  var first=new Int32Array(gs*gs+1),s;
-  for(i=0;i<np;i++){s=span(i);if((s[1]-s[0]+1)*(s[3]-s[2]+1)>16)continue;
-    for(r=s[2];r<=s[3];r++)for(q=s[0];q<=s[1];q++)first[r*gs+q+1]++;}
-  for(i=0;i<gs*gs;i++)first[i+1]+=first[i];
-  var at=first.slice(0,gs*gs),cells=new Int32Array(first[gs*gs]);
-  for(i=0;i<np;i++){s=span(i);if((s[1]-s[0]+1)*(s[3]-s[2]+1)>16){v.big.push(i);continue;}
-    for(r=s[2];r<=s[3];r++)for(q=s[0];q<=s[1];q++)cells[at[r*gs+q]++]=i;}
-  v.first=first;v.cells=cells;
+  var first=new Int32Array(gs*gs+1),c0,c1,r0,r1,pass,fill;
+  for(pass=0;pass<2;pass++){
+    for(i=0;i<np;i++){
+      j=i*9;c0=v.col(P[j+5]);c1=v.col(P[j+7]);r0=v.row(P[j+6]);r1=v.row(P[j+8]);
+      if((c1-c0+1)*(r1-r0+1)>16){if(pass)v.big.push(i);continue;}
+      for(r=r0;r<=r1;r++)for(q=c0;q<=c1;q++){if(pass)v.cells[fill[r*gs+q]++]=i;else first[r*gs+q+1]++;}
+    }
+    if(!pass){for(i=0;i<gs*gs;i++)first[i+1]+=first[i];fill=first.slice(0,gs*gs);v.first=first;v.cells=new Int32Array(first[gs*gs]);}
+  }
   // The entities the records name, for showing the differences only.
   var index=new Map();L.handles.forEach(function(h,e){index.set(h,e);});
   R.forEach(function(rec){var h=rec[k==='s'?'source_handle':'destination_handle'];if(h&&index.has(h))v.named[index.get(h)]=1;});
@@ -165,21 +168,23 @@ function fit(v){
   var w=win[v.k],W=v.c.width,H=v.c.height,s=Math.min(W/(w[2]-w[0]),H/(w[3]-w[1]));
   return {s:s,cx:(w[0]+w[2])/2,cy:(w[1]+w[3])/2,W:W,H:H};
 }
-function trace(ctx,G,i,e){
+// An outline's numbers from i to e, its coordinates relative to its corner (x, y).
+function trace(ctx,G,i,e,x,y){
   while(i<e){var o=G[i];
-    if(o===0){ctx.moveTo(G[i+1],G[i+2]);i+=3;}
-    else if(o===1){ctx.lineTo(G[i+1],G[i+2]);i+=3;}
-    else if(o===2){ctx.arc(G[i+1],G[i+2],G[i+3],G[i+4],G[i+5],G[i+6]===0);i+=7;}
+    if(o===0){ctx.moveTo(G[i+1]+x,G[i+2]+y);i+=3;}
+    else if(o===1){ctx.lineTo(G[i+1]+x,G[i+2]+y);i+=3;}
+    else if(o===2){ctx.arc(G[i+1]+x,G[i+2]+y,G[i+3],G[i+4],G[i+5],G[i+6]===0);i+=7;}
     else{ctx.closePath();i++;}
   }
 }
-function draw(v){
-  var t0=performance.now(),ctx=v.ctx,P=v.P,G=v.G,f=fit(v),s=f.s,i,j,e;
-  ctx.setTransform(1,0,0,1,0,0);ctx.globalAlpha=1;ctx.fillStyle=D.background;ctx.fillRect(0,0,f.W,f.H);
-  if(!(s>0)||!isFinite(s))return;
+// Draws the primitives of a view about (cx, cy) (relative to the list's origin) at s pixels a drawing unit on a
+// canvas W by H pixels.
+function render(v,ctx,W,H,s,cx,cy){
+  var P=v.P,G=v.G,i,j,e;
+  ctx.setTransform(1,0,0,1,0,0);ctx.globalAlpha=1;ctx.fillStyle=D.background;ctx.fillRect(0,0,W,H);
   // Drawing coordinates relative to the list's origin; y runs up.
-  var cx=f.cx-v.ox,cy=f.cy-v.oy,hw=f.W/2/s,hh=f.H/2/s,wx0=cx-hw,wx1=cx+hw,wy0=cy-hh,wy1=cy+hh;
-  var tx=f.W/2-cx*s,ty=f.H/2+cy*s,px=1/s;
+  var hw=W/2/s,hh=H/2/s,wx0=cx-hw,wx1=cx+hw,wy0=cy-hh,wy1=cy+hh;
+  var tx=W/2-cx*s,ty=H/2+cy*s,px=1/s;
   var strokes=[],dots=[],tiny=[],fills=[],wide=[],texts=[],boxes=[];
   function take(p){
     j=p*9;
@@ -188,7 +193,7 @@ function draw(v){
     if(P[j+7]-P[j+5]<px&&P[j+8]-P[j+6]<px&&kind!==3){(tiny[colour]||(tiny[colour]=[])).push(p);return;}
     if(kind===0){if(P[j+3]>0)wide.push(p);else(strokes[colour]||(strokes[colour]=[])).push(p);}
     else if(kind===3)dots.push(p);
-    else if(kind===4){e=P[j+4];var h=G[e+6]*s*Math.hypot(G[e+2],G[e+3]);if(h<4)boxes.push(p);else texts.push(p);}
+    else if(kind===4){e=P[j+4];var h=G[e+6]*s*Math.hypot(G[e+2],G[e+3]);if(h<4)(boxes[colour]||(boxes[colour]=[])).push(p);else texts.push(p);}
     else fills.push(p);
   }
   v.frame++;
@@ -203,22 +208,25 @@ function draw(v){
   function end(p){return p+1<v.np?P[p*9+13]:G.length;}
   ctx.setTransform(s,0,0,-s,tx,ty);ctx.lineJoin='round';ctx.lineCap='round';
   fills.forEach(function(p){
-    j=p*9;ctx.beginPath();trace(ctx,G,P[j+4],end(p));ctx.fillStyle=v.colors[P[j+2]];ctx.globalAlpha=P[j]===2?0.3:1;ctx.fill('evenodd');
+    j=p*9;ctx.beginPath();trace(ctx,G,P[j+4],end(p),P[j+5],P[j+6]);ctx.fillStyle=v.colors[P[j+2]];ctx.globalAlpha=P[j]===2?0.3:1;ctx.fill('evenodd');
   });
   ctx.globalAlpha=1;ctx.lineWidth=px;
   strokes.forEach(function(list,colour){
-    ctx.beginPath();for(var k=0;k<list.length;k++){var p=list[k];trace(ctx,G,P[p*9+4],end(p));}
+    ctx.beginPath();for(var k=0;k<list.length;k++){j=list[k]*9;trace(ctx,G,P[j+4],end(list[k]),P[j+5],P[j+6]);}
     ctx.strokeStyle=v.colors[colour];ctx.stroke();
   });
   wide.forEach(function(p){
-    j=p*9;ctx.beginPath();trace(ctx,G,P[j+4],end(p));ctx.lineWidth=Math.max(P[j+3],px);ctx.strokeStyle=v.colors[P[j+2]];ctx.stroke();
+    j=p*9;ctx.beginPath();trace(ctx,G,P[j+4],end(p),P[j+5],P[j+6]);ctx.lineWidth=Math.max(P[j+3],px);ctx.strokeStyle=v.colors[P[j+2]];ctx.stroke();
   });
   ctx.globalAlpha=0.5;
-  boxes.forEach(function(p){j=p*9;ctx.fillStyle=v.colors[P[j+2]];ctx.fillRect(P[j+5],P[j+6],P[j+7]-P[j+5],P[j+8]-P[j+6]);});
+  boxes.forEach(function(list,colour){
+    ctx.beginPath();for(var k=0;k<list.length;k++){j=list[k]*9;ctx.rect(P[j+5],P[j+6],P[j+7]-P[j+5],P[j+8]-P[j+6]);}
+    ctx.fillStyle=v.colors[colour];ctx.fill();
+  });
   ctx.globalAlpha=1;ctx.font=FONT;ctx.textBaseline='alphabetic';
   texts.forEach(function(p){
     j=p*9;e=P[j+4];var h=G[e+6],k=100/h,lines=G[e+9];
-    ctx.save();ctx.transform(G[e],G[e+1],G[e+2],G[e+3],G[e+4],G[e+5]);ctx.scale(1/k,1/k);
+    ctx.save();ctx.transform(G[e],G[e+1],G[e+2],G[e+3],G[e+4]+P[j+5],G[e+5]+P[j+6]);ctx.scale(1/k,1/k);
     ctx.textAlign=G[e+7]===1?'center':G[e+7]===2?'right':'left';ctx.fillStyle=v.colors[P[j+2]];
     for(var l=0;l<lines;l++){
       var text=v.T[G[e+11+2*l]],y=G[e+10+2*l]*k,fitted=G[e+8];
@@ -237,8 +245,29 @@ function draw(v){
   dots.forEach(function(p){
     j=p*9;ctx.fillStyle=v.colors[P[j+2]];ctx.beginPath();ctx.arc(P[j+5]*s+tx,ty-P[j+6]*s,1.5*dpr,0,2*Math.PI);ctx.fill();
   });
+}
+// A view shows a part of a picture twice its size each way, drawn again only when the scale or what is shown
+// changes or the window leaves it: a pan within it is a copy. While the wheel turns, the picture is scaled;
+// it is drawn again at the new scale once the wheel rests. The records' rectangles go on top.
+function draw(v){
+  var t0=performance.now(),ctx=v.ctx,f=fit(v),s=f.s,W=f.W,H=f.H,cx=f.cx-v.ox,cy=f.cy-v.oy;
+  ctx.setTransform(1,0,0,1,0,0);ctx.globalAlpha=1;ctx.fillStyle=D.background;
+  if(!(s>0)||!isFinite(s)){ctx.fillRect(0,0,W,H);return;}
+  var b=v.buffer||(v.buffer={c:document.createElement('canvas')}),shown=only+' '+W+' '+H;
+  if(zooming&&b.shown===shown&&b.s!==s){
+    ctx.fillRect(0,0,W,H);
+    ctx.drawImage(b.c,(cx-W/2/s-b.cx)*b.s+W,(b.cy-cy-H/2/s)*b.s+H,W*b.s/s,H*b.s/s,0,0,W,H);
+  }else{
+    var left=b.s===s&&b.shown===shown?Math.round((cx-b.cx)*s+W/2):-1,top=b.s===s?Math.round((b.cy-cy)*s+H/2):-1;
+    if(left<0||top<0||left>W||top>H){
+      b.c.width=2*W;b.c.height=2*H;b.s=s;b.shown=shown;b.cx=cx;b.cy=cy;left=W/2;top=H/2;
+      render(v,b.c.getContext('2d'),2*W,2*H,s,cx,cy);
+    }
+    ctx.drawImage(b.c,left,top,W,H,0,0,W,H);
+  }
+  var px=1/s;
   // The records' rectangles: all faintly, the current one bold and on top.
-  ctx.setTransform(s,0,0,-s,tx,ty);
+  ctx.setTransform(s,0,0,-s,W/2-cx*s,H/2+cy*s);
   var current=null;
   v.rects.forEach(function(r){
     if(r[0]===cur){current=r;return;}
@@ -293,7 +322,8 @@ var drag=null;
     return [f.cx+((e.clientX-b.left)*dpr-f.W/2)/f.s,f.cy-((e.clientY-b.top)*dpr-f.H/2)/f.s];}
   el.addEventListener('wheel',function(e){
     e.preventDefault();var p=at(e),x=p[0],y=p[1],f=e.deltaY>0?1.25:0.8,w=win[k];
-    win[k]=[x+(w[0]-x)*f,y+(w[1]-y)*f,x+(w[2]-x)*f,y+(w[3]-y)*f];show(k);other(k);
+    win[k]=[x+(w[0]-x)*f,y+(w[1]-y)*f,x+(w[2]-x)*f,y+(w[3]-y)*f];
+    zooming=true;clearTimeout(rest);rest=setTimeout(function(){zooming=false;schedule();},200);show(k);other(k);
   },{passive:false});
   el.addEventListener('mousedown',function(e){drag={k:k,x:e.clientX,y:e.clientY,w:win[k].slice(),s:fit(v).s};e.preventDefault();});
 });

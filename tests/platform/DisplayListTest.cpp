@@ -16,7 +16,8 @@ using Json = nlohmann::json;
 
 namespace {
 
-// One primitive of a list, its nine numbers named.
+// One primitive of a list as the page reads its nine numbers: its entity and where its numbers start counted up
+// from the steps and counts, its box from its corner and size (relative to the list's origin).
 struct Primitive {
   int kind = 0, entity = 0, colour = 0;
   double width = 0.0;
@@ -30,7 +31,7 @@ struct List {
   Extents3d extents;
   std::vector<Primitive> primitives;
   std::vector<double> geometry;
-  // The numbers of primitive i's geometry.
+  // The numbers of primitive i's geometry; its coordinates are relative to the corner of its box.
   std::vector<double> numbers(std::size_t i) const {
     const std::size_t end = i + 1 < primitives.size() ? primitives[i + 1].start : geometry.size();
     return {geometry.begin() + static_cast<std::ptrdiff_t>(primitives[i].start),
@@ -49,17 +50,22 @@ List listOf(const Database& db) {
   l.geometry = l.json["geom"].get<std::vector<double>>();
   const std::vector<double> p = l.json["prims"].get<std::vector<double>>();
   EXPECT_EQ(p.size() % 9, 0u);
+  int entity = 0;
+  std::size_t start = 0;
   for (std::size_t i = 0; i + 9 <= p.size(); i += 9) {
-    Primitive q{static_cast<int>(p[i]), static_cast<int>(p[i + 1]), static_cast<int>(p[i + 2]), p[i + 3],
-                static_cast<std::size_t>(p[i + 4]), {p[i + 5], p[i + 6], p[i + 7], p[i + 8]}};
-    EXPECT_LE(q.start, l.geometry.size());
+    entity += static_cast<int>(p[i + 1]);
+    EXPECT_GE(p[i + 1], 0.0);
+    EXPECT_GT(p[i + 4], 0.0);  // every primitive has numbers
+    EXPECT_GE(p[i + 7], 0.0);
+    EXPECT_GE(p[i + 8], 0.0);
+    Primitive q{static_cast<int>(p[i]), entity, static_cast<int>(p[i + 2]), p[i + 3], start,
+                {p[i + 5], p[i + 6], p[i + 5] + p[i + 7], p[i + 6] + p[i + 8]}};
+    start += static_cast<std::size_t>(p[i + 4]);
     EXPECT_LT(static_cast<std::size_t>(q.entity), l.json["handles"].size());
     EXPECT_LT(static_cast<std::size_t>(q.colour), l.json["colors"].size());
-    if (!l.primitives.empty()) {
-      EXPECT_GT(q.start, l.primitives.back().start);
-    }
     l.primitives.push_back(q);
   }
+  EXPECT_EQ(start, l.geometry.size());
   return l;
 }
 
@@ -121,13 +127,13 @@ TEST(DisplayList, OutlinesTextsAndPaintAsThePageReadsThem) {
   ASSERT_TRUE(db);
   const List l = listOf(*db);
   ASSERT_EQ(l.primitives.size(), 5u);
-  // Coordinates are relative to a corner near the first point; the frozen layer's line is not there.
+  // Boxes are relative to a corner near the first one drawn; the frozen layer's line is not there.
   EXPECT_EQ(l.json["origin"], Json::array({1000, 2000}));
   EXPECT_EQ(l.json["handles"], Json::array({"A1", "A3", "A4", "A5", "A6"}));
   const Primitive& line = l.primitives[0];
   EXPECT_EQ(line.kind, 0);
   EXPECT_EQ(l.colour(line), "#ff0000");  // ByLayer on a layer of colour 1
-  EXPECT_EQ(l.numbers(0), (std::vector<double>{0, 0.5, 0.25, 1, 10.5, 0.25}));
+  EXPECT_EQ(l.numbers(0), (std::vector<double>{0, 0, 0, 1, 10, 0}));
   EXPECT_EQ(std::vector<double>(line.box, line.box + 4), (std::vector<double>{0.5, 0.25, 10.5, 0.25}));
 
   // A circle: two half turns counter-clockwise about its centre, boxed by it.
@@ -136,21 +142,23 @@ TEST(DisplayList, OutlinesTextsAndPaintAsThePageReadsThem) {
   const std::vector<double> c = l.numbers(1);
   ASSERT_EQ(c.size(), 3u + 7u + 7u);
   EXPECT_EQ(c[0], 0);
-  EXPECT_EQ(c[1], 25);
-  EXPECT_EQ(c[2], 0);
+  EXPECT_EQ(c[1], 10);
+  EXPECT_EQ(c[2], 5);
   for (std::size_t at : {3u, 10u}) {
     EXPECT_EQ(c[at], 2);  // an arc
-    EXPECT_EQ(c[at + 1], 20);
-    EXPECT_EQ(c[at + 2], 0);
+    EXPECT_EQ(c[at + 1], 5);
+    EXPECT_EQ(c[at + 2], 5);
     EXPECT_EQ(c[at + 3], 5);
     EXPECT_EQ(c[at + 6], 1);  // counter-clockwise
   }
-  EXPECT_NEAR(c[5], 0.0, 1e-12);     // from angle 0 ...
-  EXPECT_NEAR(c[6], 3.14159265, 1e-6);  // ... to a half turn
+  EXPECT_NEAR(c[7], 0.0, 1e-12);        // from angle 0 ...
+  EXPECT_NEAR(c[8], 3.14159265, 1e-6);  // ... to a half turn
   EXPECT_EQ(std::vector<double>(circle.box, circle.box + 4), (std::vector<double>{15, -5, 25, 5}));
 
   EXPECT_EQ(l.primitives[2].kind, 3);  // a point: a dot
-  EXPECT_EQ(l.numbers(2), (std::vector<double>{0, 30, 1}));
+  EXPECT_EQ(l.numbers(2), (std::vector<double>{0, 0, 0}));
+  EXPECT_EQ(l.primitives[2].box[0], 30);
+  EXPECT_EQ(l.primitives[2].box[1], 1);
 
   // A text: its frame as a canvas transform (rotated a quarter turn, y down), height, anchor, fit, one line.
   const Primitive& text = l.primitives[3];
@@ -161,8 +169,9 @@ TEST(DisplayList, OutlinesTextsAndPaintAsThePageReadsThem) {
   EXPECT_NEAR(t[1], 1, 1e-12);
   EXPECT_NEAR(t[2], 1, 1e-12);
   EXPECT_NEAR(t[3], 0, 1e-12);
-  EXPECT_EQ(t[4], 40);
-  EXPECT_EQ(t[5], 0);
+  // Its insertion point (40, 0) from the corner of its box.
+  EXPECT_NEAR(t[4] + text.box[0], 40, 1e-9);
+  EXPECT_NEAR(t[5] + text.box[1], 0, 1e-9);
   EXPECT_EQ(t[6], 2);   // height
   EXPECT_EQ(t[9], 1);   // one line
   EXPECT_EQ(t[10], 0);  // on the baseline

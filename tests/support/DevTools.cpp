@@ -46,6 +46,15 @@ Browser::Browser(const std::string& executable, const std::string& profileDir, i
     error_ = "pipe failed";
     return;
   }
+  // Ends that would already sit on descriptor 3 or 4 are moved away: a spawn's dup2 onto itself might keep them
+  // closed on exec.
+  for (int* end : {&toBrowser[0], &toBrowser[1], &fromBrowser[0], &fromBrowser[1]}) {
+    if (*end > 4) continue;
+    const int moved = fcntl(*end, F_DUPFD_CLOEXEC, 10);
+    if (moved < 0) continue;
+    close(*end);
+    *end = moved;
+  }
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);

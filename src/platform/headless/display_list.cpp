@@ -1,6 +1,7 @@
 // A drawing's display list for a page's canvas: what the walk of the drawing draws, as flat arrays of numbers
 // with a box a primitive and the texts in one table, written as JSON.
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -51,6 +52,14 @@ void appendJsonText(std::string& out, std::string_view text) {
   out += '"';
 }
 
+// Numbers of the list: `digits` significant ones, what is not finite as 0.
+void appendShort(std::string& out, double v, int digits) {
+  if (!extents::isFinite(v) || v == 0.0) v = 0.0;
+  char buffer[32];
+  const auto r = std::to_chars(buffer, buffer + sizeof buffer, v, std::chars_format::general, digits);
+  out.append(buffer, r.ptr);
+}
+
 class DisplayListSink final : public PrimitiveSink {
  public:
   void beginEntity(std::uint64_t handle) override {
@@ -64,30 +73,38 @@ class DisplayListSink final : public PrimitiveSink {
 
   void beginPath() override { start(); }
   void moveTo(const Point3d& p) override {
-    op(kMove);
+    plain(kMove);
     xy(p);
     current_ = p;
   }
   void lineTo(const Point3d& p) override {
-    op(kLine);
+    plain(kLine);
     xy(p);
     current_ = p;
   }
   void arcTo(const Point3d& centre, double radius, bool ccw, const Point3d& to) override {
-    op(kArc);
+    plain(kArc);
     xy(centre);
-    number(radius);
-    number(std::atan2(current_.y - centre.y, current_.x - centre.x));
-    number(std::atan2(to.y - centre.y, to.x - centre.x));
-    number(ccw ? 1 : 0);
-    // The whole circle bounds the arc.
-    grow({centre.x - radius, centre.y - radius, 0.0});
-    grow({centre.x + radius, centre.y + radius, 0.0});
+    const double from = std::atan2(current_.y - centre.y, current_.x - centre.x);
+    const double until = std::atan2(to.y - centre.y, to.x - centre.x);
+    pending_.push_back({radius, Value::Size});
+    pending_.push_back({from, Value::Angle});
+    pending_.push_back({until, Value::Angle});
+    plain(ccw ? 1 : 0);
+    // The arc's box: its ends, and the circle's extreme points the arc passes, counter-clockwise from `low`.
     grow(to);
+    const double low = ccw ? from : until;
+    double sweep = (ccw ? until : from) - low;
+    while (sweep < 0.0) sweep += extents::kTwoPi;
+    for (int quarter = -4; quarter <= 8; ++quarter) {
+      const double angle = quarter * extents::kPi / 2.0;
+      if (angle > low && angle < low + sweep)
+        grow({centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle), 0.0});
+    }
     current_ = to;
   }
-  void closePath() override { op(kClose); }
-  void dropPath() override { drop(); }
+  void closePath() override { plain(kClose); }
+  void dropPath() override { pending_.clear(); }
   void endPath(const Paint& paint) override {
     const int kind = paint.dot ? kDot : paint.fill == Fill::Solid ? kSolid : paint.fill == Fill::Light ? kLight : kStroke;
     primitive(kind, paint.color, paint.width);
@@ -96,16 +113,16 @@ class DisplayListSink final : public PrimitiveSink {
   void text(const TextRun& run) override {
     start();
     const Matrix3d& f = run.frame;
-    const Point3d o = origin({f(0, 3), f(1, 3), 0.0});
     // The frame as a canvas transform of a text frame whose y runs down.
-    for (double v : {f(0, 0), f(1, 0), -f(0, 1), -f(1, 1), f(0, 3) - o.x, f(1, 3) - o.y}) number(v);
-    number(run.height);
-    number(run.anchor);
-    number(run.fitLength);
-    number(static_cast<double>(run.lines.size()));
+    for (double v : {f(0, 0), f(1, 0), -f(0, 1), -f(1, 1)}) pending_.push_back({v, Value::Size});
+    xy({f(0, 3), f(1, 3), 0.0});
+    pending_.push_back({run.height, Value::Size});
+    plain(run.anchor);
+    pending_.push_back({run.fitLength, Value::Size});
+    plain(static_cast<double>(run.lines.size()));
     for (const TextLine& line : run.lines) {
-      number(line.y);
-      number(static_cast<double>(texts_.size()));
+      pending_.push_back({line.y, Value::Size});
+      plain(static_cast<double>(texts_.size()));
       texts_.emplace_back(line.text);
       // The line's box as the extents code estimates its width.
       const double width =
@@ -147,46 +164,39 @@ class DisplayListSink final : public PrimitiveSink {
   }
 
  private:
-  // Coordinates are kept relative to a corner near the first point drawn, where a canvas's single-precision
-  // arithmetic holds them well even for drawings far from the origin.
-  const Point3d& origin(const Point3d& p) {
-    if (!hasOrigin_ && extents::isFinite(p.x) && extents::isFinite(p.y)) {
-      origin_ = {std::floor(p.x), std::floor(p.y), 0.0};
-      hasOrigin_ = true;
-    }
-    return origin_;
+  // What a number of an outline or a text is: a coordinate (kept relative to the primitive's corner), a length
+  // or factor, an angle, or a plain small number (operations, flags, counts, indexes).
+  enum class Value : char { X, Y, Size, Angle, Plain };
+
+  void start() {
+    box_ = Extents3d();
+    pending_.clear();
+  }
+  void plain(double v) { pending_.push_back({v, Value::Plain}); }
+  void xy(const Point3d& p) {
+    pending_.push_back({p.x, Value::X});
+    pending_.push_back({p.y, Value::Y});
+    grow(p);
   }
   void grow(const Point3d& p) {
     if (extents::isFinite(p.x) && extents::isFinite(p.y)) box_.addPoint({p.x, p.y, 0.0});
   }
 
-  void start() {
-    box_ = Extents3d();
-    startByte_ = geometry_.size();
-    startNumber_ = numbers_;
-  }
-  void drop() {
-    geometry_.resize(startByte_);
-    numbers_ = startNumber_;
-  }
-  void op(Op o) { number(o); }
-  void xy(const Point3d& p) {
-    const Point3d& o = origin(p);
-    number(p.x - o.x);
-    number(p.y - o.y);
-    grow(p);
-  }
-  void number(double v) {
-    if (numbers_++) geometry_ += ',';
-    appendNumber(geometry_, v);
-  }
-
-  // Closes the primitive begun last: kind, entity, colour, width, where its geometry starts, box (relative).
+  // Writes the primitive begun last: kind, entity (counted from the previous primitive's), colour, width, how
+  // many numbers of geometry it has, its corner (relative to the origin) and its size. Its geometry's
+  // coordinates are relative to its corner, where seven digits are plenty at any zoom.
   void primitive(int kind, std::uint32_t colour, double width) {
     if (box_.isEmpty()) {
-      drop();
+      pending_.clear();
       return;
     }
+    if (!hasOrigin_) {
+      // The first corner's neighbourhood, where a canvas's single-precision arithmetic holds coordinates well
+      // even for drawings far from the drawing's origin.
+      origin_ = {std::floor(box_.min.x), std::floor(box_.min.y), 0.0};
+      hasOrigin_ = true;
+    }
+    const double entity = static_cast<double>(entities_);
     if (primitiveCount_ == entityStart_) {
       // The entity's first primitive gives it its number.
       if (!handles_.empty()) handles_ += ',';
@@ -197,25 +207,38 @@ class DisplayListSink final : public PrimitiveSink {
     auto [at, added] = colourIndex_.try_emplace(colour, colours_.size());
     if (added) colours_.push_back(colour);
     if (!primitives_.empty()) primitives_ += ',';
-    const double values[] = {static_cast<double>(kind),
-                             static_cast<double>(entities_),
-                             static_cast<double>(at->second),
-                             width,
-                             static_cast<double>(startNumber_),
-                             box_.min.x - origin_.x,
-                             box_.min.y - origin_.y,
-                             box_.max.x - origin_.x,
-                             box_.max.y - origin_.y};
-    for (std::size_t i = 0; i < std::size(values); ++i) {
-      if (i) primitives_ += ',';
-      appendNumber(primitives_, values[i]);
+    const double corner[2] = {box_.min.x - origin_.x, box_.min.y - origin_.y};
+    const double head[] = {static_cast<double>(kind), entity - lastEntity_, static_cast<double>(at->second), width,
+                           static_cast<double>(pending_.size())};
+    for (double v : head) {
+      appendShort(primitives_, v, 7);
+      primitives_ += ',';
     }
+    appendNumber(primitives_, corner[0]);
+    primitives_ += ',';
+    appendNumber(primitives_, corner[1]);
+    primitives_ += ',';
+    appendShort(primitives_, box_.max.x - box_.min.x, 7);
+    primitives_ += ',';
+    appendShort(primitives_, box_.max.y - box_.min.y, 7);
+    for (const auto& [v, what] : pending_) {
+      if (!geometry_.empty()) geometry_ += ',';
+      switch (what) {
+        case Value::X: appendShort(geometry_, v - box_.min.x, 7); break;
+        case Value::Y: appendShort(geometry_, v - box_.min.y, 7); break;
+        case Value::Angle: appendShort(geometry_, v, 9); break;
+        default: appendShort(geometry_, v, 7); break;
+      }
+    }
+    pending_.clear();
+    lastEntity_ = entity;
     ++primitiveCount_;
   }
 
   Point3d origin_;
   bool hasOrigin_ = false;
   std::string geometry_, primitives_, handles_;
+  std::vector<std::pair<double, Value>> pending_;
   std::vector<std::string> texts_;
   std::vector<std::uint32_t> colours_;
   std::unordered_map<std::uint32_t, std::size_t> colourIndex_;
@@ -223,7 +246,7 @@ class DisplayListSink final : public PrimitiveSink {
   Point3d current_;
   std::uint64_t handle_ = 0;
   std::size_t entityStart_ = 0, entities_ = 0, primitiveCount_ = 0;
-  std::size_t numbers_ = 0, startByte_ = 0, startNumber_ = 0;
+  double lastEntity_ = 0.0;
 };
 
 }  // namespace
