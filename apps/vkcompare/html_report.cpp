@@ -254,6 +254,7 @@ function draw(v){
   ctx.setTransform(1,0,0,1,0,0);ctx.globalAlpha=1;ctx.fillStyle=D.background;
   if(!(s>0)||!isFinite(s)){ctx.fillRect(0,0,W,H);return;}
   var b=v.buffer||(v.buffer={c:document.createElement('canvas')}),shown=only+' '+W+' '+H;
+  v.c.toggleAttribute('data-scaled',zooming&&b.shown===shown&&b.s!==s);
   if(zooming&&b.shown===shown&&b.s!==s){
     ctx.fillRect(0,0,W,H);
     ctx.drawImage(b.c,(cx-W/2/s-b.cx)*b.s+W,(b.cy-cy-H/2/s)*b.s+H,W*b.s/s,H*b.s/s,0,0,W,H);

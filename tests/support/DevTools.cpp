@@ -191,12 +191,15 @@ Json Browser::evaluate(const std::string& expression) {
 
 bool Browser::open(const std::string& url, const std::string& readyExpression) {
   call("Page.navigate", {{"url", url}});
-  // Bounded by the answers' own limit many times over; a page that never gets ready fails the test.
+  return waitUntil(readyExpression);
+}
+
+bool Browser::waitUntil(const std::string& expression) {
   for (int i = 0; i < 2400 && ok(); ++i) {
-    if (evaluate("!!(" + readyExpression + ")") == true) return true;
+    if (evaluate("!!(" + expression + ")") == true) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
-  if (ok()) error_ = "the page never got ready: " + readyExpression;
+  if (ok()) error_ = "never true in the page: " + expression;
   return false;
 }
 

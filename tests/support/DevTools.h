@@ -30,6 +30,8 @@ class Browser {
                       bool toPage = true);
   // Opens the address in the page, and waits until the expression is true there.
   bool open(const std::string& url, const std::string& readyExpression);
+  // Waits until the expression is true in the page (a bound far beyond need keeps a broken page from hanging).
+  bool waitUntil(const std::string& expression);
   // The value of a script expression in the page; a promise is awaited.
   nlohmann::json evaluate(const std::string& expression);
   // Waits until the page has drawn two more frames: whatever input asked for is then on its canvases.
