@@ -81,6 +81,10 @@ constexpr const char* kReady = "document.body && document.body.getAttribute('dat
 
 struct VkcompareHtml : VkcompareFixture {
   std::string example(const char* name) const { return vktest::dataDir() + "/../../examples/" + name; }
+  // Compares the examples, writing report.html and result.json in the test's folder.
+  vktest::ProgramRun examplesReport() {
+    return run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"), example("door_rev_b.dxf")});
+  }
 
   // The DOM of the page after its script ran, opened at the fragment.
   std::string dom(const std::string& page, const std::string& fragment) {
@@ -102,8 +106,7 @@ struct VkcompareHtml : VkcompareFixture {
 };
 
 TEST_F(VkcompareHtml, ReportOfTheExamplesHoldsBothDrawingsAndEveryRecord) {
-  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
-                      example("door_rev_b.dxf")});
+  const auto r = examplesReport();
   ASSERT_EQ(r.status, 1) << r.err;
   EXPECT_NE(r.out.find("发现有(10)个实体不同"), std::string::npos) << r.out;  // the run prints what it always did
   const std::string page = vktest::readFile(dir.file("report.html"));
@@ -249,8 +252,7 @@ TEST_F(VkcompareHtml, DrawingTextsAndFileNamesStayText) {
 
 TEST_F(VkcompareHtml, BrowserStepsAsTheNavigatorAndZoomsBothViews) {
   if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
-  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
-                      example("door_rev_b.dxf")});
+  const auto r = examplesReport();
   ASSERT_EQ(r.status, 1) << r.err;
   const Json records = Json::parse(vktest::readFile(dir.file("result.json")))["records"];
   ASSERT_EQ(records.size(), 10u);
@@ -337,8 +339,7 @@ struct Placement {
 
 TEST_F(VkcompareHtml, BrowserWheelAndDragKeepBothViewsOnTheSameWindow) {
   if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
-  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
-                      example("door_rev_b.dxf")});
+  const auto r = examplesReport();
   ASSERT_EQ(r.status, 1) << r.err;
   // The views' windows differ by the drawings' offsets (the base points; a run of vkcompare has them at 0).
   const Json offsets = Json::parse(vktest::readFile(dir.file("result.json")))["offsets"];
@@ -380,8 +381,7 @@ TEST_F(VkcompareHtml, BrowserWheelAndDragKeepBothViewsOnTheSameWindow) {
 
 TEST_F(VkcompareHtml, BrowserShowsOnlyTheDifferencesWhenSwitched) {
   if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
-  const auto r = run({"--html", "report.html", "--json", "result.json", example("door_rev_a.dxf"),
-                      example("door_rev_b.dxf")});
+  const auto r = examplesReport();
   ASSERT_EQ(r.status, 1) << r.err;
   const std::string html = vktest::readFile(dir.file("report.html"));
   const Json data = pageData(html), list = pageData(html, "vk-list-s");
