@@ -23,18 +23,19 @@ void renderSpaceSvg(const Database& db, std::string& out, Extents3d& extents);
 
 // Appends to `out` a display list of what the current space of `db` shows, drawn by the same walk as the SVG
 // group, for a page's script to draw on a canvas: one JSON object that can stand inside a <script> element.
-//   origin    [x, y]: every coordinate below is relative to it
+//   origin    [x, y]: the primitives' corners are relative to it
 //   complete  false when the drawing's work budget ran out (what remains is not drawn)
 //   colors    the "#rrggbb" colours the primitives name by index
-//   handles   the handles (hex) of the entities of the space that draw something; a primitive names its entity
-//             by its index here
-//   prims     9 numbers a primitive: kind (0 stroke, 1 solid fill, 2 light fill, 3 dot, 4 text), entity, colour,
-//             stroke width in drawing units (0: a pixel), where its numbers start in geom, its box (min x, min y,
-//             max x, max y)
+//   handles   the handles (hex) of the entities of the space that draw something, in drawing order
+//   prims     9 numbers a primitive: kind (0 stroke, 1 solid fill, 2 light fill, 3 dot, 4 text); its entity's
+//             index in handles, as a step from the previous primitive's (from 0 for the first); colour; stroke
+//             width in drawing units (0: a pixel); how many numbers of geom are its own (they follow the
+//             previous primitive's); its box: corner (min x, min y) and size (width, height)
 //   geom      outlines as operations: 0 x y (move), 1 x y (line), 2 cx cy r a0 a1 ccw (circular arc from the
 //             current point, angles in radians, ccw 1 when counter-clockwise in the drawing), 3 (close); a text
 //             as a b c d e f (the canvas transform of its frame, y down), height, anchor (0 start, 1 middle,
-//             2 end), fitted length (0: none), line count, then a line's baseline y and its index in texts
+//             2 end), fitted length (0: none), line count, then a line's baseline y and its index in texts.
+//             Coordinates (x, y, cx, cy, e, f) are relative to the primitive's corner.
 //   texts     the texts' lines
 // `extents` is the box of what was drawn (empty when nothing was).
 void renderSpaceDisplayList(const Database& db, std::string& out, Extents3d& extents);
