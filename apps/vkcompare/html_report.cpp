@@ -135,6 +135,8 @@ var dpr=window.devicePixelRatio||1,queued=false,zooming=false,rest=0,FONT='100px
 // window finds its own quickly; primitives over many cells are kept aside and tried in every window.
 function makeView(k,id){
   var c=document.getElementById(id),L=JSON.parse(document.getElementById('vk-list-'+k).textContent);
+  // A drawing too big for the walk's budget is drawn in part; its title says so.
+  if(L.complete===false)c.parentNode.querySelector('h2').textContent+='（图元过多，只画出了一部分）';
   var P=new Float64Array(L.prims),np=P.length/9,i,j,r,q,entity=0,at=0;
   var x0=Infinity,y0=Infinity,x1=-Infinity,y1=-Infinity;
   // In place, each primitive's entity, where its numbers start and its box's far corner, from the steps and

@@ -468,3 +468,15 @@ TEST_F(VkcompareHtml, BrowserShowsOnlyTheDifferencesWhenSwitched) {
 }
 
 }  // namespace
+
+// A drawing whose blocks nest past the walk's budget is drawn in part, and the view's title says so; a whole
+// drawing's title is its file name alone.
+TEST_F(VkcompareHtml, BrowserSaysWhenADrawingIsDrawnInPart) {
+  if (browser().empty()) GTEST_SKIP() << "no chromium on this machine";
+  const std::string nested = vktest::dataDir() + "/hostile/nested_blocks_7_deep.dxf";
+  ASSERT_NE(run({"--html", "report.html", nested, example("door_rev_a.dxf")}).status, -1);
+  const std::string shown = dom(dir.file("report.html"), "");
+  ASSERT_NE(shown.find("data-ready=\"1\""), std::string::npos) << shown.substr(0, 3000);
+  EXPECT_NE(shown.find("nested_blocks_7_deep.dxf（图元过多，只画出了一部分）</h2>"), std::string::npos);
+  EXPECT_NE(shown.find("door_rev_a.dxf</h2>"), std::string::npos);
+}
