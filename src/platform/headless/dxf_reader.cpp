@@ -168,6 +168,10 @@ class DxfReader {
   bool readModelerData();
   // Reads the groups of one record after its 0 tag, up to the next 0 tag (left for the caller).
   bool readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where);
+  // The same for an entity, except that the handle (5) and owner (330) of its common part, before its first
+  // subclass marker or extension data, go to e.handle and owner rather than into the groups when they name
+  // a handle: every entity has them, and nothing reads them as groups. Others of those codes are stored.
+  bool readEntityTags(EntityRec& e, Handle& owner, const char* where);
 
   void finishEntity(EntityRec& e);
   // The names index of a record's type; the types met so far are remembered by their key.
@@ -524,6 +528,55 @@ bool DxfReader::readRecordTags(std::uint32_t& begin, std::uint32_t& count, const
   return failAtEnd(std::string("inside a record of section ") + where + ": expected the next record (group 0)");
 }
 
+bool DxfReader::readEntityTags(EntityRec& e, Handle& owner, const char* where) {
+  e.tagBegin = static_cast<std::uint32_t>(db_.tags.size());
+  recordLine_ = tok_.position();
+  bool common = true;
+  bool sawHandle = false, sawOwner = false;
+  int depth = 0;
+  while (next()) {
+    if (cur_.code == 0) {
+      pushBack();
+      e.tagCount = static_cast<std::uint32_t>(db_.tags.size()) - e.tagBegin;
+      return true;
+    }
+    if (common) {
+      // Taken are the first of each code outside application groups, as finishEntity and the owner
+      // lookup would find them among the stored groups.
+      switch (cur_.code) {
+        case 100:
+        case 1001: common = false; break;
+        case 102:
+          // A text the decoder would change could read otherwise once stored: the stored groups decide.
+          if (isPlainText(cur_.text)) depth += cur_.text.starts_with("{") ? 1 : -1;
+          else common = false;
+          break;
+        case 5:
+          if (depth <= 0 && !sawHandle) {
+            sawHandle = true;
+            if (const Handle h = parseHandle(cur_.text)) {
+              e.handle = h;
+              continue;
+            }
+          }
+          break;
+        case 330:
+          if (depth <= 0 && !sawOwner) {
+            sawOwner = true;
+            if (const Handle h = parseHandle(cur_.text)) {
+              owner = h;
+              continue;
+            }
+          }
+          break;
+        default: break;
+      }
+    }
+    if (!store()) return false;
+  }
+  return failAtEnd(std::string("inside a record of section ") + where + ": expected the next record (group 0)");
+}
+
 bool DxfReader::readTables() {
   while (next()) {
     if (isStructure("ENDSEC")) return true;
@@ -684,7 +737,8 @@ bool DxfReader::readEntities(std::uint32_t block, const char* section) {
     e.line = location();
     const bool isAttrib = type == "ATTRIB";
     const bool isVertex = type == "VERTEX";
-    if (!readRecordTags(e.tagBegin, e.tagCount, section)) return false;
+    Handle owner = 0;
+    if (!readEntityTags(e, owner, section)) return false;
     const std::uint32_t index = static_cast<std::uint32_t>(db_.entities.size());
     if (isAttrib || isVertex) {
       const bool fits = sequenceOwner != kNone &&
@@ -706,7 +760,6 @@ bool DxfReader::readEntities(std::uint32_t block, const char* section) {
     db_.entities.push_back(e);
     if (!inBlock && e.owner == kNone) {
       const StoredTag* tags = db_.tagsOf(e);
-      Handle owner = 0;
       bool paper = false;
       int depth = 0;
       for (std::uint32_t i = 0; i < e.tagCount; ++i) {
