@@ -11,6 +11,8 @@
 #include <set>
 
 #include "platform/database.h"
+#include "platform/headless/dxf_data.h"
+#include "platform/headless/dxf_reader.h"
 #include "platform/text.h"
 #include "support/TestSupport.h"
 
@@ -357,6 +359,49 @@ TEST(DxfReader, CommonPropertiesAndTheirDefaults) {
   EXPECT_EQ(ents[1].lineWeight(), -2);
   EXPECT_FALSE(ents[1].isVisible());
   EXPECT_EQ(ents[2].linetype(), "ByLayer");
+}
+
+TEST(DxfReader, HandleAndOwnerAreTheFirstOfTheCommonPartThatNameOne) {
+  TempDir dir;
+  const std::string tables =
+      "0|TABLE|2|BLOCK_RECORD|0|BLOCK_RECORD|5|1F|2|*Model_Space|0|BLOCK_RECORD|5|1E|2|*Paper_Space|0|ENDTAB";
+  // An empty handle or owner gives way to the next; the owner among the reactors is not the entity's; a
+  // proxy without an owner of its own names its objects in its own part, where they stay its data.
+  const std::string entities =
+      "0|LINE|5||5|2B|330||330|1E|8|0|10|0|20|0|11|1|21|1|"
+      "0|LINE|5|2C|102|{ACAD_REACTORS|330|1E|102|}|330|1F|100|AcDbEntity|8|0|100|AcDbLine|10|0|20|0|11|1|21|1|"
+      "0|ACAD_PROXY_ENTITY|5|2D|100|AcDbEntity|8|0|100|AcDbProxyEntity|90|498|330|1E|340|2C|330|1F";
+  const std::string path = dir.file("owners.dxf");
+  vktest::writeFile(path, dxfDrawing(entities, "AC1015", "9|$TILEMODE|70|1", tables));
+  DatabaseData data;
+  ReadReport report;
+  ASSERT_TRUE(headless::readDxf(path, data, report)) << report.error;
+  ASSERT_EQ(data.entities.size(), 3u);
+  ASSERT_EQ(report.warnings.size(), 1u);
+  EXPECT_NE(report.warnings[0].find("empty or invalid handle"), std::string::npos) << report.warnings[0];
+  const EntityRec &line = data.entities[0], &reacting = data.entities[1], &proxy = data.entities[2];
+  EXPECT_EQ(line.handle, 0x2Bu);
+  EXPECT_EQ(line.block, data.paperSpace);
+  EXPECT_EQ(reacting.handle, 0x2Cu);
+  EXPECT_EQ(reacting.block, data.modelSpace);
+  EXPECT_EQ(proxy.handle, 0x2Du);
+  EXPECT_EQ(proxy.block, data.paperSpace) << "the first owner among its groups places it";
+  std::vector<int> proxyPart;
+  bool inProxy = false;
+  for (std::uint32_t i = 0; i < proxy.tagCount; ++i) {
+    const StoredTag& t = data.tagsOf(proxy)[i];
+    if (t.code == 100) inProxy = data.text(t) == "AcDbProxyEntity";
+    else if (inProxy) proxyPart.push_back(t.code);
+  }
+  EXPECT_EQ(proxyPart, (std::vector<int>{90, 330, 340, 330}));
+  // The group list reads the same whatever is kept where.
+  auto db = readDxfText(dir, "owners2.dxf", dxfDrawing(entities, "AC1015", "9|$TILEMODE|70|1", tables));
+  ASSERT_TRUE(db);
+  const ResBufList list = modelEntities(*db)[0].entGet();
+  ASSERT_GE(list.size(), 4u);
+  EXPECT_EQ(list[2].id, db->modelSpaceId());
+  EXPECT_EQ(list[3].code, 5);
+  EXPECT_EQ(list[3].text, "2C");
 }
 
 TEST(DxfReader, GroupListMergesPointsAndLeavesOutBookkeeping) {
