@@ -68,14 +68,11 @@ void appendTree(std::string& out, const CComparisonState& state) {
     out += HtmlEscape(r.text);
     out += "</li>\n";
   };
-  for (std::size_t i = 0; i < state.ranges.ranges.size(); ++i) {
-    std::size_t count = 0;
-    for (const CRangeMember& m : state.ranges.members)
-      if (m.range == static_cast<int>(i + 1) && m.record < state.differences.size()) ++count;
+  const std::vector<std::vector<std::size_t>> members = RangeMembers(state);
+  for (std::size_t i = 0; i < members.size(); ++i) {
     out += "<details open><summary>" + HtmlEscape(state.ranges.ranges[i].label) + " <span class=\"n\">(" +
-           std::to_string(count) + ")</span></summary><ul>\n";
-    for (const CRangeMember& m : state.ranges.members)
-      if (m.range == static_cast<int>(i + 1) && m.record < state.differences.size()) item(m.record);
+           std::to_string(members[i].size()) + ")</span></summary><ul>\n";
+    for (const std::size_t record : members[i]) item(record);
     out += "</ul></details>\n";
   }
   bool rest = false;

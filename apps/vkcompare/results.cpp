@@ -44,6 +44,14 @@ const char* colourOf(int kind) {
 
 }  // namespace
 
+std::vector<std::vector<std::size_t>> RangeMembers(const CComparisonState& state) {
+  std::vector<std::vector<std::size_t>> members(state.ranges.ranges.size());
+  for (const CRangeMember& m : state.ranges.members)
+    if (m.range >= 1 && static_cast<std::size_t>(m.range) <= members.size() && m.record < state.differences.size())
+      members[static_cast<std::size_t>(m.range - 1)].push_back(m.record);
+  return members;
+}
+
 const char* KindName(int kind) {
   switch (kind) {
     case kDiffChanged: return "changed";
@@ -90,13 +98,10 @@ Json ResultDocument(const CComparisonState& state) {
                        {"locate", {{"source", window(windows.source)}, {"destination", window(windows.destination)}}}});
   }
   Json ranges = Json::array();
-  std::vector<Json> members(state.ranges.ranges.size(), Json::array());
-  for (const CRangeMember& m : state.ranges.members)
-    if (m.range >= 1 && static_cast<std::size_t>(m.range) <= members.size())
-      members[static_cast<std::size_t>(m.range - 1)].push_back(m.record);
+  const std::vector<std::vector<std::size_t>> members = RangeMembers(state);
   for (std::size_t i = 0; i < state.ranges.ranges.size(); ++i) {
     const CRangeEntry& r = state.ranges.ranges[i];
-    ranges.push_back({{"number", i + 1}, {"label", r.label}, {"members", std::move(members[i])}, {"extents", box(r.extents)}});
+    ranges.push_back({{"number", i + 1}, {"label", r.label}, {"members", members[i]}, {"extents", box(r.extents)}});
   }
   Json document = {
       {"schema", kResultSchema},

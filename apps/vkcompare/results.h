@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "engine/ResultSink.h"
 
@@ -20,6 +21,10 @@ const char* KindName(int kind);
 Json HandleValue(unsigned long long handle);
 // The exit status of a run's outcome: 0 identical, 1 differences, 2 trouble.
 int ExitStatus(RunOutcome outcome);
+
+// The records of each range, a list a range in the ranges' order: its members' record indexes, in member
+// order. Members naming no range or no record are left out.
+std::vector<std::vector<std::size_t>> RangeMembers(const CComparisonState& state);
 
 // The result of the run the state holds: files, outcome, error, warnings, records (with their Locate
 // windows) and ranges. Also right after a run cut short by a throw: then it reports trouble and the reason.
