@@ -15,14 +15,11 @@ namespace vkcompare {
 
 namespace {
 
-// The colours of the rectangles' colour indexes: 1 red, 2 yellow, 3 green.
-const char* rectangleRgb(int colourIndex) {
-  switch (colourIndex) {
-    case 1: return "#ff0000";
-    case 2: return "#ffff00";
-    case 3: return "#00ff00";
-    default: return "#ffffff";
-  }
+// A rectangle's colour index as the host shows it: "#rrggbb".
+std::string colourRgb(int colourIndex) {
+  std::string rgb;
+  headless::appendRgb(rgb, headless::aciColor(colourIndex));
+  return rgb;
 }
 
 Json windowArray(const DrawingWindow& w) { return Json::array({w.minX, w.minY, w.maxX, w.maxY}); }
@@ -47,7 +44,7 @@ void appendView(std::string& out, const char* side, const platform::Database* db
     const int colour = RectangleColour(r.kind);
     if (colour == 0 || (r.kind == kDiffDeleted) != sourceSide) continue;
     const DrawingWindow box = DifferenceRectangle(r, sourceSide ? state.sourceOffset : state.destinationOffset);
-    data["rectangles"].push_back({i, side, rectangleRgb(colour), box.minX, box.minY, box.maxX, box.maxY});
+    data["rectangles"].push_back({i, side, colourRgb(colour), box.minX, box.minY, box.maxX, box.maxY});
   }
   out += "<canvas id=\"view";
   out += sourceSide ? 'S' : 'D';
