@@ -91,16 +91,11 @@ class DisplayListSink final : public PrimitiveSink {
     pending_.push_back({from, Value::Angle});
     pending_.push_back({until, Value::Angle});
     plain(ccw ? 1 : 0);
-    // The arc's box: its ends, and the circle's extreme points the arc passes, counter-clockwise from `low`.
-    grow(to);
+    // The arc's box, counter-clockwise from `low`, as the extents code bounds an arc.
     const double low = ccw ? from : until;
     double sweep = (ccw ? until : from) - low;
     while (sweep < 0.0) sweep += extents::kTwoPi;
-    for (int quarter = -4; quarter <= 8; ++quarter) {
-      const double angle = quarter * extents::kPi / 2.0;
-      if (angle > low && angle < low + sweep)
-        grow({centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle), 0.0});
-    }
+    extents::BoxSink(box_).addArc({centre.x, centre.y, 0.0}, {radius, 0.0, 0.0}, {0.0, radius, 0.0}, low, sweep);
     current_ = to;
   }
   void closePath() override { plain(kClose); }
