@@ -167,7 +167,12 @@ class DxfReader {
   bool skipSection(std::string_view name);
   bool readModelerData();
   // Reads the groups of one record after its 0 tag, up to the next 0 tag (left for the caller).
-  bool readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where);
+  bool readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where) {
+    return readTags(begin, count, where, [] { return false; });
+  }
+  // The same, where `take` may keep the current group elsewhere (true) rather than have it stored.
+  template <typename Take>
+  bool readTags(std::uint32_t& begin, std::uint32_t& count, const char* where, Take&& take);
   // The same for an entity, except that the handle (5) and owner (330) of its common part, before its first
   // subclass marker or extension data, go to e.handle and owner rather than into the groups when they name
   // a handle: every entity has them, and nothing reads them as groups. Others of those codes are stored.
@@ -514,7 +519,8 @@ bool DxfReader::readClasses() {
   return failAtEnd("inside section CLASSES: expected 0/ENDSEC");
 }
 
-bool DxfReader::readRecordTags(std::uint32_t& begin, std::uint32_t& count, const char* where) {
+template <typename Take>
+bool DxfReader::readTags(std::uint32_t& begin, std::uint32_t& count, const char* where, Take&& take) {
   begin = static_cast<std::uint32_t>(db_.tags.size());
   recordLine_ = tok_.position();
   while (next()) {
@@ -523,58 +529,39 @@ bool DxfReader::readRecordTags(std::uint32_t& begin, std::uint32_t& count, const
       count = static_cast<std::uint32_t>(db_.tags.size()) - begin;
       return true;
     }
-    if (!store()) return false;
+    if (!take() && !store()) return false;
   }
   return failAtEnd(std::string("inside a record of section ") + where + ": expected the next record (group 0)");
 }
 
 bool DxfReader::readEntityTags(EntityRec& e, Handle& owner, const char* where) {
-  e.tagBegin = static_cast<std::uint32_t>(db_.tags.size());
-  recordLine_ = tok_.position();
   bool common = true;
   bool sawHandle = false, sawOwner = false;
   int depth = 0;
-  while (next()) {
-    if (cur_.code == 0) {
-      pushBack();
-      e.tagCount = static_cast<std::uint32_t>(db_.tags.size()) - e.tagBegin;
-      return true;
+  // Taken are the first of each code outside application groups, as finishEntity and the owner lookup would
+  // find them among the stored groups.
+  const auto takeFirst = [&](bool& saw, Handle& into) {
+    if (depth > 0 || saw) return false;
+    saw = true;
+    const Handle h = parseHandle(cur_.text);
+    if (h) into = h;
+    return h != 0;
+  };
+  return readTags(e.tagBegin, e.tagCount, where, [&] {
+    if (!common) return false;
+    switch (cur_.code) {
+      case 100:
+      case 1001: common = false; return false;
+      case 102:
+        // A text the decoder would change could read otherwise once stored: the stored groups decide.
+        if (isPlainText(cur_.text)) depth += cur_.text.starts_with("{") ? 1 : -1;
+        else common = false;
+        return false;
+      case 5: return takeFirst(sawHandle, e.handle);
+      case 330: return takeFirst(sawOwner, owner);
+      default: return false;
     }
-    if (common) {
-      // Taken are the first of each code outside application groups, as finishEntity and the owner
-      // lookup would find them among the stored groups.
-      switch (cur_.code) {
-        case 100:
-        case 1001: common = false; break;
-        case 102:
-          // A text the decoder would change could read otherwise once stored: the stored groups decide.
-          if (isPlainText(cur_.text)) depth += cur_.text.starts_with("{") ? 1 : -1;
-          else common = false;
-          break;
-        case 5:
-          if (depth <= 0 && !sawHandle) {
-            sawHandle = true;
-            if (const Handle h = parseHandle(cur_.text)) {
-              e.handle = h;
-              continue;
-            }
-          }
-          break;
-        case 330:
-          if (depth <= 0 && !sawOwner) {
-            sawOwner = true;
-            if (const Handle h = parseHandle(cur_.text)) {
-              owner = h;
-              continue;
-            }
-          }
-          break;
-        default: break;
-      }
-    }
-    if (!store()) return false;
-  }
-  return failAtEnd(std::string("inside a record of section ") + where + ": expected the next record (group 0)");
+  });
 }
 
 bool DxfReader::readTables() {
