@@ -163,16 +163,16 @@ void ReadBothDrawings(CComparisonState& state) {
   // Documents open in the host stay locked while they are read.
   for (CDrawingRecord* record : {&source, &destination})
     if (record->document) platform::lockDocument(record->document, platform::LockMode::kWrite);
-  const std::vector<platform::ObjectId> sourceIds = PrepareReading(source);
-  const std::vector<platform::ObjectId> destinationIds = PrepareReading(destination);
+  PrepareReading(source);
+  PrepareReading(destination);
   // Comparers see each drawing from its base point; a record's extents plus a drawing's base point give
   // its place in that drawing.
   state.sourceOffset = source.basePoint;
   state.destinationOffset = destination.basePoint;
   auto collectDestination =
-      startBeside([&] { CollectComparers(destination, destinationIds, state.options, false); });
+      startBeside([&] { CollectComparers(destination, state.options, false); });
   AnnounceReading(source, kReadSource);
-  CollectComparers(source, sourceIds, state.options, true);
+  CollectComparers(source, state.options, true);
   EndReading(source);
   platform::setStatusBarProgressMeter("正在准备读取目标文件：", 0, 100);
   platform::restoreStatusBar();

@@ -1,6 +1,8 @@
 // The process-wide comparison state.
 #include "engine/ComparisonState.h"
 
+#include "comparers/RunBeside.h"
+
 CComparisonState& CComparisonState::instance() {
   static CComparisonState state;
   return state;
@@ -16,8 +18,13 @@ void CComparisonState::Prepare() {
 }
 
 void CComparisonState::ReleaseDrawings() {
+  // Each side's comparers go before the database they read; the two sides are freed at once, as a large
+  // drawing's hundreds of thousands of comparers and pages of groups take a while.
+  auto releaseDestination = startBeside([this] {
+    destination.reset();
+    sideDestination.reset();
+  });
   source.reset();
-  destination.reset();
   sideSource.reset();
-  sideDestination.reset();
+  releaseDestination.get();
 }

@@ -59,8 +59,8 @@ bool PassesAreaTest(const platform::Extents3d& entity, const platform::Point3d& 
   return true;
 }
 
-std::vector<platform::ObjectId> PrepareReading(CDrawingRecord& record) {
-  if (!record.database) return {};
+void PrepareReading(CDrawingRecord& record) {
+  if (!record.database) return;
   const platform::Database& db = *record.database;
   record.entityMap.clear();
   record.outsideSet.clear();
@@ -74,9 +74,7 @@ std::vector<platform::ObjectId> PrepareReading(CDrawingRecord& record) {
   const platform::Point3d& b = record.basePoint;
   record.baseMatrix = platform::Matrix3d::translation({-b.x, -b.y, -b.z});
   record.combinedMatrix = record.baseMatrix * record.placementMatrix;
-  std::vector<platform::ObjectId> ids = db.blockRecord(db.currentSpaceId()).entityIds();
-  record.entityCount = static_cast<int>(ids.size());
-  return ids;
+  record.entityCount = static_cast<int>(db.blockRecord(db.currentSpaceId()).entityCount());
 }
 
 void AnnounceReading(CDrawingRecord& record, int mode) {
@@ -89,10 +87,10 @@ void AnnounceReading(CDrawingRecord& record, int mode) {
   platform::setStatusBarProgressMeter(source ? "1/3 正在读取源文件：" : "2/3 正在读取目标文件：", 0, record.entityCount);
 }
 
-void CollectComparers(CDrawingRecord& record, const std::vector<platform::ObjectId>& ids, const CompareOptions& options,
-                      bool showProgress) {
+void CollectComparers(CDrawingRecord& record, const CompareOptions& options, bool showProgress) {
   if (!record.database) return;
   const platform::Database& db = *record.database;
+  const std::vector<platform::ObjectId> ids = db.blockRecord(db.currentSpaceId()).entityIds();
   const bool whole = IsWholeDrawing(record.areaCorner1, record.areaCorner2);
   // Comparers are gathered in reading order and sorted by key at the end: a stable sort keeps the reading
   // order of equal keys.
@@ -132,8 +130,8 @@ void EndReading(CDrawingRecord& record) {
 }
 
 void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options) {
-  const std::vector<platform::ObjectId> ids = PrepareReading(record);
+  PrepareReading(record);
   AnnounceReading(record, mode);
-  CollectComparers(record, ids, options, true);
+  CollectComparers(record, options, true);
   EndReading(record);
 }

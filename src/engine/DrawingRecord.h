@@ -53,14 +53,13 @@ void ReadDrawing(CDrawingRecord& record, int mode, const CompareOptions& options
 // comparison may collect on two threads, each touching only its own record and database. Announcing and
 // ending talk to the host (the count on the command line, the progress meter) and belong on its thread.
 //
-// Prepares the layer filter, the contexts and the transforms, and answers the current space's entities.
-std::vector<platform::ObjectId> PrepareReading(CDrawingRecord& record);
+// Prepares the layer filter, the contexts and the transforms, and counts the current space's entities.
+void PrepareReading(CDrawingRecord& record);
 // Shows the entity count and opens the progress meter of the reading.
 void AnnounceReading(CDrawingRecord& record, int mode);
-// Makes a comparer for every entity that takes part and files them by key; with showProgress the meter
-// follows (host thread only).
-void CollectComparers(CDrawingRecord& record, const std::vector<platform::ObjectId>& ids, const CompareOptions& options,
-                      bool showProgress);
+// Makes a comparer for every entity of the current space that takes part and files them by key; with
+// showProgress the meter follows (host thread only).
+void CollectComparers(CDrawingRecord& record, const CompareOptions& options, bool showProgress);
 // Closes the progress meter.
 void EndReading(CDrawingRecord& record);
 
