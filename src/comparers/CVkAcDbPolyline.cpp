@@ -22,10 +22,12 @@ void polylineKey(const platform::Entity& e, const platform::Matrix3d& load, cons
 // AcDbPolyline::hasBulges: the flag reaches "%.2f" as an integer, which prints "0.00" whatever it is. Kept
 // so on purpose: two polylines never differ by their bulge text.
 std::string bulgeText(const platform::Entity&, const platform::Matrix3d&) { return "0.00"; }
+void noValues(const platform::Entity&, const platform::Matrix3d&, TextDigest&) {}  // the text never changes
+constexpr TextCapture bulge{bulgeText, noValues};
 
 // "%.2f,%.2f" of every vertex from the third on, after the load transform; the list's numbering starts
 // there, so the third vertex is reported as number 0.
-std::vector<std::string> verticesAfterLeadingPair(const platform::Entity& e, const platform::Matrix3d& load) {
+std::vector<std::string> verticesAfterLeadingPairTexts(const platform::Entity& e, const platform::Matrix3d& load) {
   std::vector<std::string> out;
   const std::vector<platform::Point3d> points = e.points(Accessor::getPointAt);  // AcDbPolyline::getPointAt
   for (std::size_t i = 2; i < points.size(); ++i) {
@@ -34,13 +36,17 @@ std::vector<std::string> verticesAfterLeadingPair(const platform::Entity& e, con
   }
   return out;
 }
+void verticesAfterLeadingPairValues(const platform::Entity& e, const platform::Matrix3d& load, TextDigest& digest) {
+  capture::pointsValues(e.points(Accessor::getPointAt), 2, load, digest);
+}
+constexpr ListCapture verticesAfterLeadingPair{verticesAfterLeadingPairTexts, verticesAfterLeadingPairValues};
 
 const DetailProperty kDetails[] = {
     {"厚度不一样,", capture::real2<Accessor::thickness>},                         // AcDbPolyline::thickness
     {"闭合的情况不一样,", capture::int1<Accessor::isClosed>},                     // AcDbPolyline::isClosed
     {"只有一条线存在的情况不一样,", capture::int1<Accessor::isOnlyLines>},        // AcDbPolyline::isOnlyLines
     {"宽度设置不一样,", capture::int1<Accessor::hasWidth>},                       // AcDbPolyline::hasWidth
-    {"凸起因素不一样,", bulgeText},                                               // AcDbPolyline::hasBulges
+    {"凸起因素不一样,", bulge},                                                   // AcDbPolyline::hasBulges
     {"第0点坐标不一样,", capture::leadingPoint<Accessor::getPoint2dAt, 0>},       // AcDbPolyline::getPoint2dAt
     {"第1点坐标不一样,", capture::leadingPoint<Accessor::getPoint2dAt, 1>},       // AcDbPolyline::getPoint2dAt
     {"顶点位置不一样,", nullptr, verticesAfterLeadingPair},                       // AcDbPolyline::getPointAt

@@ -34,15 +34,19 @@ void CVkDetailedEntity::loadDetail(const platform::Entity& entity, platform::Mat
       std::memcmp(drawing, &transform, sizeof transform) == 0) {
     TextDigest digest;
     for (const DetailProperty& p : traits_.details) {
-      if (p.list) {
+      if (p.list.values) {
+        p.list.values(entity, transform, digest);
+      } else if (p.list) {
         const std::vector<std::string> list = p.list(entity, transform);
         digest.add(static_cast<std::uint64_t>(list.size()));
         for (const std::string& t : list) digest.add(t);
+      } else if (p.text.values) {
+        p.text.values(entity, transform, digest);
       } else {
         digest.add(p.text(entity, transform));
       }
     }
-    digest_ = digest.value();
+    valuesDigest_ = digest.value();
     digestOnly_ = true;
     return;
   }
@@ -113,7 +117,6 @@ void CVkDetailedEntity::viewDetails(DetailViews& v) const {
 }
 
 std::uint64_t CVkDetailedEntity::detailDigest() const {
-  if (digestOnly_) return digest_;
   DetailViews v;
   viewDetails(v);
   TextDigest digest;
@@ -148,7 +151,7 @@ std::vector<std::vector<std::string>> CVkDetailedEntity::detailLists() const {
 void CVkDetailedEntity::appendDetailMessages(std::string& out, const CVkAcadEntityBase& other) const {
   // Entities of different classes can meet when their key digests collide: every detail then differs.
   const auto* same = typeid(other) == typeid(*this) ? static_cast<const CVkDetailedEntity*>(&other) : nullptr;
-  if (same && digestOnly_ && same->digestOnly_ && digest_ == same->digest_) return;
+  if (same && digestOnly_ && same->digestOnly_ && valuesDigest_ == same->valuesDigest_) return;
   // Each thread compares one pair at a time; the views' buffers are kept from pair to pair.
   thread_local DetailViews mine, theirs;
   viewDetails(mine);

@@ -2,16 +2,34 @@
 // the text is captured), and this class does the loading and comparing for all of them.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "comparers/CVkAcadEntityBase.h"
 
-// How one detail property's text is captured, from the entity and the load transform.
-using TextCapture = std::string (*)(const platform::Entity&, const platform::Matrix3d&);
-// How a list of texts is captured (vertices and the like), compared element by element.
-using ListCapture = std::vector<std::string> (*)(const platform::Entity&, const platform::Matrix3d&);
+// How the values a detail's text (or list) is formatted from are added to a digest, bit for bit: values
+// alike give texts alike, so a comparer need not format texts that are alike to be told so.
+using ValuesCapture = void (*)(const platform::Entity&, const platform::Matrix3d&, TextDigest&);
+
+// How one detail property's text (or list of texts) is captured, from the entity and the load transform,
+// and where the capture has one, how its values are digested without formatting them.
+template <class Text>
+struct Capture {
+  using Format = Text (*)(const platform::Entity&, const platform::Matrix3d&);
+  Format format = nullptr;
+  ValuesCapture values = nullptr;
+
+  constexpr Capture() = default;
+  constexpr Capture(std::nullptr_t) {}
+  constexpr Capture(Format f, ValuesCapture v = nullptr) : format(f), values(v) {}
+  Text operator()(const platform::Entity& e, const platform::Matrix3d& load) const { return format(e, load); }
+  explicit constexpr operator bool() const { return format != nullptr; }
+};
+using TextCapture = Capture<std::string>;
+// Lists (vertices and the like) are compared element by element.
+using ListCapture = Capture<std::vector<std::string>>;
 
 // One detail property. A text property appends its message when the two texts differ. A list property
 // appends "顶点个数不一样," once when the lists differ in length, else "第%d个" and its message for each
@@ -63,18 +81,19 @@ class CVkDetailedEntity : public CVkAcadEntityBase {
   struct DetailViews;
   // The detail texts as views, in the table's order, from the pool or captured again from the entity.
   void viewDetails(DetailViews& views) const;
-  // The digest of the detail texts, as loading keeps it.
+  // The digest of the detail texts.
   std::uint64_t detailDigest() const;
 
-  // Whether the details are kept as their digest alone (see details_).
+  // Whether the details are kept as the digest of their values alone (see details_).
   bool digestOnly_ = false;
   const ComparerTraits& traits_;
-  // The captured details. A comparer loaded with its drawing's own transform keeps only the digest of its
-  // detail texts: most pairs are alike, and the texts of the few that differ are captured again from their
-  // entities, which outlive the comparers. Others (loaded under another transform, or without their
-  // drawing) keep their texts in the pool, in the table's order: a text's id; a list's length, then its ids.
+  // The captured details. A comparer loaded with its drawing's own transform keeps only the digest of the
+  // values its detail texts are formatted from (of the texts, for captures without a values capture):
+  // most pairs are alike, and the texts of the few that differ are captured again from their entities,
+  // which outlive the comparers. Others (loaded under another transform, or without their drawing) keep
+  // their texts in the pool, in the table's order: a text's id; a list's length, then its ids.
   union {
     CTextPool::Run details_{};
-    std::uint64_t digest_;
+    std::uint64_t valuesDigest_;
   };
 };

@@ -35,11 +35,22 @@ inline void pointListKey(const std::vector<Point3d>& points, const Matrix3d& loa
 
 // "%.2f,%.2f" of the first or second point of the leading pair; empty with fewer than two points.
 template <Accessor A, int Which>
-std::string leadingPoint(const Entity& e, const Matrix3d& load) {
+std::string leadingPointText(const Entity& e, const Matrix3d& load) {
   Point3d pair[2];
   if (!leadingPair(e.points(A), load, pair[0], pair[1])) return {};
   return platform::fmt("%.2f,%.2f", pair[Which].x, pair[Which].y);
 }
+template <Accessor A, int Which>
+void leadingPointValues(const Entity& e, const Matrix3d& load, TextDigest& digest) {
+  Point3d pair[2];
+  const bool found = leadingPair(e.points(A), load, pair[0], pair[1]);
+  digest.add(std::uint64_t{found});
+  if (!found) return;
+  addBits(digest, pair[Which].x);
+  addBits(digest, pair[Which].y);
+}
+template <Accessor A, int Which>
+inline constexpr TextCapture leadingPoint{leadingPointText<A, Which>, leadingPointValues<A, Which>};
 
 // A list of reals folded into one text by "%s,%.2f" (the text so far, a comma, the next value), so that it
 // starts with a comma: ",0.00,0.00,1.00".
