@@ -101,8 +101,9 @@ Groups::Groups(const platform::DatabaseData& data, std::uint32_t begin, std::uin
     : data_(data), tags_(data.tags.data() + begin), count_(count), own_(count), begin_(begin) {
   if (data.serial != 0) {
     recent_ = &recentRecords();
-    if (const FirstGroups* index = recent_->find(data.serial, begin, count)) {
-      own_ = index->own;
+    if ((index_ = recent_->find(data.serial, begin, count))) {
+      indexStamp_ = index_->stamp;
+      own_ = index_->own;
       return;
     }
   }
@@ -111,15 +112,21 @@ Groups::Groups(const platform::DatabaseData& data, std::uint32_t begin, std::uin
       own_ = i;
       break;
     }
-  if (recent_) recent_->index(*this, data.serial, begin);
+  if (recent_ && (index_ = recent_->index(*this, data.serial, begin))) indexStamp_ = index_->stamp;
+}
+
+const FirstGroups* Groups::index() const {
+  // Another record indexed meanwhile (by a Groups made while this one lives) may have taken its place.
+  if (index_ && index_->stamp == indexStamp_) return index_;
+  index_ = recent_->find(data_.serial, begin_, count_);
+  if (!index_) index_ = recent_->index(*this, data_.serial, begin_);
+  if (index_) indexStamp_ = index_->stamp;
+  return index_;
 }
 
 const StoredTag* Groups::find(int code) const {
-  // The index is looked up at each find: another record indexed meanwhile may have taken its place.
   if (recent_) {
-    const FirstGroups* index = recent_->find(data_.serial, begin_, count_);
-    if (!index) index = recent_->index(*this, data_.serial, begin_);
-    if (index) {
+    if (const FirstGroups* index = this->index()) {
       const std::uint16_t first = index->first(code);
       return first == FirstGroups::kAbsent ? nullptr : &tags_[first];
     }
@@ -161,7 +168,10 @@ std::string_view Groups::text(int code, std::string_view def) const {
 
 Point3d Groups::point(int xCode, Point3d def) const {
   const StoredTag* x = find(xCode);
-  if (!x) return def;
+  return x ? pointAt(x, xCode) : def;
+}
+
+Point3d Groups::pointAt(const StoredTag* x, int xCode) const {
   const std::uint32_t i = static_cast<std::uint32_t>(x - tags_);
   Point3d p{x->real, 0.0, 0.0};
   if (i + 1 < own_ && tags_[i + 1].code == xCode + 10) {
@@ -172,8 +182,8 @@ Point3d Groups::point(int xCode, Point3d def) const {
 }
 
 Vector3d Groups::vector(int xCode, Vector3d def) const {
-  if (!find(xCode)) return def;
-  return point(xCode).asVector();
+  const StoredTag* x = find(xCode);
+  return x ? pointAt(x, xCode).asVector() : def;
 }
 
 std::vector<Point3d> Groups::points(int xCode) const {

@@ -1,6 +1,7 @@
 // Reading the stored groups of one entity or object: values by group code, points, OCS conversion.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -67,8 +68,16 @@ class Groups {
   std::uint32_t count_;
   std::uint32_t own_;  // groups before extension data
   std::uint32_t begin_ = 0;  // the record's first group in the database
-  // The records this thread indexed by code, when the database is read to the end (see find).
+  // The records this thread indexed by code, when the database is read to the end (see find), and the
+  // index of this record among them with its stamp, which changes once the index is given to another.
   struct RecentRecords* recent_ = nullptr;
+  mutable const struct FirstGroups* index_ = nullptr;
+  mutable std::uint32_t indexStamp_ = 0;
+
+  // The index of this record, indexed anew when another has taken its place; null when it has none.
+  const FirstGroups* index() const;
+  // The point whose x group is x.
+  platform::Point3d pointAt(const platform::StoredTag* x, int xCode) const;
 };
 
 }  // namespace headless
