@@ -8,6 +8,7 @@
 
 #include "comparers/CVkAcadEntityBase.h"
 #include "comparers/DiffRecord.h"
+#include "platform/pages.h"
 
 // A comparer with the order number of its key text.
 struct KeyedComparer {
@@ -16,7 +17,7 @@ struct KeyedComparer {
 };
 // A drawing's (or a block's) comparers in key order; entities sharing a key keep the order in which they
 // were added.
-using KeyedComparers = std::vector<KeyedComparer>;
+using KeyedComparers = std::vector<KeyedComparer, platform::PageAllocator<KeyedComparer>>;
 
 // Appends a comparer under its key; the collection is in key order again once sortByKey has run.
 void addByKey(KeyedComparers& comparers, ComparerPtr comparer);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <type_traits>
 
@@ -15,6 +16,9 @@ namespace platform {
 // ThreadSanitizer, which does not follow remapped pages, sees the memory change hands.
 // allocateBlock and resizeBlock throw std::bad_alloc when the system refuses.
 std::size_t blockSize(std::size_t bytes);
+// Blocks below this size come from the heap: a mapping costs two system calls and a page fault, which
+// the many short lists of a small drawing would pay over and over.
+inline constexpr std::size_t kMappedFrom = std::size_t{256} << 10;
 void* allocateBlock(std::size_t bytes);
 void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes);
 void releaseBlock(void* block, std::size_t bytes);
@@ -114,6 +118,28 @@ class PageArray {
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
   std::size_t bytes_ = 0;  // of the block
+};
+
+// An allocator for standard containers whose arrays, once they are large enough to be mapped, are mapped
+// as PageArray's are; smaller ones come from the heap at their size.
+template <typename T>
+struct PageAllocator {
+  using value_type = T;
+  PageAllocator() = default;
+  template <typename U>
+  PageAllocator(const PageAllocator<U>&) {}
+
+  T* allocate(std::size_t n) {
+    if (n > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_alloc();
+    const std::size_t bytes = n * sizeof(T);
+    if (bytes < kMappedFrom) return std::allocator<T>().allocate(n);
+    return static_cast<T*>(allocateBlock(blockSize(bytes)));
+  }
+  void deallocate(T* p, std::size_t n) {
+    if (n * sizeof(T) < kMappedFrom) std::allocator<T>().deallocate(p, n);
+    else releaseBlock(p, blockSize(n * sizeof(T)));
+  }
+  friend bool operator==(const PageAllocator&, const PageAllocator&) { return true; }
 };
 
 }  // namespace platform

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -67,10 +68,11 @@ void markUsed(const void* begin, const void* end) {
 
 namespace {
 
-// Mappings of this size and more are backed by huge pages where the system offers them: one page fault
-// then fills two megabytes instead of four kilobytes. Smaller ones would round up too much of a small
-// drawing's storage.
-constexpr std::size_t kHugePagesFrom = std::size_t{8} << 20;
+// Mappings of at least a huge page are backed by huge pages where the system offers them: one page fault
+// then fills two megabytes instead of four kilobytes, which on a virtual machine costs far less. Such
+// mappings start on a huge page's boundary, so that all of their whole huge pages can be huge.
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+constexpr std::size_t kHugePagesFrom = kHugePage;
 
 void adviseHugePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
 #ifdef MADV_HUGEPAGE
@@ -88,10 +90,6 @@ std::size_t blockSize(std::size_t bytes) {
 
 namespace {
 
-// Blocks below this size come from the heap: a mapping costs two system calls and a page fault, which
-// the many short lists of a small drawing would pay over and over.
-constexpr std::size_t kMappedFrom = std::size_t{256} << 10;
-
 void* heapBlock(std::size_t bytes) {
   void* block = std::malloc(bytes);
   if (!block) throw std::bad_alloc();
@@ -99,8 +97,17 @@ void* heapBlock(std::size_t bytes) {
 }
 
 void* mappedBlock(std::size_t bytes) {
-  void* block = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (block == MAP_FAILED) throw std::bad_alloc();
+  const std::size_t slack = bytes >= kHugePagesFrom ? kHugePage : 0;
+  if (bytes > std::numeric_limits<std::size_t>::max() - slack) throw std::bad_alloc();
+  void* mapped = ::mmap(nullptr, bytes + slack, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED) throw std::bad_alloc();
+  char* block = static_cast<char*>(mapped);
+  if (slack != 0) {  // the pages before the boundary, and as many after the block, go back
+    const std::size_t head = (kHugePage - reinterpret_cast<std::uintptr_t>(block) % kHugePage) % kHugePage;
+    if (head != 0) ::munmap(block, head);
+    if (slack != head) ::munmap(block + head + bytes, slack - head);
+    block += head;
+  }
   adviseHugePages(block, bytes);
   return block;
 }
@@ -122,8 +129,17 @@ void* resizeBlock(void* block, std::size_t oldBytes, std::size_t newBytes) {
   }
 #ifdef MREMAP_MAYMOVE
   if (wasMapped && mapped) {
-    void* moved = ::mremap(block, oldBytes, newBytes, MREMAP_MAYMOVE);
-    if (moved == MAP_FAILED) throw std::bad_alloc();
+    // Grown or shrunk in place where it can be; else its pages move to a new mapping, on a huge page's
+    // boundary when large enough.
+    void* moved = ::mremap(block, oldBytes, newBytes, 0);
+    if (moved == MAP_FAILED) {
+      void* target = mappedBlock(newBytes);
+      moved = ::mremap(block, oldBytes, newBytes, MREMAP_MAYMOVE | MREMAP_FIXED, target);
+      if (moved == MAP_FAILED) {
+        ::munmap(target, newBytes);
+        throw std::bad_alloc();
+      }
+    }
     if (newBytes > oldBytes) adviseHugePages(moved, newBytes);
     return moved;
   }
