@@ -90,16 +90,16 @@ void AnnounceReading(CDrawingRecord& record, int mode) {
 void CollectComparers(CDrawingRecord& record, const CompareOptions& options, bool showProgress) {
   if (!record.database) return;
   const platform::Database& db = *record.database;
-  const std::vector<platform::ObjectId> ids = db.blockRecord(db.currentSpaceId()).entityIds();
+  const platform::BlockRecord space = db.blockRecord(db.currentSpaceId());
+  const std::size_t count = space.entityCount();
   const bool whole = IsWholeDrawing(record.areaCorner1, record.areaCorner2);
   // Comparers are gathered in reading order and sorted by key at the end: a stable sort keeps the reading
   // order of equal keys.
-  record.entityMap.reserve(ids.size());
+  record.entityMap.reserve(count);
   record.readContext->use(record.layerContext.get(), &options);
-  int position = 0;
-  for (const platform::ObjectId id : ids) {
-    if (showProgress) platform::setStatusBarProgressMeterPos(position++);
-    const platform::Entity entity = db.openEntity(id);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (showProgress) platform::setStatusBarProgressMeterPos(static_cast<int>(i));
+    const platform::Entity entity = db.openEntity(space.entityIdAt(i));
     if (!entity) continue;
     if (!entity.isVisible() || record.layerFilter.count(entity.layerId().value)) continue;
     if (!whole) {

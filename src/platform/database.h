@@ -135,6 +135,8 @@ class BlockRecord {
   // The record's entities in drawing order, erased ones skipped (attributes and vertices are not among them).
   std::vector<ObjectId> entityIds() const;
   std::size_t entityCount() const;
+  // Entry i (below entityCount()) of entityIds(), without making the list.
+  ObjectId entityIdAt(std::size_t i) const;
 
  private:
   friend class Database;

@@ -198,6 +198,9 @@ bool BlockRecord::isAnonymous() const { return db_->data().blocks[index_].isAnon
 bool BlockRecord::isFromExternalReference() const { return db_->data().blocks[index_].isXref; }
 Point3d BlockRecord::origin() const { return db_->data().blocks[index_].origin; }
 std::size_t BlockRecord::entityCount() const { return db_->data().blocks[index_].entities.size(); }
+ObjectId BlockRecord::entityIdAt(std::size_t i) const {
+  return makeId(IdKind::Entity, db_->data().blocks[index_].entities[i]);
+}
 
 std::vector<ObjectId> BlockRecord::entityIds() const {
   const auto& list = db_->data().blocks[index_].entities;
