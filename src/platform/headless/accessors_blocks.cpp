@@ -28,24 +28,11 @@ constexpr double kNotMeasured = std::numeric_limits<double>::quiet_NaN();
 
 double degrees(const EntityView& e, int code) { return e.g.real(code) * kDegree; }
 
-platform::Handle parseHex(std::string_view hex) {
-  platform::Handle h = 0;
-  for (char c : hex) {
-    const int d = std::isdigit(static_cast<unsigned char>(c)) ? c - '0'
-                  : (c >= 'a' && c <= 'f')                    ? c - 'a' + 10
-                  : (c >= 'A' && c <= 'F')                    ? c - 'A' + 10
-                                                              : -1;
-    if (d < 0 || (h >> 60)) return 0;
-    h = h * 16 + static_cast<platform::Handle>(d);
-  }
-  return h;
-}
-
 // The groups of the object that this entity's 340 group points to (an image or underlay definition).
 std::string definitionFileName(const EntityView& e) {
   const StoredTag* t = e.g.find(340);
   if (!t || t->type != TagType::Handle) return {};
-  const platform::ObjectRec* def = e.data.object(parseHex(e.data.text(*t)));
+  const platform::ObjectRec* def = e.data.object(parseHandle(e.data.text(*t)));
   if (!def) return {};
   const Groups g(e.data, def->tagBegin, def->tagCount);
   return std::string(g.text(1));

@@ -347,16 +347,6 @@ Point3d xDirectionFromRotation(const Vector3d& normal, double rotationDegrees) {
   return platform::ocsToWcs(Point3d(std::cos(a), std::sin(a), 0.0), normal);
 }
 
-platform::Handle parseHex(std::string_view s) {
-  platform::Handle h = 0;
-  for (char c : s) {
-    const int d = (c >= '0' && c <= '9') ? c - '0' : (c >= 'a' && c <= 'f') ? c - 'a' + 10 : (c >= 'A' && c <= 'F') ? c - 'A' + 10 : -1;
-    if (d < 0 || (h >> 60)) return 0;
-    h = h * 16 + static_cast<platform::Handle>(d);
-  }
-  return h;
-}
-
 bool addOneMText(const Groups& g, BoxSink& sink) {
   const GroupRange r = subclassRange(g, "AcDbMText");
   Point3d insertion;
@@ -421,7 +411,7 @@ bool addMText(const Groups& g, BoxSink& sink) {
       if (g.textAt(i) == "ACAD_MTEXT_COLUMNS_BEGIN") inColumns = true;
       else if (g.textAt(i) == "ACAD_MTEXT_COLUMNS_END") break;
     } else if (inColumns && t.code == 1005) {
-      const platform::ObjectId id = data.byHandle.find(parseHex(g.textAt(i)));
+      const platform::ObjectId id = data.byHandle.find(parseHandle(g.textAt(i)));
       if (platform::idKind(id) != platform::IdKind::Entity) continue;
       const std::uint32_t part = platform::idIndex(id);
       if (part >= data.entities.size() || data.entities[part].cls != platform::DbClass::MText) continue;
