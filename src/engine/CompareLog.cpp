@@ -1,6 +1,7 @@
 // The comparison log.
 #include "engine/CompareLog.h"
 
+#include <algorithm>
 #include <ctime>
 #include <utility>
 #include <vector>
@@ -33,6 +34,7 @@ std::string WriteCompareLog(const std::string& sourcePath, const std::string& de
 
   const auto& records = CComparisonState::instance().differences;
   std::vector<std::pair<std::string, std::string>> entries;
+  entries.reserve(std::min(static_cast<std::size_t>(std::max(count, 0)), records.size()));
   for (int i = 0; i < count && i < static_cast<int>(records.size()); ++i) {
     const CDiffType& r = *records[static_cast<std::size_t>(i)];
     std::string value = platform::fmt("-----差异范围：Min = x:%f y:%f, Max = x:%f y:%f ------", r.extents[0],

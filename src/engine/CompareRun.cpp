@@ -140,6 +140,12 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
 
   if (checkReleases(state, sourcePath, destinationPath) && readSides(state, sourcePath, destinationPath))
     compareSides(state);
+  // The outputs need the records and the drawings, not the comparers: those go on a thread of their own
+  // meanwhile.
+  auto releaseComparers = startBeside([&state] {
+    state.source.reset();
+    state.destination.reset();
+  });
 
   CLogOutput log;
   CCommandLineOutput commandLine;
@@ -149,6 +155,7 @@ int RunSilentCompare(const std::string& sourcePath, const std::string& destinati
   commandLine.publish(state);
   for (CResultSink* output : outputs) output->publish(state);
 
+  releaseComparers.get();
   state.ReleaseDrawings();
   state.Prepare();
   return state.lastOutcome == RunOutcome::Different ? 0 : 1;

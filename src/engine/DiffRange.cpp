@@ -122,6 +122,7 @@ void CDiffRange::Build(const platform::Point3d& sourceOffset, const platform::Po
   }
   BoxTree tree(boxes);
   std::vector<char> member(n, 0);
+  members.reserve(n);
   const auto addMember = [&](std::size_t record, int range, int number) {
     CRangeMember m;
     m.label = platform::fmt("%s,%d,%d", (*records)[record]->text, range, number);

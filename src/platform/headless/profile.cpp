@@ -3,6 +3,7 @@
 #include "platform/profile.h"
 
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <unordered_map>
 
@@ -110,12 +111,17 @@ class IniText {
       lastKeyLine = i;
     }
     std::vector<std::string> appended;
+    appended.reserve(entries.size());
     std::unordered_map<std::string, std::size_t> appendedIndex;
     for (const auto& [key, rawValue] : entries) {
       // A line break inside a value would split the entry; it is written as a blank.
-      std::string value = rawValue;
-      for (char& c : value)
-        if (c == '\n' || c == '\r') c = ' ';
+      std::string brokenValue;
+      if (rawValue.find_first_of("\r\n") != std::string::npos) {
+        brokenValue = rawValue;
+        for (char& c : brokenValue)
+          if (c == '\n' || c == '\r') c = ' ';
+      }
+      const std::string& value = brokenValue.empty() ? rawValue : brokenValue;
       const std::string lk = lowerAscii(key);
       if (auto it = keyLine.find(lk); it != keyLine.end()) {
         std::string& line = lines_[it->second];
@@ -128,11 +134,15 @@ class IniText {
         appended.push_back(key + "=" + value);
       }
     }
-    lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(lastKeyLine + 1), appended.begin(), appended.end());
+    lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(lastKeyLine + 1), std::make_move_iterator(appended.begin()),
+                  std::make_move_iterator(appended.end()));
   }
 
   std::string text() const {
     std::string out;
+    std::size_t size = 3;
+    for (const std::string& line : lines_) size += line.size() + eol_.size();
+    out.reserve(size);
     if (bom_) out += "\xEF\xBB\xBF";
     for (const std::string& line : lines_) {
       out += line;
