@@ -271,8 +271,11 @@ CVkAcadEntityBase::ZRange CVkAcadEntityBase::loadCommon(const platform::Entity& 
 
   platform::Extents3d geom;
   extentsStatus_ = static_cast<std::uint8_t>(entity.getGeomExtents(geom));
-  placedExtents_ = geom.transformed(drawingTransform_ ? *drawingTransform_ : transform);
-  const platform::Extents3d loaded = geom.transformed(transform);
+  const platform::Matrix3d& placing = drawingTransform_ ? *drawingTransform_ : transform;
+  placedExtents_ = geom.transformed(placing);
+  // A drawing's own entities are loaded with the transform that places them: one transform gives both.
+  const platform::Extents3d loaded =
+      std::memcmp(&placing, &transform, sizeof transform) == 0 ? placedExtents_ : geom.transformed(transform);
 
   handle_ = entity.handle();
   objectId_ = entity.objectId();
