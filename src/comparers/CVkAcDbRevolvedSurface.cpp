@@ -9,7 +9,7 @@ namespace {
 using platform::Accessor;
 
 void revolvedKey(const platform::Entity& e, const platform::Matrix3d& load, const CVkAcadEntityBase& self, KeyTexts& out) {
-  const platform::Extents3d& x = self.placedExtents();
+  const platform::Extents3d& x = out.placed;
   const platform::Point3d axis = load.transform(e.point(Accessor::revolveAxisPoint));  // getAxisPnt
   platform::fmtTo(out.fullKey, "%s,%f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), capture::surfaceArea(e), x.min.x,
                               x.min.y, x.max.x, x.max.y, axis.x, axis.y, axis.z);

@@ -259,7 +259,34 @@ void CVkAcadEntityBase::setKeyFrom(std::string_view fullKey) {
 
 void CVkAcadEntityBase::load(const platform::Entity& entity, platform::Matrix3d transform) { loadCommon(entity, transform); }
 
-CVkAcadEntityBase::ZRange CVkAcadEntityBase::loadCommon(const platform::Entity& entity, const platform::Matrix3d& transform) {
+CVkAcadEntityBase::~CVkAcadEntityBase() {
+  if (ownsExtents_) delete keptExtents_;
+}
+
+namespace {
+
+// Extents that take in a block's contents may come out coarser once the drawing's budget for walking blocks is
+// spent (its blocks' boxes then stand for their contents): a later computation could differ from the first.
+bool extentsTakeInBlocks(platform::DbClass c) {
+  using platform::DbClass;
+  return c == DbClass::BlockReference || c == DbClass::MInsertBlock || c == DbClass::Table ||
+         platform::isKindOf(c, DbClass::Dimension);
+}
+
+}  // namespace
+
+platform::Extents3d CVkAcadEntityBase::placedExtents() const {
+  if (keptExtents_) return *keptExtents_;
+  // loadCommon keeps none only where the entity's own drawing and the placing transform are at hand; a
+  // comparer never loaded has empty extents.
+  if (!readerContext_ || !readerContext_->database() || !drawingTransform_) return {};
+  platform::Extents3d geom;
+  readerContext_->database()->openEntity(objectId_).getGeomExtents(geom);
+  return geom.transformed(*drawingTransform_);
+}
+
+CVkAcadEntityBase::LoadedExtents CVkAcadEntityBase::loadCommon(const platform::Entity& entity,
+                                                               const platform::Matrix3d& transform) {
   // The DXF name is group 0 of the entity's group list.
   const std::string_view dxfName = entity.dxfName();
   dxfName_ = intern(dxfName);
@@ -272,14 +299,31 @@ CVkAcadEntityBase::ZRange CVkAcadEntityBase::loadCommon(const platform::Entity& 
   platform::Extents3d geom;
   extentsStatus_ = static_cast<std::uint8_t>(entity.getGeomExtents(geom));
   const platform::Matrix3d& placing = drawingTransform_ ? *drawingTransform_ : transform;
-  placedExtents_ = geom.transformed(placing);
+  LoadedExtents extents;
+  extents.placed = geom.transformed(placing);
   // A drawing's own entities are loaded with the transform that places them: one transform gives both.
   const platform::Extents3d loaded =
-      std::memcmp(&placing, &transform, sizeof transform) == 0 ? placedExtents_ : geom.transformed(transform);
+      std::memcmp(&placing, &transform, sizeof transform) == 0 ? extents.placed : geom.transformed(transform);
+  extents.minZ = std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z;
+  extents.maxZ = std::fabs(loaded.max.z) < kZeroZ ? 0.0 : loaded.max.z;
 
   handle_ = entity.handle();
   objectId_ = entity.objectId();
-  return {std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z, std::fabs(loaded.max.z) < kZeroZ ? 0.0 : loaded.max.z};
+  if (ownsExtents_) delete keptExtents_;
+  keptExtents_ = nullptr;
+  ownsExtents_ = false;
+  const bool again = readerContext_ && readerContext_->database() == &entity.database() && drawingTransform_ &&
+                     !extentsTakeInBlocks(entity.dbClass());
+  if (!again) {
+    if (inStore_ && readerContext_) {
+      keptExtents_ = new (readerContext_->comparers().allocate(sizeof(platform::Extents3d), alignof(platform::Extents3d)))
+          platform::Extents3d(extents.placed);
+    } else {
+      keptExtents_ = new platform::Extents3d(extents.placed);
+      ownsExtents_ = true;
+    }
+  }
+  return extents;
 }
 
 std::string_view CVkAcadEntityBase::description() const { return displayNameAt(displayName_); }
@@ -328,7 +372,7 @@ void CVkAcadEntityBase::loadDetail(const platform::Entity&, platform::Matrix3d) 
 
 std::unique_ptr<CDiffType> CVkAcadEntityBase::compare(const CVkAcadEntityBase& other) {
   auto record = std::make_unique<CDiffType>();
-  record->setExtents(placedExtents_);
+  record->setExtents(placedExtents());
   appendDifferences(other, record->text);
   record->descriptionLength = static_cast<std::uint32_t>(description().size());
   return record;

@@ -53,7 +53,7 @@ using ComparerPtr = std::unique_ptr<CVkAcadEntityBase, ComparerDelete>;
 class CVkAcadEntityBase {
  public:
   CVkAcadEntityBase() = default;
-  virtual ~CVkAcadEntityBase() = default;
+  virtual ~CVkAcadEntityBase();
   CVkAcadEntityBase(const CVkAcadEntityBase&) = delete;
   CVkAcadEntityBase& operator=(const CVkAcadEntityBase&) = delete;
 
@@ -81,7 +81,9 @@ class CVkAcadEntityBase {
   std::string_view zText() const { return text(zText_); }
   std::string_view textStyleText() const { return text(textStyleText_); }
   platform::ErrorStatus extentsStatus() const { return static_cast<platform::ErrorStatus>(extentsStatus_); }
-  const platform::Extents3d& placedExtents() const { return placedExtents_; }
+  // The entity's extents placed in its drawing. Most comparers keep none and compute them again from their
+  // entity, which outlives them: only the few that differ need them. Safe on any thread once loaded.
+  platform::Extents3d placedExtents() const;
   platform::Handle handle() const { return handle_; }
   platform::ObjectId objectId() const { return objectId_; }
 
@@ -111,14 +113,15 @@ class CVkAcadEntityBase {
 
  protected:
   using TextId = CTextPool::Id;
-  // The minimum and maximum Z of an entity's extents under the load transform; a magnitude below 0.009
-  // reads 0.0 so that no "-0.00" is ever printed.
-  struct ZRange {
-    double min = 0.0, max = 0.0;
+  // What keys use of an entity's extents: placed in the drawing, and the minimum and maximum Z under the load
+  // transform, where a magnitude below 0.009 reads 0.0 so that no "-0.00" is ever printed.
+  struct LoadedExtents {
+    platform::Extents3d placed;
+    double minZ = 0.0, maxZ = 0.0;
   };
   // What load() does for every class: the type, the common texts, the extents and the identity. Returns the
-  // Z range, which keys use and comparers need not keep.
-  ZRange loadCommon(const platform::Entity& entity, const platform::Matrix3d& transform);
+  // extents, which keys use and comparers need not keep.
+  LoadedExtents loadCommon(const platform::Entity& entity, const platform::Matrix3d& transform);
   // Keys the comparer by its full key text ("LINE,0.00,0.00,10.00,5.00"): only the digest is kept, which
   // is all that pairing and the key text need.
   void setKeyFrom(std::string_view fullKey);
@@ -149,7 +152,9 @@ class CVkAcadEntityBase {
   static const Common kCommon[6];
   const CommonTexts& commonTexts() const;
   TextId idOf(const Common& c) const;
-  platform::Extents3d placedExtents_;
+  // The placed extents, where they cannot be computed again: kept in the drawing's store, or on the heap
+  // (owned) for a comparer without one.
+  const platform::Extents3d* keptExtents_ = nullptr;
   platform::Handle handle_ = 0;
   platform::ObjectId objectId_;
   std::uint32_t commonTexts_ = 0;  // the layer, colour, linetype and lineweight texts, by their number
@@ -163,6 +168,7 @@ class CVkAcadEntityBase {
   std::uint8_t displayName_ = 0;  // the type's display name, by its place in the table
   std::uint8_t extentsStatus_ = 0;
   bool inStore_ = false;  // made in a drawing's comparer store rather than on the heap
+  bool ownsExtents_ = false;  // keptExtents_ is on the heap
   template <class T>
   friend ComparerPtr makeComparer(CReadContext* context);
   friend struct ComparerDelete;

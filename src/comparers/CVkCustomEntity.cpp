@@ -37,7 +37,7 @@ std::string valueText(const platform::ResBuf& g, const platform::Matrix3d& load)
 }  // namespace
 
 void CVkCustomEntity::load(const platform::Entity& entity, platform::Matrix3d transform) {
-  const ZRange z = loadCommon(entity, transform);
+  const LoadedExtents extents = loadCommon(entity, transform);
   // The group list is read once, for the key and for the details.
   const platform::ResBufList groups = entity.entGet();
   // The position is group 10 of the group list; a polyline's group 10 holds only its elevation, so
@@ -54,9 +54,9 @@ void CVkCustomEntity::load(const platform::Entity& entity, platform::Matrix3d tr
     setKeyFrom(platform::fmt("%s,%.2f,%.2f", dxfName(), p.x, p.y));
     setZText(platform::fmt("%.2f", p.z));
   } else {
-    const platform::Extents3d& e = placedExtents();
+    const platform::Extents3d& e = extents.placed;
     setKeyFrom(platform::fmt("%s,%.2f,%.2f,%.2f,%.2f", dxfName(), e.min.x, e.min.y, e.max.x, e.max.y));
-    setZText(platform::fmt("%.2f,%.2f", z.min, z.max));
+    setZText(platform::fmt("%.2f,%.2f", extents.minZ, extents.maxZ));
   }
   if (isCompared(kCodeDetails)) captureGroups(groups, transform);
 }

@@ -8,14 +8,15 @@
 #include "platform/text.h"
 
 void CVkDetailedEntity::load(const platform::Entity& entity, platform::Matrix3d transform) {
-  const ZRange z = loadCommon(entity, transform);
+  const LoadedExtents extents = loadCommon(entity, transform);
   // The key functions append to buffers the thread reuses from entity to entity.
   thread_local KeyTexts keys;
   keys.fullKey.clear();
   keys.zText.clear();
   keys.textStyle.clear();
-  keys.minZ = z.min;
-  keys.maxZ = z.max;
+  keys.placed = extents.placed;
+  keys.minZ = extents.minZ;
+  keys.maxZ = extents.maxZ;
   traits_.key(entity, transform, *this, keys);
   setKeyFrom(keys.fullKey);
   setZText(keys.zText);

@@ -47,6 +47,8 @@ struct KeyTexts {
   std::string fullKey;
   std::string zText;
   std::string textStyle;
+  // What the key may use: the placed extents and their Z range (see LoadedExtents).
+  platform::Extents3d placed;
   double minZ = 0.0, maxZ = 0.0;
 };
 using KeyCapture = void (*)(const platform::Entity&, const platform::Matrix3d&, const CVkAcadEntityBase& self,

@@ -13,7 +13,7 @@ namespace capture {
 // Keyed by the placed extents: "%s,%.2f,%.2f,%.2f,%.2f" of the DXF name, minimum x, y and maximum x, y;
 // the Z text is "%.2f,%.2f" of the minimum and maximum Z.
 inline void extentsKey(const Entity&, const Matrix3d&, const CVkAcadEntityBase& self, KeyTexts& out) {
-  const platform::Extents3d& e = self.placedExtents();
+  const platform::Extents3d& e = out.placed;
   platform::fmtTo(out.fullKey, "%s,%.2f,%.2f,%.2f,%.2f", self.dxfName(), e.min.x, e.min.y, e.max.x, e.max.y);
   platform::fmtTo(out.zText, "%.2f,%.2f", out.minZ, out.maxZ);
 }
@@ -35,7 +35,7 @@ inline double surfaceArea(const Entity& e) {
 // Surfaces: "%s,%f,%.2f,%.2f,%.2f,%.2f" of the DXF name, the area and the placed extents' minimum x, y and
 // maximum x, y; the Z text is "%.2f,%.2f" of the minimum and maximum Z.
 inline void surfaceKey(const Entity& e, const Matrix3d&, const CVkAcadEntityBase& self, KeyTexts& out) {
-  const platform::Extents3d& x = self.placedExtents();
+  const platform::Extents3d& x = out.placed;
   platform::fmtTo(out.fullKey, "%s,%f,%.2f,%.2f,%.2f,%.2f", self.dxfName(), surfaceArea(e), x.min.x, x.min.y, x.max.x,
                               x.max.y);
   platform::fmtTo(out.zText, "%.2f,%.2f", out.minZ, out.maxZ);

@@ -30,10 +30,9 @@ CReadContext::CReadContext(const platform::Database& db, std::string drawingName
 
 CReadContext::CReadContext(std::string drawingName, std::size_t entities)
     : drawingName_(std::move(drawingName)), budget_(std::max(kBudgetFloor, kBudgetPerEntity * entities)) {
-  // A comparer captures a dozen texts of some ten bytes each, half of them new, and takes about two hundred
-  // bytes itself.
+  // A comparer captures a dozen texts of some ten bytes each, half of them new.
   texts_.reserve(96 * entities, 16 * entities);
-  comparers_.reserve(224 * entities);
+  comparers_.reserve(kComparerBytesPerEntity * entities);
 }
 
 void* CComparerStore::allocate(std::size_t bytes, std::size_t alignment) {
@@ -79,23 +78,40 @@ std::size_t CReadContext::slotOf(const CommonTextsKey& key, std::string_view lay
                         key.linetypeScaleBits;
   mixed ^= (static_cast<std::uint64_t>(static_cast<std::uint32_t>(key.color)) << 32) | static_cast<std::uint32_t>(key.lineWeight);
   mixed *= 0xFF51AFD7ED558CCDULL;
-  return static_cast<std::size_t>(mixed >> 54);  // 1024 slots
+  return static_cast<std::size_t>(mixed >> 32);
 }
 
 std::uint32_t CReadContext::commonTexts(const CommonTextsKey& key, std::string_view layerName,
                                        std::string_view linetype) const {
-  const CommonTextsSlot& slot = common_[slotOf(key, layerName, linetype)];
-  if (slot.number == kUnknownTexts || !(slot.key == key)) return kUnknownTexts;
-  const CommonTexts& texts = commonSets_[slot.number];
-  if (!CTextPool::equal(texts_.view(texts.layer), layerName) || !CTextPool::equal(texts_.view(texts.linetypeName), linetype))
-    return kUnknownTexts;
-  return slot.number;
+  const std::size_t mask = common_.size() - 1;
+  for (std::size_t at = slotOf(key, layerName, linetype) & mask;; at = (at + 1) & mask) {
+    const std::uint32_t number = common_[at];
+    if (number == kUnknownTexts) return kUnknownTexts;
+    const CommonTexts& texts = commonSets_[number];
+    if (commonKeys_[number] == key && CTextPool::equal(texts_.view(texts.layer), layerName) &&
+        CTextPool::equal(texts_.view(texts.linetypeName), linetype))
+      return number;
+  }
+}
+
+void CReadContext::place(std::uint32_t number) {
+  const CommonTexts& texts = commonSets_[number];
+  const std::size_t mask = common_.size() - 1;
+  std::size_t at = slotOf(commonKeys_[number], texts_.view(texts.layer), texts_.view(texts.linetypeName)) & mask;
+  while (common_[at] != kUnknownTexts) at = (at + 1) & mask;
+  common_[at] = number;
 }
 
 std::uint32_t CReadContext::remember(const CommonTextsKey& key, const CommonTexts& texts) {
   const auto number = static_cast<std::uint32_t>(commonSets_.size());
   commonSets_.push_back(texts);
-  common_[slotOf(key, texts_.view(texts.layer), texts_.view(texts.linetypeName))] = {key, number};
+  commonKeys_.push_back(key);
+  // The table stays at most half full, so that a search ends within a few slots.
+  if (2 * commonSets_.size() > common_.size()) {
+    common_.assign(2 * common_.size(), kUnknownTexts);
+    for (std::uint32_t known = 1; known < number; ++known) place(known);
+  }
+  place(number);
   return number;
 }
 

@@ -44,7 +44,7 @@ class CComparerStore {
 };
 
 // The common texts an entity's layer and its own colour, linetype and lineweight give, by what gives them:
-// the entities of a drawing share a few dozen or hundred such combinations, so most find theirs remembered.
+// the entities of a drawing share dozens to thousands of such combinations, so most find theirs remembered.
 struct CommonTextsKey {
   std::uint64_t layerId = 0;
   const void* layers = nullptr;  // the layer context that answered
@@ -64,6 +64,9 @@ class CReadContext {
   // two hundred bytes and a microsecond or two).
   static constexpr std::size_t kBudgetFloor = 20000;
   static constexpr std::size_t kBudgetPerEntity = 32;
+  // The first block of the comparer store, per entity of the drawing: a comparer takes about a hundred bytes,
+  // and some entities load more for their blocks' contents.
+  static constexpr std::size_t kComparerBytesPerEntity = 160;
 
   CReadContext(const platform::Database& db, std::string drawingName);
   // A context for a drawing of so many entities in all its block records.
@@ -78,7 +81,7 @@ class CReadContext {
   CComparerStore& comparers() { return comparers_; }
   // Common texts are kept once and named by their number, which comparers keep in place of four texts.
   // The number of those remembered for an entity of this key, layer name and linetype name, or
-  // kUnknownTexts; remember() numbers new ones and remembers them (in place of another's).
+  // kUnknownTexts; remember() numbers new ones and remembers them.
   static constexpr std::uint32_t kUnknownTexts = 0xFFFFFFFFu;
   std::uint32_t commonTexts(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype) const;
   std::uint32_t remember(const CommonTextsKey& key, const CommonTexts& texts);
@@ -113,13 +116,14 @@ class CReadContext {
   std::vector<std::string> warnings_;
   CComparerStore comparers_;
   CTextPool texts_;
-  struct CommonTextsSlot {
-    CommonTextsKey key;
-    std::uint32_t number = kUnknownTexts;
-  };
   std::vector<CommonTexts> commonSets_ = std::vector<CommonTexts>(1);
+  std::vector<CommonTextsKey> commonKeys_ = std::vector<CommonTextsKey>(1);  // what gave each of commonSets_
   static std::size_t slotOf(const CommonTextsKey& key, std::string_view layerName, std::string_view linetype);
-  std::vector<CommonTextsSlot> common_ = std::vector<CommonTextsSlot>(1024);
+  // Files a remembered number in the first free slot from where its key and names point.
+  void place(std::uint32_t number);
+  // The numbers of the remembered sets, by open addressing in a table a power of two in size: the key,
+  // layer and linetype names lead to a slot, and a search walks on from there to the first empty one.
+  std::vector<std::uint32_t> common_ = std::vector<std::uint32_t>(1024, kUnknownTexts);
 };
 
 // One walk into a block's contents, for as long as it lives. It is allowed when the block is not already

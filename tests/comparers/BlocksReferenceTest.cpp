@@ -186,3 +186,29 @@ TEST_F(BlockFixture, ReferencesLeftUnwalkedOnOneSideAreNotReportedAsEmptied) {
   auto b = drawing(insert("A"), block("A", kLine + "|" + insert("A")) + "|" + block("B", kLine));
   EXPECT_EQ(compareText(*b.comparers[0], *a.comparers[0]), "块或参照图元块内[块或参照图元块名不相同,]");
 }
+
+TEST_F(BlockFixture, PlacedExtentsComputedAgainAreThoseOfTheLoad) {
+  // Loaded as a run loads a drawing's own entities, most comparers compute their extents again from the
+  // entity when asked; loaded as a block's contents are, they keep them. Both give the same extents.
+  const std::string entities = insert("A", "10|5|20|5|30|0|50|30|41|2|42|2") + "|0|CIRCLE|8|0|10|2|20|3|30|0|40|1" +
+                               "|0|TEXT|8|0|10|1|20|1|30|0|40|2.5|1|ABC|50|15" + "|0|LINE|8|0|10|0|20|0|30|2|11|4|21|1|31|2";
+  const std::string dxf = vktest::dxfDrawing(entities, "AC1015", "", "", block("A", kLine + "|0|CIRCLE|8|0|10|1|20|1|30|0|40|0.5"));
+  const platform::Matrix3d base = platform::Matrix3d::translation({-3, 4, 0});
+  auto computed = loadComparers(dir, "a.dxf", dxf, all, base, &base);
+  auto kept = loadComparers(dir, "b.dxf", dxf, all, base);
+  ASSERT_EQ(computed.comparers.size(), 4u);
+  ASSERT_EQ(kept.comparers.size(), 4u);
+  for (std::size_t i = 0; i < 4; ++i) {
+    SCOPED_TRACE(i);
+    const platform::Extents3d a = computed.comparers[i]->placedExtents(), b = kept.comparers[i]->placedExtents();
+    EXPECT_EQ(a.min, b.min);
+    EXPECT_EQ(a.max, b.max);
+    EXPECT_LT(a.min.x, a.max.x);
+  }
+  const platform::Extents3d circle = computed.comparers[1]->placedExtents();
+  EXPECT_EQ(circle.min, platform::Point3d(-2, 6, 0));
+  EXPECT_EQ(circle.max, platform::Point3d(0, 8, 0));
+  // The record of a differing pair carries the destination's.
+  const auto record = computed.comparers[1]->compare(*computed.comparers[2]);
+  EXPECT_EQ(record->extents, (std::array<double, 6>{-2, 6, 0, 0, 8, 0}));
+}

@@ -63,7 +63,8 @@ TEST(ComparerStore, ComparersLiveInTheirContextsStoreOrOnTheHeap) {
     // Each is destroyed its own way as it goes out of scope; a heap delete of stored memory, or none of heap
     // memory, is what the sanitizer build would report.
   }
-  EXPECT_GE(context.comparers().capacity(), std::size_t{224} * 1000) << "the first block is sized for the drawing";
+  EXPECT_GE(context.comparers().capacity(), CReadContext::kComparerBytesPerEntity * 1000)
+      << "the first block is sized for the drawing";
 }
 
 TEST(TextPool, EqualTellsTextsApartAtEveryLengthAndPlace) {

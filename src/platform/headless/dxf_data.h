@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -92,10 +93,11 @@ struct HeaderVar {
 };
 
 // Work shared by every extents computation of one drawing: the boxes of blocks in their own coordinates,
-// computed once, and the entities walked so far against the drawing's budget.
+// computed once, and the entities walked so far against the drawing's budget. Entities that show no block
+// touch only the count, so their extents may be computed on several threads at once.
 struct ExtentsWork {
   std::unordered_map<std::uint32_t, Extents3d> blockBoxes;
-  std::size_t visits = 0;
+  std::atomic<std::size_t> visits = 0;
 };
 
 struct DatabaseData {

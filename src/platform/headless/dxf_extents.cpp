@@ -29,7 +29,7 @@ constexpr std::size_t kDrawingVisitsPerEntity = 256;
 
 bool workSpent(const Context& ctx) {
   const std::size_t drawing = std::max(kDrawingVisitFloor, kDrawingVisitsPerEntity * ctx.data.entities.size());
-  return ctx.visits > kVisitBudget || ctx.data.extentsWork.visits > drawing;
+  return ctx.visits > kVisitBudget || ctx.data.extentsWork.visits.load(std::memory_order_relaxed) > drawing;
 }
 // Stands for a group that is absent.
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
@@ -333,7 +333,7 @@ bool addEntity(Context& ctx, std::uint32_t index, BoxSink& sink) {
   const EntityRec& e = data.entities[index];
   const Groups g(data, e);
   ++ctx.visits;
-  ++data.extentsWork.visits;
+  data.extentsWork.visits.fetch_add(1, std::memory_order_relaxed);
   switch (e.cls) {
     case DbClass::Line: return addPoints(g, sink, {10, 11});
     case DbClass::Point:
