@@ -281,7 +281,7 @@ platform::Extents3d CVkAcadEntityBase::placedExtents() const {
   // comparer never loaded has empty extents.
   if (!readerContext_ || !readerContext_->database() || !drawingTransform_) return {};
   platform::Extents3d geom;
-  readerContext_->database()->openEntity(objectId_).getGeomExtents(geom);
+  reopened().getGeomExtents(geom);
   return geom.transformed(*drawingTransform_);
 }
 
@@ -302,8 +302,7 @@ CVkAcadEntityBase::LoadedExtents CVkAcadEntityBase::loadCommon(const platform::E
   LoadedExtents extents;
   extents.placed = geom.transformed(placing);
   // A drawing's own entities are loaded with the transform that places them: one transform gives both.
-  const platform::Extents3d loaded =
-      std::memcmp(&placing, &transform, sizeof transform) == 0 ? extents.placed : geom.transformed(transform);
+  const platform::Extents3d loaded = loadedAsPlaced(transform) ? extents.placed : geom.transformed(transform);
   extents.minZ = std::fabs(loaded.min.z) < kZeroZ ? 0.0 : loaded.min.z;
   extents.maxZ = std::fabs(loaded.max.z) < kZeroZ ? 0.0 : loaded.max.z;
 
@@ -312,9 +311,7 @@ CVkAcadEntityBase::LoadedExtents CVkAcadEntityBase::loadCommon(const platform::E
   if (ownsExtents_) delete keptExtents_;
   keptExtents_ = nullptr;
   ownsExtents_ = false;
-  const bool again = readerContext_ && readerContext_->database() == &entity.database() && drawingTransform_ &&
-                     !extentsTakeInBlocks(entity.dbClass());
-  if (!again) {
+  if (!canReopen(entity) || extentsTakeInBlocks(entity.dbClass())) {
     if (inStore_ && readerContext_) {
       keptExtents_ = new (readerContext_->comparers().allocate(sizeof(platform::Extents3d), alignof(platform::Extents3d)))
           platform::Extents3d(extents.placed);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -128,6 +129,17 @@ class CVkAcadEntityBase {
   void setZText(std::string_view z) { zText_ = intern(z); }
   void setTextStyleText(std::string_view s) { textStyleText_ = intern(s); }
   const platform::Matrix3d* drawingTransform() const { return drawingTransform_; }
+  // Whether the entity being loaded can be opened again from this comparer: its drawing is the read
+  // context's, and the transform that places it is at hand.
+  bool canReopen(const platform::Entity& entity) const {
+    return readerContext_ && readerContext_->database() == &entity.database() && drawingTransform_;
+  }
+  // Whether the load transform is the one that places the entity in its drawing (a drawing's own entities).
+  bool loadedAsPlaced(const platform::Matrix3d& transform) const {
+    return !drawingTransform_ || std::memcmp(drawingTransform_, &transform, sizeof transform) == 0;
+  }
+  // The loaded entity, opened again; only where canReopen held when it was loaded.
+  platform::Entity reopened() const { return readerContext_->database()->openEntity(objectId_); }
   // The contexts set by the factory, handed on to comparers made for an entity's contents.
   CReadContext* readerContext() const { return readerContext_; }
   const CLayerContext* layerContext() const { return readerContext_ ? readerContext_->layers() : nullptr; }

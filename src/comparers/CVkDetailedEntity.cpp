@@ -2,7 +2,6 @@
 #include "comparers/CVkDetailedEntity.h"
 
 #include <algorithm>
-#include <cstring>
 #include <typeinfo>
 
 #include "platform/text.h"
@@ -28,11 +27,8 @@ void CVkDetailedEntity::loadDetail(const platform::Entity& entity, platform::Mat
   details_ = {};
   digestOnly_ = false;
   if (traits_.details.empty()) return;
-  const CReadContext* context = readerContext();
-  const platform::Matrix3d* drawing = drawingTransform();
   // The texts can be captured again only from the same entity under the same transform, bit for bit.
-  if (context && context->database() == &entity.database() && entity.objectId() == objectId() && drawing &&
-      std::memcmp(drawing, &transform, sizeof transform) == 0) {
+  if (canReopen(entity) && entity.objectId() == objectId() && loadedAsPlaced(transform)) {
     TextDigest digest;
     for (const DetailProperty& p : traits_.details) {
       if (p.list.values) {
@@ -86,7 +82,7 @@ void CVkDetailedEntity::viewDetails(DetailViews& v) const {
   v.captured.clear();
   v.held = false;
   if (digestOnly_) {
-    const platform::Entity entity = readerContext()->database()->openEntity(objectId());
+    const platform::Entity entity = reopened();
     const platform::Matrix3d& transform = *drawingTransform();
     for (const DetailProperty& p : traits_.details) {
       v.starts.push_back(static_cast<std::uint32_t>(v.captured.size()));

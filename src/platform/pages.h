@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <new>
 #include <type_traits>
 
@@ -129,17 +128,18 @@ struct PageAllocator {
   template <typename U>
   PageAllocator(const PageAllocator<U>&) {}
 
-  T* allocate(std::size_t n) {
-    if (n > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_alloc();
-    const std::size_t bytes = n * sizeof(T);
-    if (bytes < kMappedFrom) return std::allocator<T>().allocate(n);
-    return static_cast<T*>(allocateBlock(blockSize(bytes)));
-  }
-  void deallocate(T* p, std::size_t n) {
-    if (n * sizeof(T) < kMappedFrom) std::allocator<T>().deallocate(p, n);
-    else releaseBlock(p, blockSize(n * sizeof(T)));
-  }
+  T* allocate(std::size_t n) { return static_cast<T*>(allocateBlock(bytesFor(n))); }
+  void deallocate(T* p, std::size_t n) { releaseBlock(p, bytesFor(n)); }
   friend bool operator==(const PageAllocator&, const PageAllocator&) { return true; }
+
+ private:
+  // Small arrays come from the heap at their size; mapped ones take whole pages.
+  static std::size_t bytesFor(std::size_t n) {
+    static_assert(alignof(T) <= alignof(std::max_align_t));
+    if (n > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_alloc();
+    const std::size_t bytes = std::max<std::size_t>(n * sizeof(T), 1);
+    return bytes < kMappedFrom ? bytes : blockSize(bytes);
+  }
 };
 
 }  // namespace platform
